@@ -1,0 +1,43 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+// One point of a waveform overview: the highest and lowest sample of a bucket
+// in percent of full scale (-100..100).
+struct PlotPoint
+{
+    std::int8_t max = 0;
+    std::int8_t min = 0;
+};
+
+inline constexpr int kPlotPoints = 250;
+inline constexpr int kMaxPlotChannels = 8;
+
+// Everything the analysis learns about one file. A plain value, copied whole
+// between the registry, the detail worker and the table model; strings are UTF-8.
+// A default record stands for a file that has not been analysed.
+struct AudioFileInfo
+{
+    std::int32_t isValid = 1;
+    std::string reserved;
+    std::int32_t isHeaderRead = 0;
+    std::int32_t fileSize = 0; // 32 bits on purpose: files of 2 GiB and more wrap
+    std::string modifyTime;
+    std::int32_t samplingRate = 48000;
+    std::int32_t channels = 1;
+    std::int32_t samples = 0;
+    std::int32_t loopCount = 0;
+    std::int32_t markerCount = 0;
+    std::int32_t bitDepthOrMinKbps = 16;
+    std::int32_t bitDepthOrMaxKbps = 16;
+    std::int32_t loopStart = 0;
+    std::int32_t loopEnd = 0;
+    float loudness = -96.0f;
+    std::string format;
+    std::array<PlotPoint, kPlotPoints> plot{};
+    std::int32_t isMultiPlotValid = 0;
+    // Channel-major: the 250 points of channel 0, then channel 1, ...
+    std::array<PlotPoint, kMaxPlotChannels * kPlotPoints> multiPlot{};
+};

@@ -1,0 +1,24 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds everything with warnings as errors and runs
+# the whole test suite: the full build, then the GUI-free tests again under
+# AddressSanitizer and UndefinedBehaviorSanitizer.
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+"$root/scripts/deps.sh" test
+jobs=$(nproc)
+
+main="$root/build/test"
+cmake -S "$root" -B "$main" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTESK_WERROR=ON \
+    -DTESK_ASSERTIONS=ON >/dev/null
+cmake --build "$main" -j"$jobs"
+
+asan="$root/build/asan"
+cmake -S "$root" -B "$asan" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTESK_WERROR=ON \
+    -DTESK_GUI=OFF -DTESK_SANITIZE=ON >/dev/null
+cmake --build "$asan" -j"$jobs"
+echo "== GUI-free tests under AddressSanitizer and UndefinedBehaviorSanitizer"
+ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
+    ctest --test-dir "$asan" -L core --output-on-failure -j"$jobs"
+
+echo "== Full test suite"
+ctest --test-dir "$main" --output-on-failure -j"$jobs"
