@@ -8,7 +8,7 @@ seconds=${1:-20}
 out="$root/build/fuzz"
 mkdir -p "$out/corpus" "$out/seeds"
 
-sources=(WaveByteSource WaveChunkParser WaveHeaderReader LoudnessMeter LoudnessFileDriver
+sources=(WaveByteSource WaveChunkSupport RiffChunkParser FormChunkParser WaveHeaderReader LoudnessMeter LoudnessFileDriver
          WaveformPlot WaveFileAnalysis)
 flags=(-std=c++17 -O1 -g -I"$root/analysis" -I"$root/tests/analysis")
 clang++ "${flags[@]}" -fsanitize=fuzzer,address,undefined -fno-sanitize-recover=undefined \

@@ -42,18 +42,21 @@ int main(int argc, char** argv)
         putBe16(aiffData, static_cast<std::uint16_t>(v));
 
     const std::vector<std::pair<std::string, Bytes>> seeds = {
-        {"stereo16.wav", riff({chunk("fmt ", fmtBody(1, 2, 48000, 16)), chunk("cue ", cueBody(2, 2)),
-                               chunk("LIST", adtl), chunk("smpl", smplBody(1, {{10, 99}})),
-                               chunk("data", pcm16(ramp))})},
-        {"mono8.wav", riff({chunk("fmt ", fmtBody(1, 1, 8000, 8)), chunk("data", Bytes(301, 0x80))})},
+        {"stereo16.wav",
+         riff({chunk("fmt ", fmtBody(1, 2, 48000, 16)), chunk("cue ", cueBody(2, 2)),
+               chunk("LIST", adtl), chunk("smpl", smplBody(1, {{10, 99}})),
+               chunk("data", pcm16(ramp))})},
+        {"mono8.wav",
+         riff({chunk("fmt ", fmtBody(1, 1, 8000, 8)), chunk("data", Bytes(301, 0x80))})},
         {"ext24.wav", riff({chunk("fmt ", fmtExtensible(2, 96000, 24, 24, 1)),
                             chunk("data", Bytes(6 * 40, 0x11))})},
         {"float.wav", riff({chunk("fmt ", fmtBody(3, 2, 44100, 32)), chunk("data", floats)})},
-        {"odd.wav", riff({chunk("fmt ", fmtBody(1, 1, 48000, 16)),
-                          chunk("junk", Bytes{1, 2, 3}, false, false), chunk("data", pcm16(ramp))})},
-        {"loops.aif", form("AIFF", {chunk("COMM", commBody(1, 600, 16, 44100), true),
-                                    chunk("MARK", mark, true), chunk("INST", inst, true),
-                                    chunk("SSND", ssndBody(aiffData), true)})},
+        {"odd.wav",
+         riff({chunk("fmt ", fmtBody(1, 1, 48000, 16)), chunk("junk", Bytes{1, 2, 3}, false, false),
+               chunk("data", pcm16(ramp))})},
+        {"loops.aif",
+         form("AIFF", {chunk("COMM", commBody(1, 600, 16, 44100), true), chunk("MARK", mark, true),
+                       chunk("INST", inst, true), chunk("SSND", ssndBody(aiffData), true)})},
     };
     for (const auto& [name, bytes] : seeds) {
         if (!writeFile(dir + "/" + name, bytes))

@@ -166,6 +166,22 @@ private slots:
         QVERIFY(heard(kUnaligned));
     }
 
+    void unpaddedChunkAfterDataStillFindsLoops()
+    {
+        // The aligned walk finds 'fmt ' and 'data' but loses its step after the odd
+        // chunk; only the unaligned walk reaches the 'smpl' behind it.
+        const Bytes bytes =
+            riff({chunk("fmt ", fmtBody(1, 1, 48000, 16)), chunk("data", pcm16({1, 2, 3, 4})),
+                  chunk("note", Bytes{'o', 'd', 'd'}, false, false),
+                  chunk("smpl", smplBody(1, {{0, 3}}))});
+        Handle h = openBytes(bytes);
+        QVERIFY(h);
+        QCOMPARE(h->unalignedChunks, 1);
+        QCOMPARE(GetWaveLoopCount(h.get()), 1);
+        QCOMPARE(h->loopEnds[0], 4u);
+        QVERIFY(heard(kUnaligned));
+    }
+
     void paddedOddChunksOpenWithoutWarning()
     {
         const Bytes bytes =
