@@ -6,8 +6,8 @@
 bool IsSupportedAudioSuffix(const QString& suffix)
 {
     const QString s = suffix.toLower();
-    return s == QLatin1String("wav") || s == QLatin1String("aif") || s == QLatin1String("aiff")
-        || s == QLatin1String("mp3") || s == QLatin1String("ogg");
+    return s == QLatin1String("wav") || s == QLatin1String("aif") || s == QLatin1String("aiff") ||
+           s == QLatin1String("mp3") || s == QLatin1String("ogg");
 }
 
 bool IsSupportedAudioFile(const QString& path)

@@ -22,3 +22,6 @@ ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
 
 echo "== Full test suite"
 ctest --test-dir "$main" --output-on-failure -j"$jobs"
+
+echo "== Short fuzzing run of the wave header reader"
+"$root/scripts/fuzz.sh" 20

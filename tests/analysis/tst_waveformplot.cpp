@@ -202,7 +202,7 @@ private slots:
         std::vector<std::vector<float>> ten(10, std::vector<float>(300, 0.0f));
         std::vector<const float*> pointers;
         for (int ch = 0; ch < 10; ++ch) {
-            ten[ch][0] = -0.01f * float(ch + 1);
+            ten[ch][0] = -(float(ch) + 1.5f) / 100.0f; // truncates to -(ch + 1) percent
             pointers.push_back(ten[ch].data());
         }
         std::array<PlotPoint, kMaxPlotChannels * kPlotPoints> multi;

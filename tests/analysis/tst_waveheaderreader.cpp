@@ -23,10 +23,12 @@ struct HandleCloser
 };
 using Handle = std::unique_ptr<WaveHeaderHandle, HandleCloser>;
 
+// The handle reads from the caller's buffer, so a temporary must not be passed.
 Handle openBytes(const Bytes& bytes)
 {
     return Handle(OpenWaveHeaderFromMemory(bytes.data(), bytes.size()));
 }
+Handle openBytes(Bytes&&) = delete;
 
 bool heard(const char* message)
 {
@@ -445,7 +447,8 @@ private slots:
     void aiffOddRatesComeThroughTheExtendedFormat()
     {
         QFETCH(int, rate);
-        Handle h = openBytes(aiff16(2, std::uint32_t(rate), {0, 0}));
+        const Bytes bytes = aiff16(2, std::uint32_t(rate), {0, 0});
+        Handle h = openBytes(bytes);
         QVERIFY(h);
         QCOMPARE(GetWaveSamplingRate(h.get()), rate);
     }
@@ -481,13 +484,15 @@ private slots:
         QCOMPARE(SeekSample(h.get(), 0, 3), std::int64_t(-1));
 
         // Mono repeats its channel; more channels give the first two.
-        Handle mono = openBytes(wav16(1, 48000, {-9}));
+        const Bytes monoBytes = wav16(1, 48000, {-9});
+        Handle mono = openBytes(monoBytes);
         QCOMPARE(ReadStereo16(mono.get(), &l, &r), 0);
         QCOMPARE(l, std::int16_t(-9));
         QCOMPARE(r, std::int16_t(-9));
-        Handle quad = openBytes(riff({chunk("fmt ", fmtBody(1, 4, 48000, 24)),
+        const Bytes quadBytes = riff({chunk("fmt ", fmtBody(1, 4, 48000, 24)),
                                       chunk("data", Bytes{0, 1, 0, 0, 2, 0, 0, 3, 0, 0, 4, 0,
-                                                          0, 5, 0, 0, 6, 0, 0, 7, 0, 0, 8, 0})}));
+                                                          0, 5, 0, 0, 6, 0, 0, 7, 0, 0, 8, 0})});
+        Handle quad = openBytes(quadBytes);
         QVERIFY(quad);
         QCOMPARE(ReadStereo16(quad.get(), &l, &r), 0);
         QCOMPARE(l, std::int16_t(1));

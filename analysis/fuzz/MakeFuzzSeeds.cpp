@@ -1,0 +1,63 @@
+// Writes a few well-formed WAV, AIFF and CAF files as the fuzzer's starting corpus.
+
+#include "WaveFixtures.h"
+
+#include <cstdio>
+#include <string>
+
+using namespace fixtures;
+
+int main(int argc, char** argv)
+{
+    if (argc != 2) {
+        std::fprintf(stderr, "usage: %s DIR\n", argv[0]);
+        return 2;
+    }
+    const std::string dir = argv[1];
+    std::vector<int> ramp;
+    for (int i = 0; i < 600; ++i)
+        ramp.push_back(i * 97 - 30000);
+    Bytes adtl;
+    putId(adtl, "adtl");
+    Bytes label;
+    putLe32(label, 1);
+    label.insert(label.end(), {'a', 0});
+    append(adtl, chunk("labl", label));
+    Bytes floats;
+    for (int i = 0; i < 64; ++i)
+        putLe32(floats, i % 2 ? 0x3f000000u : 0xbf800000u);
+    Bytes mark;
+    putBe16(mark, 2);
+    putBe16(mark, 1);
+    putBe32(mark, 10);
+    mark.insert(mark.end(), {1, 'a'});
+    putBe16(mark, 2);
+    putBe32(mark, 200);
+    mark.insert(mark.end(), {0, 0});
+    Bytes inst(8, 0);
+    for (const int v : {1, 1, 2, 0, 0, 0})
+        putBe16(inst, v);
+    Bytes aiffData;
+    for (const int v : ramp)
+        putBe16(aiffData, static_cast<std::uint16_t>(v));
+
+    const std::vector<std::pair<std::string, Bytes>> seeds = {
+        {"stereo16.wav", riff({chunk("fmt ", fmtBody(1, 2, 48000, 16)), chunk("cue ", cueBody(2, 2)),
+                               chunk("LIST", adtl), chunk("smpl", smplBody(1, {{10, 99}})),
+                               chunk("data", pcm16(ramp))})},
+        {"mono8.wav", riff({chunk("fmt ", fmtBody(1, 1, 8000, 8)), chunk("data", Bytes(301, 0x80))})},
+        {"ext24.wav", riff({chunk("fmt ", fmtExtensible(2, 96000, 24, 24, 1)),
+                            chunk("data", Bytes(6 * 40, 0x11))})},
+        {"float.wav", riff({chunk("fmt ", fmtBody(3, 2, 44100, 32)), chunk("data", floats)})},
+        {"odd.wav", riff({chunk("fmt ", fmtBody(1, 1, 48000, 16)),
+                          chunk("junk", Bytes{1, 2, 3}, false, false), chunk("data", pcm16(ramp))})},
+        {"loops.aif", form("AIFF", {chunk("COMM", commBody(1, 600, 16, 44100), true),
+                                    chunk("MARK", mark, true), chunk("INST", inst, true),
+                                    chunk("SSND", ssndBody(aiffData), true)})},
+    };
+    for (const auto& [name, bytes] : seeds) {
+        if (!writeFile(dir + "/" + name, bytes))
+            return 1;
+    }
+    return 0;
+}

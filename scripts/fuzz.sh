@@ -1,0 +1,23 @@
+#!/usr/bin/env bash
+# Builds the wave header fuzzer with clang (libFuzzer, AddressSanitizer,
+# UndefinedBehaviorSanitizer) and runs it for SECONDS (default 20).
+# The corpus grows in build/fuzz/corpus and is kept between runs.
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+seconds=${1:-20}
+out="$root/build/fuzz"
+mkdir -p "$out/corpus" "$out/seeds"
+
+sources=(WaveByteSource WaveChunkSupport RiffChunkParser FormChunkParser WaveHeaderReader LoudnessMeter LoudnessFileDriver
+         WaveformPlot WaveFileAnalysis)
+flags=(-std=c++17 -O1 -g -I"$root/analysis" -I"$root/tests/analysis")
+clang++ "${flags[@]}" -fsanitize=fuzzer,address,undefined -fno-sanitize-recover=undefined \
+    $(printf "$root/analysis/%s.cpp " "${sources[@]}") \
+    "$root/analysis/fuzz/WaveHeaderFuzzer.cpp" -o "$out/wave_header_fuzzer"
+clang++ "${flags[@]}" "$root/analysis/fuzz/MakeFuzzSeeds.cpp" -o "$out/make_fuzz_seeds"
+"$out/make_fuzz_seeds" "$out/seeds"
+
+echo "== Fuzzing the wave header reader for ${seconds} s"
+ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
+    "$out/wave_header_fuzzer" -max_total_time="$seconds" -max_len=65536 -timeout=10 \
+    -rss_limit_mb=4096 -print_final_stats=1 "$out/corpus" "$out/seeds"
