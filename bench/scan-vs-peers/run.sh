@@ -29,7 +29,7 @@ formats=(wav16 wav24 aiff mp3 ogg)
 
 make_corpus() {
     local lengths=(1.5 4 8 12 20 6 10)
-    local i fmt seconds channels rate name
+    local i fmt seconds channels rate name out make
     for fmt in "${formats[@]}"; do mkdir -p "$corpus/$fmt"; done
     for i in $(seq 1 400); do
         seconds=${lengths[$((i % ${#lengths[@]}))]}
@@ -37,21 +37,24 @@ make_corpus() {
         rate=$((i % 3 == 0 ? 44100 : 48000))
         name=$(printf 'take_%03d' "$i")
         if ((i <= 120)); then
-            echo "\"$gen\" \"$corpus/wav16/$name.wav\" $rate $channels $seconds 16 music $i"
+            out="$corpus/wav16/$name.wav"
+            make="\"$gen\" \"$out\" $rate $channels $seconds 16 music $i"
         elif ((i <= 180)); then
-            echo "\"$gen\" \"$corpus/wav24/$name.wav\" $rate $channels $seconds 24 music $i"
+            out="$corpus/wav24/$name.wav"
+            make="\"$gen\" \"$out\" $rate $channels $seconds 24 music $i"
         elif ((i <= 240)); then
-            echo "\"$gen\" \"$corpus/aiff/$name.aif\" $rate $channels $seconds 16 music $i"
+            out="$corpus/aiff/$name.aif"
+            make="\"$gen\" \"$out\" $rate $channels $seconds 16 music $i"
         elif ((i <= 340)); then
-            echo "\"$gen\" \"$corpus/mp3/$name.wav\" 44100 $channels $seconds 16 music $i &&" \
-                "lame --quiet -V 2 \"$corpus/mp3/$name.wav\" \"$corpus/mp3/$name.mp3\" &&" \
-                "rm \"$corpus/mp3/$name.wav\""
+            out="$corpus/mp3/$name.mp3"
+            make="\"$gen\" \"$out.wav\" 44100 $channels $seconds 16 music $i && lame --quiet -V 2 \"$out.wav\" \"$out\" && rm \"$out.wav\""
         else
-            echo "\"$gen\" \"$corpus/ogg/$name.wav\" $rate $channels $seconds 16 music $i &&" \
-                "oggenc --quiet -q 5 -o \"$corpus/ogg/$name.ogg\" \"$corpus/ogg/$name.wav\" &&" \
-                "rm \"$corpus/ogg/$name.wav\""
+            out="$corpus/ogg/$name.ogg"
+            make="\"$gen\" \"$out.wav\" $rate $channels $seconds 16 music $i && oggenc --quiet -q 5 -o \"$out\" \"$out.wav\" && rm \"$out.wav\""
         fi
-    done | xargs -P 2 -I{} sh -c '{}'
+        # Files already made are kept, so an interrupted run resumes.
+        [ -f "$out" ] || echo "$make"
+    done | xargs -P 2 -d '\n' -I{} sh -c '{}'
     touch "$corpus/.complete"
 }
 
@@ -77,9 +80,9 @@ for fmt in "${formats[@]}"; do
     t0=$(now)
     "$scan" --loudness "$corpus/$fmt" >"$work/$fmt.tesk.csv"
     t1=$(now)
-    bs1770gain -i -f "$work/$fmt.bs.log" "${files[@]}" >/dev/null 2>&1
+    bs1770gain -i -f "$work/$fmt.bs.log" "${files[@]}" >/dev/null 2>&1 || true
     t2=$(now)
-    loudgain -q -O "${files[@]}" >"$work/$fmt.lg.tsv" 2>/dev/null
+    loudgain -q -O "${files[@]}" >"$work/$fmt.lg.tsv" 2>/dev/null || true
     t3=$(now)
     tesk=$(elapsed "$t0" "$t1")
     bs=$(elapsed "$t1" "$t2")
