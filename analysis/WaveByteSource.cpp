@@ -22,7 +22,30 @@ public:
     {
         if (pos < 0 || pos >= m_size || n == 0)
             return 0;
-        // Sequential reads are the common case; skip the seek so stdio keeps its buffer.
+        // The sample decoders read a frame at a time; serving those small reads
+        // from our own block keeps stdio's per-call cost out of the inner loop.
+        if (pos >= m_bufferStart && pos + static_cast<std::int64_t>(n) <= m_bufferEnd) {
+            std::memcpy(destination, m_buffer + (pos - m_bufferStart), n);
+            return n;
+        }
+        if (n >= kBufferSize / 2)
+            return readDirect(pos, destination, n);
+        m_bufferStart = m_bufferEnd = 0;
+        const std::size_t filled = readDirect(pos, m_buffer, kBufferSize);
+        if (filled == 0)
+            return 0;
+        m_bufferStart = pos;
+        m_bufferEnd = pos + static_cast<std::int64_t>(filled);
+        const std::size_t count = n < filled ? n : filled;
+        std::memcpy(destination, m_buffer, count);
+        return count;
+    }
+
+private:
+    static constexpr std::size_t kBufferSize = 64 * 1024;
+
+    std::size_t readDirect(std::int64_t pos, void* destination, std::size_t n)
+    {
         if (pos != m_position) {
             if (fseeko(m_file, static_cast<off_t>(pos), SEEK_SET) != 0) {
                 m_position = -1;
@@ -31,16 +54,20 @@ public:
             m_position = pos;
         }
         const std::size_t got = std::fread(destination, 1, n, m_file);
-        m_position = got == n ? pos + static_cast<std::int64_t>(got) : -1;
-        if (got != n)
+        m_position = pos + static_cast<std::int64_t>(got);
+        if (got != n) {
             std::clearerr(m_file);
+            m_position = -1;
+        }
         return got;
     }
 
-private:
     std::FILE* m_file;
     std::int64_t m_size;
     std::int64_t m_position = 0;
+    std::int64_t m_bufferStart = 0;
+    std::int64_t m_bufferEnd = 0;
+    unsigned char m_buffer[kBufferSize];
 };
 
 class MemoryByteSource final : public WaveByteSource
