@@ -94,6 +94,8 @@ struct EngineState
     std::vector<Player*> players;
     std::vector<Voice*> voices;
     PlaybackId nextId = 1;
+    float* spareSamples = nullptr;
+    std::size_t spareCapacity = 0;
     std::atomic<std::int64_t> busyNs{0};
     std::atomic<std::int64_t> calls{0};
     std::atomic<std::int64_t> framesMixed{0};
@@ -111,7 +113,7 @@ void FreeVoice(Voice* voice)
     if (voice->resampler)
         src_delete(voice->resampler);
     Release(voice->resampleBuffer);
-    Release(voice->ownedFrames);
+    ReturnSampleBuffer(voice->ownedFrames, voice->ownedCapacity);
     Destroy(voice);
 }
 
@@ -331,7 +333,7 @@ Voice* PrepareVoice(Player* player)
     }
 
     auto fail = [&sound](const char* code, const char* text) -> Voice* {
-        Release(sound.frames);
+        ReturnSampleBuffer(sound.frames, sound.capacity);
         ReportError(code, text);
         return nullptr;
     };
@@ -344,6 +346,7 @@ Voice* PrepareVoice(Player* player)
     if (!voice)
         return fail(kErrNoMemory, "Can not allocate memory.");
     voice->ownedFrames = sound.frames;
+    voice->ownedCapacity = sound.capacity;
     voice->frames = sound.frames ? sound.frames : static_cast<const float*>(player->data);
     voice->frameCount = sound.frameCount;
     voice->channels = sound.channels;
@@ -405,6 +408,35 @@ void Release(void* pointer)
         g_free(pointer);
     else
         std::free(pointer);
+}
+
+float* AcquireSampleBuffer(std::size_t count, std::size_t* capacity)
+{
+    if (g_engine.spareSamples && g_engine.spareCapacity >= count) {
+        float* buffer = g_engine.spareSamples;
+        *capacity = g_engine.spareCapacity;
+        g_engine.spareSamples = nullptr;
+        g_engine.spareCapacity = 0;
+        return buffer;
+    }
+    *capacity = count;
+    return static_cast<float*>(Allocate(count * sizeof(float)));
+}
+
+void ReturnSampleBuffer(float* buffer, std::size_t capacity)
+{
+    if (!buffer)
+        return;
+    ReleaseSpareSampleBuffer();
+    g_engine.spareSamples = buffer;
+    g_engine.spareCapacity = capacity;
+}
+
+void ReleaseSpareSampleBuffer()
+{
+    Release(g_engine.spareSamples);
+    g_engine.spareSamples = nullptr;
+    g_engine.spareCapacity = 0;
 }
 
 void ReportError(const char* code, const char* message)
@@ -480,6 +512,7 @@ void Finalize()
     for (VoicePool* pool : g_engine.pools)
         Destroy(pool);
     g_engine.pools.clear();
+    ReleaseSpareSampleBuffer();
     Destroy(g_engine.mixer);
     g_engine.mixer = nullptr;
     g_engine.initialized = false;

@@ -56,8 +56,8 @@ struct InitConfig
 {
     float updateFrequency = 60.0f; // how often control commands are expected, in Hz
     OutputMode output = OutputMode::Device;
-    std::int32_t outputRate = 48000; // requested device rate, or the offline rate
-    std::int32_t deviceBufferFrames = 512;
+    std::int32_t outputRate = 48000;       // requested device rate, or the offline rate
+    std::int32_t deviceBufferFrames = 256; // 5.3 ms at 48 kHz
     std::int32_t maxVoices = 32;
 };
 

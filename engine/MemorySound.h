@@ -8,7 +8,8 @@ namespace AudioEngine {
 // A WAVE or AIFF file held in memory, decoded to interleaved float.
 struct MemorySound
 {
-    float* frames = nullptr; // allocated with the engine's allocator
+    float* frames = nullptr;  // from AcquireSampleBuffer
+    std::size_t capacity = 0; // of `frames`, in floats
     std::int64_t frameCount = 0;
     std::int32_t channels = 0;
     std::int32_t rate = 0;

@@ -35,7 +35,8 @@ struct Voice
     std::int64_t loopEnd = 0; // exclusive; looped when loopEnd > loopStart
     std::int64_t startFrame = 0;
     PlaybackId id = kInvalidPlaybackId;
-    float* ownedFrames = nullptr; // decoded WAVE/AIFF data, freed with the voice
+    float* ownedFrames = nullptr; // decoded WAVE/AIFF data, returned with the voice
+    std::size_t ownedCapacity = 0;
     SRC_STATE* resampler = nullptr;
     double resampleRatio = 1.0; // output rate / sound rate
     float* resampleBuffer = nullptr;

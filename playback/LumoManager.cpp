@@ -6,9 +6,11 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
+#include <limits>
 
 namespace {
 
@@ -134,7 +136,14 @@ void LumoManager::PlayFrom(const QString& path, std::int32_t startMs)
 
     // Not checked: an unreadable file gives empty data and the engine's own error.
     QFile file(info.absoluteFilePath());
-    currentData = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    if (file.open(QIODevice::ReadOnly) && file.size() < std::numeric_limits<int>::max()) {
+        // Reads into the buffer the previous file used, to spare fresh pages.
+        currentData.resize(static_cast<int>(file.size()));
+        currentData.resize(static_cast<int>(
+            std::max<qint64>(0, file.read(currentData.data(), currentData.size()))));
+    } else {
+        currentData.clear();
+    }
 
     AudioEngine::SetData(memoryPlayer, currentData.constData(),
                          static_cast<std::size_t>(currentData.size()));
