@@ -211,6 +211,31 @@ private slots:
         QCOMPARE(GetPlayedSamples(GetLastPlaybackId(player_)), std::int64_t(72100));
     }
 
+    void truncatedFilePlaysWhatIsThere()
+    {
+        const auto values = TestSounds::distinct16(1000);
+        QByteArray file = TestSounds::wavPcm(1, 48000, 16, values);
+        file.chop(200); // the data chunk still claims 1000 frames
+        startWave(file);
+        const auto out = render(1200);
+        for (int i = 0; i < 900; ++i)
+            QCOMPARE(out[2 * i], values[static_cast<std::size_t>(i)] / 32768.0f);
+        for (std::size_t i = 2 * 900; i < out.size(); ++i)
+            QCOMPARE(out[i], 0.0f);
+        QCOMPARE(GetStatus(player_), PlayerStatus::PlayEnd);
+    }
+
+    // Starting inside the release tail of a looped sound plays the tail and ends.
+    void startPastTheLoopPlaysTheTail()
+    {
+        const auto values = TestSounds::distinct16(4800);
+        startWave(TestSounds::wavPcm(1, 48000, 16, values, {{480, 959}}), DataFormat::Wave, 50);
+        const auto out = render(4800);
+        for (int i = 0; i < 4800 - 2400; ++i)
+            QCOMPARE(out[2 * i], values[static_cast<std::size_t>(2400 + i)] / 32768.0f);
+        QCOMPARE(GetStatus(player_), PlayerStatus::PlayEnd);
+    }
+
     void startPastTheEndEndsAtOnce()
     {
         startWave(TestSounds::wavPcm(1, 48000, 16, TestSounds::distinct16(480)), DataFormat::Wave,

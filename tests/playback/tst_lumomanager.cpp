@@ -2,6 +2,7 @@
 // SDL's dummy driver), with WAVE/AIFF files and MP3 files made by lame.
 
 #include "AudioEngine.h"
+#include "KrokManager.h"
 #include "LumoManager.h"
 #include "TestSounds.h"
 
@@ -50,6 +51,7 @@ class TestLumoManager : public QObject
     std::unique_ptr<LumoManager> lumo_;
     std::vector<std::int32_t> values48k_;
     bool haveMp3_ = false;
+    bool haveOgg_ = false;
 
     QString path(const char* name) const { return dir_.filePath(QLatin1String(name)); }
 
@@ -85,6 +87,10 @@ private slots:
         QVERIFY(encodeMp3("b44.wav", "b.mp3", {}));
         QVERIFY(encodeMp3("m48.wav", "mono48.mp3", {QStringLiteral("-m"), QStringLiteral("m")}));
         haveMp3_ = true;
+        if (!QStandardPaths::findExecutable(QStringLiteral("oggenc")).isEmpty())
+            haveOgg_ = QProcess::execute(QStringLiteral("oggenc"),
+                                         {QStringLiteral("--quiet"), QStringLiteral("-o"),
+                                          path("m48.ogg"), path("m48.wav")}) == 0;
     }
 
     void init()
@@ -95,7 +101,8 @@ private slots:
 
     void cleanup()
     {
-        lumo_->Finalize();
+        if (lumo_)
+            lumo_->Finalize();
         lumo_.reset();
     }
 
@@ -227,6 +234,27 @@ private slots:
         QVERIFY(lumo_->GetPlayedSamples() < before);
     }
 
+    void oggPlaysThroughThePcmPlayer()
+    {
+        if (!haveOgg_)
+            QSKIP("oggenc is not installed");
+        lumo_->Play(path("long.wav"));
+        render(10);
+        lumo_->Play(path("m48.ogg"));
+        QVERIFY(lumo_->UsesPcmPlayer());
+        const auto out = render(4800);
+        QVERIFY(lumo_->IsPlaying());
+        QVERIFY(!silent(out));
+        QCOMPARE(lumo_->GetPlayedSamples(), std::int64_t(4800));
+        QCOMPARE(lumo_->PcmPools().size(), std::size_t(1));
+        QCOMPARE(lumo_->PcmPools()[0]->samplingRate, 48000);
+        QCOMPARE(lumo_->PcmPools()[0]->channels, 1);
+        // Back to a WAVE file: the memory player again.
+        lumo_->Play(path("long.wav"));
+        QVERIFY(!lumo_->UsesPcmPlayer());
+        QCOMPARE(render(1)[0], values48k_[0] / 32768.0f);
+    }
+
     void notPlayingReportsNoSamples()
     {
         QCOMPARE(lumo_->GetPlayedSamples(), std::int64_t(0));
@@ -246,6 +274,51 @@ private slots:
         idle.Stop();
         QVERIFY(!idle.IsPlaying());
         QCOMPARE(idle.GetPlayedSamples(), std::int64_t(0));
+    }
+
+    // The registry folds the played count of a looping file back into its loop.
+    void loopedPositionThroughTheRegistry_data()
+    {
+        QTest::addColumn<int>("played");
+        QTest::addColumn<qint64>("position");
+        QTest::newRow("before the loop end") << 4000 << qint64(4000);
+        QTest::newRow("at the loop end, not folded") << 5000 << qint64(5000);
+        QTest::newRow("one past the end") << 5001 << qint64(1001);
+        QTest::newRow("9000 played") << 9000 << qint64(1000);
+        QTest::newRow("many rounds") << 1000 + 4000 * 50 + 123 << qint64(1123);
+    }
+
+    void loopedPositionThroughTheRegistry()
+    {
+        QFETCH(int, played);
+        QFETCH(qint64, position);
+        lumo_->Finalize();
+        lumo_.reset();
+        const QString looped = path("looped.wav");
+        const auto values = TestSounds::distinct16(6000, 9);
+        QVERIFY(TestSounds::writeFile(looped,
+                                      TestSounds::wavPcm(1, 48000, 16, values, {{1000, 4999}})));
+        KrokManager registry(new LumoManager(nullptr, AudioEngine::OutputMode::Offline));
+        registry.Initialize();
+        registry.AnalyzeFile(looped);
+        QCOMPARE(registry.GetFileInfo(looped).loopEnd, 5000);
+        registry.PlayFile(looped);
+        QCOMPARE(registry.GetPlayingPath(), looped);
+        std::vector<float> out;
+        for (int left = played; left > 0; left -= 4096) {
+            const auto part = render(static_cast<std::size_t>(std::min(left, 4096)));
+            out.insert(out.end(), part.begin(), part.end());
+        }
+        QVERIFY(registry.IsPlaying());
+        QCOMPARE(registry.GetPlaybackPosition(), std::int64_t(position));
+        // The last frame heard is the unrolled timeline's frame played - 1.
+        const int last = played - 1;
+        const int source = last < 5000 ? last : 1000 + (last - 1000) % 4000;
+        QCOMPARE(out[out.size() - 2], values[static_cast<std::size_t>(source)] / 32768.0f);
+        registry.StopPlayback();
+        QVERIFY(!registry.IsPlaying());
+        registry.Finalize();
+        init(); // cleanup() finalises a manager
     }
 
     // On a running device the stop-and-wait spins through the stop ramp.
