@@ -164,8 +164,9 @@ void PostStop(Voice* voice)
 
 void ClampToUnit(float* out, std::size_t samples)
 {
+    // A float file may hold NaN; the device gets silence for it, never a burst.
     for (std::size_t i = 0; i < samples; ++i)
-        out[i] = std::clamp(out[i], -1.0f, 1.0f);
+        out[i] = out[i] == out[i] ? std::clamp(out[i], -1.0f, 1.0f) : 0.0f;
 }
 
 void SDLCALL DeviceCallback(void*, Uint8* stream, int len)
