@@ -1,0 +1,512 @@
+#include "AudioEngine.h"
+
+#include "DeviceOutput.h"
+#include "EngineErrors.h"
+#include "EngineMemory.h"
+#include "EngineObjects.h"
+#include "Mixer.h"
+#include "VoiceBuilder.h"
+
+#include <algorithm>
+#include <mutex>
+#include <vector>
+
+namespace AudioEngine {
+
+namespace {
+
+struct EngineState
+{
+    std::mutex control; // control-thread bookkeeping; the device callback never takes it
+    bool initialized = false;
+    InitConfig config;
+    Mixer* mixer = nullptr;
+    DeviceOutput output;
+    std::int32_t outputRate = 48000;
+    std::vector<VoicePool*> pools;
+    std::vector<Player*> players;
+    std::vector<Voice*> voices;
+    PlaybackId nextId = 1;
+};
+
+EngineState g_engine;
+
+bool DeviceRunning()
+{
+    return g_engine.output.IsOpen();
+}
+
+bool IsCurrentOfSomePlayer(const Voice* voice)
+{
+    return std::any_of(g_engine.players.begin(), g_engine.players.end(),
+                       [voice](const Player* p) { return p->current == voice; });
+}
+
+// Frees voices the mixer has let go of and no player reports on any more.
+void CollectVoices()
+{
+    auto& voices = g_engine.voices;
+    for (std::size_t i = 0; i < voices.size();) {
+        Voice* v = voices[i];
+        if (v->released.load(std::memory_order_acquire) && !IsCurrentOfSomePlayer(v)) {
+            FreeVoice(v);
+            voices[i] = voices.back();
+            voices.pop_back();
+        } else {
+            ++i;
+        }
+    }
+}
+
+VoiceState StateOf(const Voice* voice)
+{
+    return static_cast<VoiceState>(voice->state.load(std::memory_order_acquire));
+}
+
+bool IsLive(const Voice* voice)
+{
+    const VoiceState s = StateOf(voice);
+    return s == VoiceState::Queued || s == VoiceState::Playing;
+}
+
+void PostStop(Voice* voice)
+{
+    if (!DeviceRunning()) {
+        // Nobody listens, so there is nothing to ramp: let go of the data now.
+        g_engine.mixer->Post({MixerCommand::Type::StopNow, voice, 0.0f});
+        g_engine.mixer->ProcessCommands();
+        return;
+    }
+    if (!g_engine.mixer->Post({MixerCommand::Type::Stop, voice, 0.0f}))
+        ReportError(kErrQueueFull, "Command queue is full.");
+}
+
+VoicePoolHandle AddPool(PoolKind kind, const VoicePoolConfig& config, SampleFormat format)
+{
+    std::lock_guard lock(g_engine.control);
+    if (!g_engine.initialized) {
+        ReportError(kErrNotInitialized, "Engine is not initialized.");
+        return nullptr;
+    }
+    if (config.numVoices < 1 || config.maxChannels < 1 || config.maxSamplingRate < 1) {
+        ReportError(kErrBadConfig, "Invalid voice pool configuration.");
+        return nullptr;
+    }
+    auto* pool = Create<VoicePool>();
+    if (!pool) {
+        ReportError(kErrNoMemory, "Can not allocate memory.");
+        return nullptr;
+    }
+    pool->kind = kind;
+    pool->identifier = config.identifier;
+    pool->numVoices = config.numVoices;
+    pool->maxChannels = config.maxChannels;
+    pool->maxSamplingRate = config.maxSamplingRate;
+    pool->sampleFormat = format;
+    g_engine.pools.push_back(pool);
+    return pool;
+}
+
+VoicePool* FindPool(DataFormat format, std::uint32_t identifier)
+{
+    const PoolKind kind = format == DataFormat::Wave   ? PoolKind::Wave
+                          : format == DataFormat::Aiff ? PoolKind::Aiff
+                                                       : PoolKind::RawPcm;
+    for (VoicePool* pool : g_engine.pools) {
+        if (pool->kind == kind && pool->identifier == identifier)
+            return pool;
+    }
+    return nullptr;
+}
+
+int LiveVoicesIn(const VoicePool* pool, const Player* except)
+{
+    int n = 0;
+    for (const Voice* v : g_engine.voices) {
+        if (v->pool == pool && v->player != except && IsLive(v))
+            ++n;
+    }
+    return n;
+}
+
+// Builds the voice for the player's current data; reports and returns null on failure.
+Voice* PrepareVoice(Player* player)
+{
+    VoicePool* pool = FindPool(player->format, player->poolId);
+    if (!pool) {
+        ReportError(kErrNoPool, "Voice pool is not found.");
+        return nullptr;
+    }
+    if (!player->data || player->size == 0) {
+        ReportError(kErrNoData, "Data is not set.");
+        return nullptr;
+    }
+    if (LiveVoicesIn(pool, player) >= pool->numVoices) {
+        ReportError(kErrNoFreeVoice, "No free voice in the voice pool.");
+        return nullptr;
+    }
+
+    return BuildVoice(*player, *pool, g_engine.outputRate);
+}
+
+Voice* FindVoice(PlaybackId id)
+{
+    for (Voice* v : g_engine.voices) {
+        if (v->id == id)
+            return v;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+void SetAllocationFunctions(AllocFunction alloc, FreeFunction free)
+{
+    std::lock_guard lock(g_engine.control);
+    if (g_engine.initialized)
+        return; // memory already handed out must go back to the same allocator
+    SetAllocators(alloc, free);
+}
+
+bool Initialize(const InitConfig& config)
+{
+    std::lock_guard lock(g_engine.control);
+    if (g_engine.initialized)
+        return true;
+    if (config.outputRate < 8000 || config.outputRate > 384000 || config.maxVoices < 1 ||
+        config.deviceBufferFrames < 16 || config.deviceBufferFrames > 32768) {
+        ReportError(kErrBadConfig, "Invalid engine configuration.");
+        return false;
+    }
+    g_engine.config = config;
+    g_engine.outputRate = config.outputRate;
+    if (config.output == OutputMode::Device) {
+        if (!g_engine.output.Open(config.outputRate, config.deviceBufferFrames))
+            return false; // the reason went to the error callback
+        g_engine.outputRate = g_engine.output.Rate();
+    }
+    g_engine.mixer = Create<Mixer>(g_engine.outputRate, config.maxVoices);
+    if (!g_engine.mixer) {
+        g_engine.output.Close();
+        ReportError(kErrNoMemory, "Can not allocate memory.");
+        return false;
+    }
+    g_engine.initialized = true;
+    g_engine.output.Run(g_engine.mixer);
+    return true;
+}
+
+void Finalize()
+{
+    std::lock_guard lock(g_engine.control);
+    if (!g_engine.initialized)
+        return;
+    g_engine.output.Close(); // waits for a running callback
+    g_engine.mixer->ReleaseAll();
+    for (Player* p : g_engine.players)
+        Destroy(p);
+    g_engine.players.clear();
+    for (Voice* v : g_engine.voices)
+        FreeVoice(v);
+    g_engine.voices.clear();
+    for (VoicePool* pool : g_engine.pools)
+        Destroy(pool);
+    g_engine.pools.clear();
+    ReleaseSpareSampleBuffer();
+    Destroy(g_engine.mixer);
+    g_engine.mixer = nullptr;
+    g_engine.initialized = false;
+}
+
+bool IsInitialized()
+{
+    std::lock_guard lock(g_engine.control);
+    return g_engine.initialized;
+}
+
+std::int32_t GetOutputRate()
+{
+    std::lock_guard lock(g_engine.control);
+    return g_engine.outputRate;
+}
+
+std::int32_t GetOutputChannels()
+{
+    return 2;
+}
+
+bool IsDeviceRunning()
+{
+    std::lock_guard lock(g_engine.control);
+    return DeviceRunning();
+}
+
+VoicePoolHandle CreateStandardVoicePool(const VoicePoolConfig& config)
+{
+    return AddPool(PoolKind::Standard, config, SampleFormat::Int16);
+}
+
+VoicePoolHandle CreateWaveVoicePool(const VoicePoolConfig& config)
+{
+    return AddPool(PoolKind::Wave, config, SampleFormat::Int16);
+}
+
+VoicePoolHandle CreateAiffVoicePool(const VoicePoolConfig& config)
+{
+    return AddPool(PoolKind::Aiff, config, SampleFormat::Int16);
+}
+
+VoicePoolHandle CreateRawPcmVoicePool(const RawPcmVoicePoolConfig& config)
+{
+    if (config.sampleFormat != SampleFormat::Float32) {
+        ReportError(kErrSampleFormat, "Unsupported sample format.");
+        return nullptr;
+    }
+    const VoicePoolConfig base{config.identifier, config.numVoices, config.maxChannels,
+                               config.maxSamplingRate};
+    return AddPool(PoolKind::RawPcm, base, config.sampleFormat);
+}
+
+void DestroyVoicePool(VoicePoolHandle pool)
+{
+    std::lock_guard lock(g_engine.control);
+    auto& pools = g_engine.pools;
+    const auto it = std::find(pools.begin(), pools.end(), pool);
+    if (it == pools.end())
+        return;
+    for (Voice* v : g_engine.voices) {
+        if (v->pool == pool) {
+            if (IsLive(v))
+                PostStop(v);
+            v->pool = nullptr;
+        }
+    }
+    pools.erase(it);
+    Destroy(pool);
+}
+
+PlayerHandle CreatePlayer(const PlayerConfig*)
+{
+    std::lock_guard lock(g_engine.control);
+    if (!g_engine.initialized) {
+        ReportError(kErrNotInitialized, "Engine is not initialized.");
+        return nullptr;
+    }
+    auto* player = Create<Player>();
+    if (!player) {
+        ReportError(kErrNoMemory, "Can not allocate memory.");
+        return nullptr;
+    }
+    g_engine.players.push_back(player);
+    return player;
+}
+
+namespace {
+
+// Looks the handle up under the control lock; reports a stale or null handle.
+Player* Checked(PlayerHandle player)
+{
+    auto& players = g_engine.players;
+    if (player && std::find(players.begin(), players.end(), player) != players.end())
+        return player;
+    ReportError(kErrNullHandle, "Invalid player handle.");
+    return nullptr;
+}
+
+} // namespace
+
+void DestroyPlayer(PlayerHandle handle)
+{
+    std::lock_guard lock(g_engine.control);
+    Player* player = Checked(handle);
+    if (!player)
+        return;
+    for (Voice* v : g_engine.voices) {
+        if (v->player == player) {
+            if (IsLive(v))
+                PostStop(v);
+            v->player = nullptr;
+        }
+    }
+    auto& players = g_engine.players;
+    players.erase(std::find(players.begin(), players.end(), player));
+    Destroy(player);
+    CollectVoices();
+}
+
+void SetDataFormat(PlayerHandle handle, DataFormat format)
+{
+    std::lock_guard lock(g_engine.control);
+    if (Player* p = Checked(handle))
+        p->format = format;
+}
+
+void SetNumChannels(PlayerHandle handle, std::int32_t channels)
+{
+    std::lock_guard lock(g_engine.control);
+    if (Player* p = Checked(handle))
+        p->channels = channels;
+}
+
+void SetSamplingRate(PlayerHandle handle, std::int32_t rate)
+{
+    std::lock_guard lock(g_engine.control);
+    if (Player* p = Checked(handle))
+        p->rate = rate;
+}
+
+void SetVoicePoolId(PlayerHandle handle, std::uint32_t identifier)
+{
+    std::lock_guard lock(g_engine.control);
+    if (Player* p = Checked(handle))
+        p->poolId = identifier;
+}
+
+void SetData(PlayerHandle handle, const void* data, std::size_t size)
+{
+    std::lock_guard lock(g_engine.control);
+    if (Player* p = Checked(handle)) {
+        p->data = data;
+        p->size = size;
+    }
+}
+
+void SetStartTimeMs(PlayerHandle handle, std::int32_t milliseconds)
+{
+    std::lock_guard lock(g_engine.control);
+    if (Player* p = Checked(handle))
+        p->startMs = std::max(0, milliseconds);
+}
+
+void Start(PlayerHandle handle)
+{
+    std::lock_guard lock(g_engine.control);
+    Player* player = Checked(handle);
+    if (!player)
+        return;
+    if (player->current && IsLive(player->current))
+        PostStop(player->current);
+    player->current = nullptr;
+    CollectVoices();
+
+    Voice* voice = PrepareVoice(player);
+    if (!voice) {
+        player->idleStatus = PlayerStatus::Error;
+        return;
+    }
+    voice->id = g_engine.nextId++;
+    if (g_engine.nextId == kInvalidPlaybackId)
+        g_engine.nextId = 1;
+    if (!g_engine.mixer->Post({MixerCommand::Type::Add, voice, 0.0f})) {
+        FreeVoice(voice);
+        player->idleStatus = PlayerStatus::Error;
+        ReportError(kErrQueueFull, "Command queue is full.");
+        return;
+    }
+    g_engine.voices.push_back(voice);
+    player->current = voice;
+    player->lastId = voice->id;
+}
+
+void Stop(PlayerHandle handle)
+{
+    std::lock_guard lock(g_engine.control);
+    Player* player = Checked(handle);
+    if (!player)
+        return;
+    if (player->current && IsLive(player->current)) {
+        PostStop(player->current);
+        return;
+    }
+    // Ended, failed or never started: the player simply reads stopped now.
+    player->current = nullptr;
+    player->idleStatus = PlayerStatus::Stopped;
+    CollectVoices();
+}
+
+PlayerStatus GetStatus(PlayerHandle handle)
+{
+    std::lock_guard lock(g_engine.control);
+    Player* player = Checked(handle);
+    if (!player)
+        return PlayerStatus::Error;
+    if (!player->current)
+        return player->idleStatus;
+    switch (StateOf(player->current)) {
+    case VoiceState::Queued:
+        return PlayerStatus::Preparing;
+    case VoiceState::Playing:
+        return PlayerStatus::Playing;
+    case VoiceState::Ended:
+        return PlayerStatus::PlayEnd;
+    case VoiceState::Stopped:
+        return PlayerStatus::Stopped;
+    case VoiceState::Error:
+        break;
+    }
+    return PlayerStatus::Error;
+}
+
+void SetVolume(PlayerHandle handle, float volume)
+{
+    std::lock_guard lock(g_engine.control);
+    if (Player* p = Checked(handle))
+        p->volume = std::max(0.0f, volume);
+}
+
+void ApplyParameters(PlayerHandle handle)
+{
+    std::lock_guard lock(g_engine.control);
+    Player* player = Checked(handle);
+    if (!player || !player->current || !IsLive(player->current))
+        return;
+    if (!g_engine.mixer->Post({MixerCommand::Type::Volume, player->current, player->volume}))
+        ReportError(kErrQueueFull, "Command queue is full.");
+    else if (!DeviceRunning())
+        g_engine.mixer->ProcessCommands();
+}
+
+PlaybackId GetLastPlaybackId(PlayerHandle handle)
+{
+    std::lock_guard lock(g_engine.control);
+    Player* player = Checked(handle);
+    return player ? player->lastId : kInvalidPlaybackId;
+}
+
+std::int64_t GetPlayedSamples(PlaybackId id)
+{
+    std::lock_guard lock(g_engine.control);
+    const Voice* v = FindVoice(id);
+    if (!v)
+        return -1;
+    const std::int64_t out = v->outFrames.load(std::memory_order_relaxed);
+    if (v->rate == g_engine.outputRate)
+        return v->startFrame + out;
+    return v->startFrame +
+           static_cast<std::int64_t>(static_cast<double>(out) * v->rate / g_engine.outputRate);
+}
+
+std::int32_t GetPlaybackSamplingRate(PlaybackId id)
+{
+    std::lock_guard lock(g_engine.control);
+    const Voice* v = FindVoice(id);
+    return v ? v->rate : 0;
+}
+
+void RenderOffline(float* out, std::size_t frames)
+{
+    std::lock_guard lock(g_engine.control);
+    if (!g_engine.initialized || DeviceRunning()) {
+        std::fill(out, out + frames * 2, 0.0f);
+        return;
+    }
+    g_engine.mixer->Render(out, frames);
+}
+
+CallbackStats GetCallbackStats()
+{
+    std::lock_guard lock(g_engine.control);
+    return g_engine.output.Stats();
+}
+
+} // namespace AudioEngine
