@@ -7,8 +7,7 @@ namespace Vexmw {
 ConnectingThread::ConnectingThread(ConnectionControlImpl& control, int retryIntervalMs)
     : m_control(control)
     , m_retryIntervalMs(retryIntervalMs)
-{
-}
+{}
 
 ConnectingThread::~ConnectingThread()
 {

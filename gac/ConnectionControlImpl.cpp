@@ -77,7 +77,8 @@ SegmentData segmentFromSdk(const GacSegment& s)
         out.tracks.push_back(std::move(track));
     }
     for (int i = 0; s.markers && i < s.numberOfMarkers; ++i)
-        out.markers.push_back({s.markers[i].id, s.markers[i].startPosition, s.markers[i].endPosition});
+        out.markers.push_back(
+            {s.markers[i].id, s.markers[i].startPosition, s.markers[i].endPosition});
     out.tempo = s.tempo;
     out.timeSignatureNumerator = s.timeSignatureNumerator;
     out.timeSignatureDenominator = s.timeSignatureDenominator;
@@ -101,13 +102,21 @@ struct SdkSegment
                 a.lengths.push_back(t.events[e].length);
                 a.offsets.push_back(t.events[e].dataOffset);
             }
-            tracks[i] = {a.assets.data(), a.starts.data(), a.lengths.data(), a.offsets.data(),
-                         static_cast<int>(t.events.size()), t.name.c_str()};
+            tracks[i] = {a.assets.data(),
+                         a.starts.data(),
+                         a.lengths.data(),
+                         a.offsets.data(),
+                         static_cast<int>(t.events.size()),
+                         t.name.c_str()};
         }
         for (const MarkerData& m : s.markers)
             markers.push_back({m.id, m.startPosition, m.endPosition});
-        segment = {tracks.data(), static_cast<int>(tracks.size()), markers.data(),
-                   static_cast<int>(markers.size()), s.tempo, s.timeSignatureNumerator,
+        segment = {tracks.data(),
+                   static_cast<int>(tracks.size()),
+                   markers.data(),
+                   static_cast<int>(markers.size()),
+                   s.tempo,
+                   s.timeSignatureNumerator,
                    s.timeSignatureDenominator};
     }
 
@@ -150,7 +159,8 @@ ConnectionControlImpl::~ConnectionControlImpl()
 void ConnectionControlImpl::addListener(VexGacListener* listener)
 {
     QMutexLocker lock(&m_listenerMutex);
-    if (listener && std::find(m_listeners.begin(), m_listeners.end(), listener) == m_listeners.end())
+    if (listener &&
+        std::find(m_listeners.begin(), m_listeners.end(), listener) == m_listeners.end())
         m_listeners.push_back(listener);
 }
 
@@ -200,21 +210,21 @@ bool ConnectionControlImpl::initialize()
         log("[Info] GAC status: initialized");
         return true;
     }
+    const std::string name = engineName();
     std::string why;
     if (!m_sdk.load(&why)) {
         log("[Warning] " + why);
-        return false;
-    }
-    const GacSdk::Api& api = m_sdk.api();
-    const std::string name = engineName();
-    const int code = api.gacInternalInitialize(name.c_str(), GacSdk::kInitializeArgument1,
-                                               GacSdk::kInitializeArgument2);
-    if (isSuccess(code)) {
-        api.gacEnableCallbackExecutionInBackground();
-        m_initialized = true;
-        log("[Info] GAC status: initialized");
     } else {
-        logSdkError(code);
+        const GacSdk::Api& api = m_sdk.api();
+        const int code = api.gacInternalInitialize(name.c_str(), GacSdk::kInitializeArgument1,
+                                                   GacSdk::kInitializeArgument2);
+        if (isSuccess(code)) {
+            api.gacEnableCallbackExecutionInBackground();
+            m_initialized = true;
+            log("[Info] GAC status: initialized");
+        } else {
+            logSdkError(code);
+        }
     }
     log("[Info] GAC engine name: " + name);
     if (m_initialized)
@@ -240,9 +250,8 @@ bool ConnectionControlImpl::registerCallbacks()
         return false;
     const GacSdk::Api& api = m_sdk.api();
     bool ok = true;
-    for (int kind : {GacSdk::NewAssetExported, GacSdk::AssetTransferred,
-                     GacSdk::ServerDisconnected, GacSdk::SegmentTransferred,
-                     GacSdk::TransferProgress}) {
+    for (int kind : {GacSdk::NewAssetExported, GacSdk::AssetTransferred, GacSdk::ServerDisconnected,
+                     GacSdk::SegmentTransferred, GacSdk::TransferProgress}) {
         const int code = api.gacRegisterCallback(kind, &ConnectionControlImpl::onSdkCallback, this);
         if (!isSuccess(code)) {
             logSdkError(code);
@@ -554,8 +563,8 @@ void ConnectionControlImpl::handleCallback(int kind, const void* data)
         if (const auto* segment = static_cast<const GacSegment*>(data))
             message->assetSegmentData = segmentFromSdk(*segment);
         const SegmentData& s = message->assetSegmentData;
-        log("[Info] Segment: tracks " + std::to_string(s.tracks.size()) + ", markers "
-            + std::to_string(s.markers.size()));
+        log("[Info] Segment: tracks " + std::to_string(s.tracks.size()) + ", markers " +
+            std::to_string(s.markers.size()));
         for (const TrackData& t : s.tracks)
             log("[Info] Segment: track " + t.name + ", events " + std::to_string(t.events.size()));
         notify(message);
@@ -573,8 +582,12 @@ void ConnectionControlImpl::handleCallback(int kind, const void* data)
             l->onGacTransferProgress(fraction);
         break;
     }
-    case GacSdk::ServerDisconnected: handleServerDisconnected(); break;
-    default: log("[Info] Unsupported message"); break;
+    case GacSdk::ServerDisconnected:
+        handleServerDisconnected();
+        break;
+    default:
+        log("[Info] Unsupported message");
+        break;
     }
 }
 

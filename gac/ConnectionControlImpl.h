@@ -22,7 +22,12 @@ class VexGacListener;
 class ConnectionControlImpl final
 {
 public:
-    enum class AttemptOutcome { Connected, Failed, Impossible };
+    enum class AttemptOutcome
+    {
+        Connected,
+        Failed,
+        Impossible
+    };
 
     // listener, if given, hears the constructor's own log line. sdkCandidates:
     // folders or files where the SDK is looked for; empty means beside the

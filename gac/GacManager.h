@@ -24,7 +24,12 @@ class GacManager final : public QObject, public Vexmw::VexGacListener
     Q_DISABLE_COPY_MOVE(GacManager)
 
 public:
-    enum ConnectionState { NotConnected = 0, WaitingConnection = 1, Connected = 2 };
+    enum ConnectionState
+    {
+        NotConnected = 0,
+        WaitingConnection = 1,
+        Connected = 2
+    };
     Q_ENUM(ConnectionState)
 
     // sdkCandidates: where to look for the SDK (folders or library files);

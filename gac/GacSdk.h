@@ -25,7 +25,8 @@ inline constexpr int kInitializeArgument2 = 1;
 // asset paths), terminating zero included.
 inline constexpr int kTextSize = 1024;
 
-enum CallbackKind : int {
+enum CallbackKind : int
+{
     NewAssetExported = 0,
     AssetTransferred = 1,
     ServerDisconnected = 2,
@@ -101,21 +102,21 @@ typedef int (*GacPathTranslateCallback)(const char* path, char* translated, int 
 } // extern "C"
 
 // X(name, return type, parameter list) for the fifteen functions resolved by name.
-#define TESK_GAC_SDK_FUNCTIONS(X)                                                                \
-    X(gacInternalInitialize, int, (const char* engineName, int argument1, int argument2))       \
-    X(gacEnableCallbackExecutionInBackground, int, (void))                                       \
-    X(gacGetErrorMessage, void, (int code, char* buffer))                                        \
-    X(gacSetServerPort, int, (int port))                                                         \
-    X(gacConnectToServer, int, (const char* address))                                            \
-    X(gacGetServerVersion, int, (char* buffer))                                                  \
-    X(gacSetClientDropPath, int, (const char* path))                                             \
-    X(gacRegisterCallback, int, (int kind, GacCallback callback, void* userData))                \
-    X(gacRegisterPathTranslateCallback, int, (GacPathTranslateCallback callback, void* userData)) \
-    X(gacReadMetaData, int, (const char* filePath, GacAsset* asset))                             \
-    X(gacOpenNuendoProject, int, (const GacAsset* asset))                                        \
-    X(gacOpenNewNuendoProject, int, (const GacSegment* segment))                                 \
-    X(gacGetExportedAssets, int, (GacAsset * assets, int capacity, int* count))                  \
-    X(gacSetAssetUpdate, int, (const char* displayValue))                                        \
+#define TESK_GAC_SDK_FUNCTIONS(X)                                                                  \
+    X(gacInternalInitialize, int, (const char* engineName, int argument1, int argument2))          \
+    X(gacEnableCallbackExecutionInBackground, int, (void))                                         \
+    X(gacGetErrorMessage, void, (int code, char* buffer))                                          \
+    X(gacSetServerPort, int, (int port))                                                           \
+    X(gacConnectToServer, int, (const char* address))                                              \
+    X(gacGetServerVersion, int, (char* buffer))                                                    \
+    X(gacSetClientDropPath, int, (const char* path))                                               \
+    X(gacRegisterCallback, int, (int kind, GacCallback callback, void* userData))                  \
+    X(gacRegisterPathTranslateCallback, int, (GacPathTranslateCallback callback, void* userData))  \
+    X(gacReadMetaData, int, (const char* filePath, GacAsset* asset))                               \
+    X(gacOpenNuendoProject, int, (const GacAsset* asset))                                          \
+    X(gacOpenNewNuendoProject, int, (const GacSegment* segment))                                   \
+    X(gacGetExportedAssets, int, (GacAsset * assets, int capacity, int* count))                    \
+    X(gacSetAssetUpdate, int, (const char* displayValue))                                          \
     X(gacDeinitialize, int, (void))
 
 namespace GacSdk {

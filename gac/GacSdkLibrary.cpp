@@ -8,8 +8,7 @@ namespace Vexmw {
 
 GacSdkLibrary::GacSdkLibrary(QStringList candidates)
     : m_candidates(candidates.isEmpty() ? defaultCandidates() : std::move(candidates))
-{
-}
+{}
 
 QStringList GacSdkLibrary::defaultCandidates()
 {
@@ -37,23 +36,24 @@ bool GacSdkLibrary::load(std::string* why)
     }
     if (!m_library.isLoaded()) {
         if (why)
-            *why = "Game Audio Connect SDK not found: " + tried.join(QStringLiteral("; ")).toStdString();
+            *why = "Game Audio Connect SDK not found: " +
+                   tried.join(QStringLiteral("; ")).toStdString();
         return false;
     }
 
     GacSdk::Api api;
     QStringList missing;
-#define TESK_GAC_SDK_RESOLVE(name, ret, params)                                                  \
-    api.name = reinterpret_cast<ret(*) params>(m_library.resolve(#name));                         \
-    if (!api.name)                                                                               \
+#define TESK_GAC_SDK_RESOLVE(name, ret, params)                                                    \
+    api.name = reinterpret_cast<ret(*) params>(m_library.resolve(#name));                          \
+    if (!api.name)                                                                                 \
         missing << QStringLiteral(#name);
     TESK_GAC_SDK_FUNCTIONS(TESK_GAC_SDK_RESOLVE)
 #undef TESK_GAC_SDK_RESOLVE
 
     if (!missing.isEmpty()) {
         if (why)
-            *why = "Game Audio Connect SDK " + m_library.fileName().toStdString()
-                   + " lacks: " + missing.join(QStringLiteral(", ")).toStdString();
+            *why = "Game Audio Connect SDK " + m_library.fileName().toStdString() +
+                   " lacks: " + missing.join(QStringLiteral(", ")).toStdString();
         return false;
     }
     m_api = api;

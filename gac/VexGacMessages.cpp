@@ -89,13 +89,27 @@ private:
         for (const char ch : s) {
             const auto c = static_cast<unsigned char>(ch);
             switch (c) {
-            case '"': m_out += "\\\""; break;
-            case '\\': m_out += "\\\\"; break;
-            case '\b': m_out += "\\b"; break;
-            case '\f': m_out += "\\f"; break;
-            case '\n': m_out += "\\n"; break;
-            case '\r': m_out += "\\r"; break;
-            case '\t': m_out += "\\t"; break;
+            case '"':
+                m_out += "\\\"";
+                break;
+            case '\\':
+                m_out += "\\\\";
+                break;
+            case '\b':
+                m_out += "\\b";
+                break;
+            case '\f':
+                m_out += "\\f";
+                break;
+            case '\n':
+                m_out += "\\n";
+                break;
+            case '\r':
+                m_out += "\\r";
+                break;
+            case '\t':
+                m_out += "\\t";
+                break;
             default:
                 if (c < 0x20) {
                     static const char hex[] = "0123456789abcdef";
@@ -263,20 +277,20 @@ SegmentData readSegment(const QJsonObject& o)
 
 bool AssetMetaData::operator==(const AssetMetaData& o) const
 {
-    return projectPath == o.projectPath && repositoryUrl == o.repositoryUrl
-           && startTime == o.startTime && length == o.length;
+    return projectPath == o.projectPath && repositoryUrl == o.repositoryUrl &&
+           startTime == o.startTime && length == o.length;
 }
 
 bool AssetData::operator==(const AssetData& o) const
 {
-    return filePath == o.filePath && additionalMetaDataFilePath == o.additionalMetaDataFilePath
-           && metaData == o.metaData;
+    return filePath == o.filePath && additionalMetaDataFilePath == o.additionalMetaDataFilePath &&
+           metaData == o.metaData;
 }
 
 bool TrackEvent::operator==(const TrackEvent& o) const
 {
-    return asset == o.asset && startPosition == o.startPosition && length == o.length
-           && dataOffset == o.dataOffset;
+    return asset == o.asset && startPosition == o.startPosition && length == o.length &&
+           dataOffset == o.dataOffset;
 }
 
 bool TrackData::operator==(const TrackData& o) const
@@ -291,9 +305,9 @@ bool MarkerData::operator==(const MarkerData& o) const
 
 bool SegmentData::operator==(const SegmentData& o) const
 {
-    return tracks == o.tracks && markers == o.markers && tempo == o.tempo
-           && timeSignatureNumerator == o.timeSignatureNumerator
-           && timeSignatureDenominator == o.timeSignatureDenominator;
+    return tracks == o.tracks && markers == o.markers && tempo == o.tempo &&
+           timeSignatureNumerator == o.timeSignatureNumerator &&
+           timeSignatureDenominator == o.timeSignatureDenominator;
 }
 
 QByteArray VexGacMessageBase::toJson() const
@@ -328,14 +342,30 @@ std::unique_ptr<VexGacMessageBase> VexGacMessageBase::fromJson(const QByteArray&
     std::unique_ptr<VexGacMessageBase> message;
     const int t = type.toInt();
     switch (t) {
-    case AssetExported: message = std::make_unique<AssetExportedMessage>(); break;
-    case AssetTransferred: message = std::make_unique<AssetTransferredMessage>(); break;
-    case SegmentTransferred: message = std::make_unique<SegmentTransferredMessage>(); break;
-    case OpenNuendo: message = std::make_unique<OpenNuendoMessage>(); break;
-    case CreateNuendo: message = std::make_unique<CreateNuendoMessage>(); break;
-    case AssetUpdate: message = std::make_unique<AssetUpdateMessage>(); break;
-    case SegmentUpdate: message = std::make_unique<SegmentUpdateMessage>(); break;
-    default: message = std::make_unique<VexGacMessageBase>(t); break;
+    case AssetExported:
+        message = std::make_unique<AssetExportedMessage>();
+        break;
+    case AssetTransferred:
+        message = std::make_unique<AssetTransferredMessage>();
+        break;
+    case SegmentTransferred:
+        message = std::make_unique<SegmentTransferredMessage>();
+        break;
+    case OpenNuendo:
+        message = std::make_unique<OpenNuendoMessage>();
+        break;
+    case CreateNuendo:
+        message = std::make_unique<CreateNuendoMessage>();
+        break;
+    case AssetUpdate:
+        message = std::make_unique<AssetUpdateMessage>();
+        break;
+    case SegmentUpdate:
+        message = std::make_unique<SegmentUpdateMessage>();
+        break;
+    default:
+        message = std::make_unique<VexGacMessageBase>(t);
+        break;
     }
     message->readBody(root.value(kBody).toObject());
     return message;

@@ -79,7 +79,8 @@ class JsonWriter;
 class VexGacMessageBase
 {
 public:
-    enum Type : std::int32_t {
+    enum Type : std::int32_t
+    {
         AssetExported = 0,
         AssetTransferred = 1,
         SegmentTransferred = 2,
@@ -90,7 +91,9 @@ public:
     };
     static constexpr int kVersion = 1;
 
-    explicit VexGacMessageBase(std::int32_t type) : m_type(type) {}
+    explicit VexGacMessageBase(std::int32_t type)
+        : m_type(type)
+    {}
     virtual ~VexGacMessageBase() = default;
 
     std::int32_t type() const { return m_type; }
@@ -153,47 +156,61 @@ protected:
 class AssetExportedMessage final : public AssetListMessage
 {
 public:
-    AssetExportedMessage() : AssetListMessage(AssetExported) {}
+    AssetExportedMessage()
+        : AssetListMessage(AssetExported)
+    {}
 };
 
 class AssetTransferredMessage final : public AssetListMessage
 {
 public:
-    AssetTransferredMessage() : AssetListMessage(AssetTransferred) {}
+    AssetTransferredMessage()
+        : AssetListMessage(AssetTransferred)
+    {}
 };
 
 class SegmentTransferredMessage final : public SegmentMessage
 {
 public:
-    SegmentTransferredMessage() : SegmentMessage(SegmentTransferred) {}
+    SegmentTransferredMessage()
+        : SegmentMessage(SegmentTransferred)
+    {}
 };
 
 class CreateNuendoMessage final : public SegmentMessage
 {
 public:
-    CreateNuendoMessage() : SegmentMessage(CreateNuendo) {}
+    CreateNuendoMessage()
+        : SegmentMessage(CreateNuendo)
+    {}
 };
 
 class AssetUpdateMessage final : public DisplayValueMessage
 {
 public:
-    AssetUpdateMessage() : DisplayValueMessage(AssetUpdate) {}
+    AssetUpdateMessage()
+        : DisplayValueMessage(AssetUpdate)
+    {}
 };
 
 class SegmentUpdateMessage final : public DisplayValueMessage
 {
 public:
-    SegmentUpdateMessage() : DisplayValueMessage(SegmentUpdate) {}
+    SegmentUpdateMessage()
+        : DisplayValueMessage(SegmentUpdate)
+    {}
 };
 
 class OpenNuendoMessage final : public VexGacMessageBase
 {
 public:
-    OpenNuendoMessage() : VexGacMessageBase(OpenNuendo) {}
+    OpenNuendoMessage()
+        : VexGacMessageBase(OpenNuendo)
+    {}
     explicit OpenNuendoMessage(std::string path)
-        : VexGacMessageBase(OpenNuendo), assetFilePath(std::move(path))
-    {
-    }
+        : VexGacMessageBase(OpenNuendo)
+        , assetFilePath(std::move(path))
+    {}
     std::string assetFilePath;
     bool equals(const VexGacMessageBase& o) const override;
 
