@@ -18,7 +18,7 @@ ConnectingThread::~ConnectingThread()
 void ConnectingThread::begin()
 {
     {
-        QMutexLocker lock(&m_mutex);
+        std::lock_guard<std::mutex> lock(m_mutex);
         m_stop = false;
     }
     start();
@@ -26,14 +26,14 @@ void ConnectingThread::begin()
 
 void ConnectingThread::stop()
 {
-    QMutexLocker lock(&m_mutex);
+    std::lock_guard<std::mutex> lock(m_mutex);
     m_stop = true;
-    m_wake.wakeAll();
+    m_wake.notify_all();
 }
 
 bool ConnectingThread::stopRequested() const
 {
-    QMutexLocker lock(&m_mutex);
+    std::lock_guard<std::mutex> lock(m_mutex);
     return m_stop;
 }
 
@@ -49,9 +49,9 @@ void ConnectingThread::run()
         // keep trying instead of ending.
         if (outcome == ConnectionControlImpl::AttemptOutcome::Connected && m_control.isConnected())
             return;
-        QMutexLocker lock(&m_mutex);
-        if (!m_stop)
-            m_wake.wait(&m_mutex, static_cast<unsigned long>(m_retryIntervalMs));
+        std::unique_lock<std::mutex> lock(m_mutex);
+        m_wake.wait_for(lock, std::chrono::milliseconds(m_retryIntervalMs),
+                        [this] { return m_stop; });
     }
 }
 

@@ -1,8 +1,9 @@
 #pragma once
 
-#include <QMutex>
 #include <QThread>
-#include <QWaitCondition>
+
+#include <condition_variable>
+#include <mutex>
 
 namespace Vexmw {
 
@@ -31,8 +32,8 @@ protected:
 private:
     ConnectionControlImpl& m_control;
     const int m_retryIntervalMs;
-    mutable QMutex m_mutex;
-    QWaitCondition m_wake;
+    mutable std::mutex m_mutex;
+    std::condition_variable m_wake;
     bool m_stop = false;
 };
 

@@ -158,7 +158,7 @@ ConnectionControlImpl::~ConnectionControlImpl()
 
 void ConnectionControlImpl::addListener(VexGacListener* listener)
 {
-    QMutexLocker lock(&m_listenerMutex);
+    std::lock_guard<std::mutex> lock(m_listenerMutex);
     if (listener &&
         std::find(m_listeners.begin(), m_listeners.end(), listener) == m_listeners.end())
         m_listeners.push_back(listener);
@@ -166,7 +166,7 @@ void ConnectionControlImpl::addListener(VexGacListener* listener)
 
 void ConnectionControlImpl::removeListener(VexGacListener* listener)
 {
-    QMutexLocker lock(&m_listenerMutex);
+    std::lock_guard<std::mutex> lock(m_listenerMutex);
     m_listeners.erase(std::remove(m_listeners.begin(), m_listeners.end(), listener),
                       m_listeners.end());
 }
@@ -175,7 +175,7 @@ void ConnectionControlImpl::log(const std::string& line)
 {
     std::vector<VexGacListener*> listeners;
     {
-        QMutexLocker lock(&m_listenerMutex);
+        std::lock_guard<std::mutex> lock(m_listenerMutex);
         listeners = m_listeners;
     }
     for (VexGacListener* l : listeners)
@@ -186,7 +186,7 @@ void ConnectionControlImpl::notify(const std::shared_ptr<const VexGacMessageBase
 {
     std::vector<VexGacListener*> listeners;
     {
-        QMutexLocker lock(&m_listenerMutex);
+        std::lock_guard<std::mutex> lock(m_listenerMutex);
         listeners = m_listeners;
     }
     for (VexGacListener* l : listeners)
@@ -270,21 +270,21 @@ bool ConnectionControlImpl::registerCallbacks()
 void ConnectionControlImpl::setGacEngineName(const std::string& name)
 {
     log("[API] Vex GAC setGacEngineName()");
-    QMutexLocker lock(&m_settingsMutex);
+    std::lock_guard<std::mutex> lock(m_settingsMutex);
     m_engineName = name;
 }
 
 void ConnectionControlImpl::setServerIpAddress(const std::string& address)
 {
     log("[API] Vex GAC setServerIpAddress()");
-    QMutexLocker lock(&m_settingsMutex);
+    std::lock_guard<std::mutex> lock(m_settingsMutex);
     m_address = address;
 }
 
 void ConnectionControlImpl::setServerPort(int port)
 {
     log("[API] Vex GAC setServerPort()");
-    QMutexLocker lock(&m_settingsMutex);
+    std::lock_guard<std::mutex> lock(m_settingsMutex);
     m_port = port;
 }
 
@@ -292,7 +292,7 @@ bool ConnectionControlImpl::setClientDropPath(const std::string& path)
 {
     log("[API] Vex GAC setClientDropPath()");
     {
-        QMutexLocker lock(&m_settingsMutex);
+        std::lock_guard<std::mutex> lock(m_settingsMutex);
         m_dropPath = path;
     }
     if (!m_initialized)
@@ -308,7 +308,7 @@ bool ConnectionControlImpl::setClientDropPath(const std::string& path)
 void ConnectionControlImpl::setAssetSearchPath(const std::string& path)
 {
     log("[API] Vex GAC setAssetSearchPath()");
-    QMutexLocker lock(&m_settingsMutex);
+    std::lock_guard<std::mutex> lock(m_settingsMutex);
     m_assetSearchPath = path;
 }
 
@@ -334,31 +334,31 @@ bool ConnectionControlImpl::setSegmentUpdate(const SegmentUpdateMessage& /*messa
 
 std::string ConnectionControlImpl::engineName() const
 {
-    QMutexLocker lock(&m_settingsMutex);
+    std::lock_guard<std::mutex> lock(m_settingsMutex);
     return m_engineName;
 }
 
 std::string ConnectionControlImpl::serverIpAddress() const
 {
-    QMutexLocker lock(&m_settingsMutex);
+    std::lock_guard<std::mutex> lock(m_settingsMutex);
     return m_address;
 }
 
 int ConnectionControlImpl::serverPort() const
 {
-    QMutexLocker lock(&m_settingsMutex);
+    std::lock_guard<std::mutex> lock(m_settingsMutex);
     return m_port;
 }
 
 std::string ConnectionControlImpl::clientDropPath() const
 {
-    QMutexLocker lock(&m_settingsMutex);
+    std::lock_guard<std::mutex> lock(m_settingsMutex);
     return m_dropPath;
 }
 
 std::string ConnectionControlImpl::assetSearchPath() const
 {
-    QMutexLocker lock(&m_settingsMutex);
+    std::lock_guard<std::mutex> lock(m_settingsMutex);
     return m_assetSearchPath;
 }
 
@@ -374,7 +374,7 @@ void ConnectionControlImpl::startConnectionThread()
     // thread keeps trying on its own.
     if (m_shuttingDown || QThread::currentThread() == m_thread.get())
         return;
-    QMutexLocker lock(&m_threadMutex);
+    std::lock_guard<std::mutex> lock(m_threadMutex);
     if (m_thread->isRunning()) {
         if (!m_thread->stopRequested())
             return;
@@ -393,7 +393,7 @@ void ConnectionControlImpl::stopThreadQuietly()
 {
     if (QThread::currentThread() == m_thread.get())
         return;
-    QMutexLocker lock(&m_threadMutex);
+    std::lock_guard<std::mutex> lock(m_threadMutex);
     m_thread->stop();
     m_thread->wait();
 }
@@ -575,7 +575,7 @@ void ConnectionControlImpl::handleCallback(int kind, const void* data)
         const double fraction = data ? *static_cast<const double*>(data) : 0.0;
         std::vector<VexGacListener*> listeners;
         {
-            QMutexLocker lock(&m_listenerMutex);
+            std::lock_guard<std::mutex> lock(m_listenerMutex);
             listeners = m_listeners;
         }
         for (VexGacListener* l : listeners)
@@ -597,7 +597,7 @@ void ConnectionControlImpl::handleServerDisconnected()
     m_connected = false;
     std::vector<VexGacListener*> listeners;
     {
-        QMutexLocker lock(&m_listenerMutex);
+        std::lock_guard<std::mutex> lock(m_listenerMutex);
         listeners = m_listeners;
     }
     for (VexGacListener* l : listeners)

@@ -3,11 +3,11 @@
 #include "GacSdkLibrary.h"
 #include "VexGacMessages.h"
 
-#include <QMutex>
 #include <QStringList>
 
 #include <atomic>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -87,7 +87,7 @@ private:
     void logAssets(const std::vector<AssetData>& assets);
 
     GacSdkLibrary m_sdk;
-    mutable QMutex m_settingsMutex;
+    mutable std::mutex m_settingsMutex;
     std::string m_engineName = "Vex GAC Client";
     std::string m_address = "localhost";
     int m_port = 4444;
@@ -98,10 +98,10 @@ private:
     std::atomic<bool> m_connected{false};
     std::atomic<bool> m_shuttingDown{false};
 
-    QMutex m_listenerMutex;
+    std::mutex m_listenerMutex;
     std::vector<VexGacListener*> m_listeners;
 
-    QMutex m_threadMutex;
+    std::mutex m_threadMutex;
     std::unique_ptr<ConnectingThread> m_thread;
 };
 
