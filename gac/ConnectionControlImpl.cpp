@@ -510,10 +510,10 @@ int ConnectionControlImpl::onPathTranslate(const char* path, char* translated, i
         static_cast<ConnectionControlImpl*>(userData)->log("[Callback] PathTranslate");
     // Paths are shared as they are; the server and we see the same files.
     if (!path || !translated || size <= 0)
-        return GacSdk::kResultOpenAlsoAccepted;
+        return GacSdk::kResultRefused;
     const size_t length = std::strlen(path);
     if (length >= static_cast<size_t>(size))
-        return GacSdk::kResultOpenAlsoAccepted;
+        return GacSdk::kResultRefused;
     std::memcpy(translated, path, length + 1);
     return GacSdk::kResultSuccess;
 }

@@ -17,6 +17,9 @@ inline constexpr int kResultSuccess = 7;
 // Opening a project also reports 0 when it succeeds.
 inline constexpr int kResultOpenAlsoAccepted = 0;
 
+// What our callbacks return when they cannot do what was asked.
+inline constexpr int kResultRefused = -1;
+
 // The two integers the server expects after the engine name at initialisation.
 inline constexpr int kInitializeArgument1 = 2;
 inline constexpr int kInitializeArgument2 = 1;

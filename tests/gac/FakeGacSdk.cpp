@@ -219,6 +219,20 @@ FAKE_EXPORT int fakeGacCalls(char* buffer, int size)
     return static_cast<int>(text.size()) + 1;
 }
 
+// Asks the client to translate a path as the server would; returns its answer.
+FAKE_EXPORT int fakeGacTranslate(const char* path, char* translated, int size)
+{
+    State& s = state();
+    GacPathTranslateCallback callback = nullptr;
+    void* userData = nullptr;
+    {
+        std::lock_guard<std::mutex> lock(s.mutex);
+        callback = s.translate;
+        userData = s.translateUserData;
+    }
+    return callback ? callback(path, translated, size, userData) : -1;
+}
+
 // Fires the callback registered for kind from a new thread and waits for it.
 // Asset and segment data name files under /lib/forest/.
 FAKE_EXPORT void fakeGacFire(int kind)
