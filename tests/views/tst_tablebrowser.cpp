@@ -1,4 +1,5 @@
 #include "KrokTableSortModel.h"
+#include "SearchRowMatcher.h"
 #include "SubWidgetTableView.h"
 #include "WidgetTableBrowser.h"
 
@@ -47,6 +48,9 @@ private slots:
     void autoPlaybackOnSelection();
     void activationPlaysButNotFromPlotColumn();
     void columnVisibilityMask();
+    void durationCellParsing_data();
+    void durationCellParsing();
+    void nameSearchIsCaseSensitive();
     void loudnessVoltModeRefreshesEveryCell();
     void firstRootChangeSetsDefaultWidthsOnce();
 };
@@ -308,6 +312,58 @@ void TestTableBrowser::loudnessVoltModeRefreshesEveryCell()
     // The plot mode waits for the next repaint.
     browser.SlotMultiPlotFlagChanged(true);
     QCOMPARE(changed.count(), 1);
+}
+
+void TestTableBrowser::durationCellParsing_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("ok");
+    QTest::addColumn<int>("ms");
+    QTest::newRow("1.5 s") << QStringLiteral("0:01.500") << true << 1500;
+    QTest::newRow("1.499 s") << QStringLiteral("0:01.499") << true << 1499;
+    QTest::newRow("long") << QStringLiteral("123:59.999") << true << (123 * 60 + 59) * 1000 + 999;
+    QTest::newRow("blank cell") << QString() << false << 0;
+    QTest::newRow("no minutes") << QStringLiteral(":01.500") << false << 0;
+    QTest::newRow("text") << QStringLiteral("a:bc.def") << false << 0;
+}
+
+void TestTableBrowser::durationCellParsing()
+{
+    QFETCH(QString, text);
+    QFETCH(bool, ok);
+    QFETCH(int, ms);
+    int parsed = -1;
+    QCOMPARE(SearchRowMatcher::parseDurationMs(text, &parsed), ok);
+    if (ok) {
+        QCOMPARE(parsed, ms);
+        QVERIFY(SearchRowMatcher::compare(parsed, 1500, SearchCriteriaStruct::GreaterOrEqual) ==
+                (ms >= 1500));
+    }
+}
+
+void TestTableBrowser::nameSearchIsCaseSensitive()
+{
+    WidgetTableBrowser browser(nullptr, {});
+    browser.tableModel()->setFilePathList({QStringLiteral("/lib/take_01.wav"),
+                                           QStringLiteral("/lib/Take_02.wav"),
+                                           QStringLiteral("/Take/other.wav")});
+    browser.SlotGetDetailEnded();
+    SearchCriteriaStruct criteria;
+    criteria.name = QStringLiteral("Take");
+    browser.SlotSearchExecute(criteria);
+    QCOMPARE(browser.sortModel()->rowCount(), 1);
+    QCOMPARE(browser.sortModel()->index(0, 0).data().toString(), QStringLiteral("Take_02.wav"));
+    // Unanalysed rows have a blank format, which only the "Error" box admits.
+    criteria.name.clear();
+    criteria.useDetail = true;
+    browser.SlotSearchExecute(criteria);
+    QCOMPARE(browser.sortModel()->rowCount(), 3);
+    criteria.formatMask = SearchCriteriaStruct::FormatWav;
+    browser.SlotSearchExecute(criteria);
+    QCOMPARE(browser.sortModel()->rowCount(), 0);
+    criteria.useDetail = false;
+    browser.SlotSearchExecute(criteria);
+    QCOMPARE(browser.sortModel()->rowCount(), 3);
 }
 
 QTEST_MAIN(TestTableBrowser)
