@@ -70,7 +70,8 @@ bool ensureFolder(const QString& folder, int count)
         return false;
     }
     for (int k = 0; k < count; ++k) {
-        QFile file(QDir(folder).filePath(QStringLiteral("take_%1.wav").arg(k, 6, 10, QLatin1Char('0'))));
+        QFile file(
+            QDir(folder).filePath(QStringLiteral("take_%1.wav").arg(k, 6, 10, QLatin1Char('0'))));
         if (!file.open(QIODevice::WriteOnly) || file.write(tinyWav(k)) < 0) {
             return false;
         }
@@ -112,8 +113,9 @@ int main(int argc, char** argv)
     }
     QApplication app(argc, argv);
     const int count = argc > 1 ? QString::fromLocal8Bit(argv[1]).toInt() : 100000;
-    const QString folder = argc > 2 ? QString::fromLocal8Bit(argv[2])
-                                    : QDir::temp().filePath(QStringLiteral("tesk-bench-pipeline-%1").arg(count));
+    const QString folder =
+        argc > 2 ? QString::fromLocal8Bit(argv[2])
+                 : QDir::temp().filePath(QStringLiteral("tesk-bench-pipeline-%1").arg(count));
     if (count <= 0 || !ensureFolder(folder, count)) {
         std::fprintf(stderr, "cannot prepare %s\n", qPrintable(folder));
         return 1;
@@ -152,9 +154,8 @@ int main(int argc, char** argv)
         }
     });
     // Let the filter and sort that follow the end run before stopping.
-    QObject::connect(manager, &TeskManager::SigEndGetDetailInfo, [&] {
-        QTimer::singleShot(200, &app, &QCoreApplication::quit);
-    });
+    QObject::connect(manager, &TeskManager::SigEndGetDetailInfo,
+                     [&] { QTimer::singleShot(200, &app, &QCoreApplication::quit); });
 
     clock.start();
     tick.start();
@@ -178,10 +179,10 @@ int main(int argc, char** argv)
 
     std::printf("\nPeer tools on the same folder\n");
     QString out;
-    const qint64 findMs = timePeer(QStringLiteral("sh"),
-                                   {QStringLiteral("-c"),
-                                    QStringLiteral("find \"$0\" -type f -name '*.wav' | wc -l"), folder},
-                                   &out);
+    const qint64 findMs = timePeer(
+        QStringLiteral("sh"),
+        {QStringLiteral("-c"), QStringLiteral("find \"$0\" -type f -name '*.wav' | wc -l"), folder},
+        &out);
     std::printf("  find (listing only):                    %8lld ms  (%s files)\n",
                 static_cast<long long>(findMs), qPrintable(out));
     const QString script = QStringLiteral(
@@ -191,8 +192,8 @@ int main(int argc, char** argv)
         "  if e.name.endswith('.wav'):\n"
         "    w=wave.open(e.path); t+=w.getnframes()/w.getframerate(); w.close(); n+=1\n"
         "print(n, round(t,3))\n");
-    const qint64 pyMs = timePeer(QStringLiteral("python3"),
-                                 {QStringLiteral("-c"), script, folder}, &out);
+    const qint64 pyMs =
+        timePeer(QStringLiteral("python3"), {QStringLiteral("-c"), script, folder}, &out);
     std::printf("  python3 wave (list + read headers):     %8lld ms  (%s)\n",
                 static_cast<long long>(pyMs), qPrintable(out));
 
