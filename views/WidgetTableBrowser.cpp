@@ -1,5 +1,6 @@
 #include "WidgetTableBrowser.h"
 
+#include "GacManager.h"
 #include "KrokTableSortModel.h"
 #include "SearchRowMatcher.h"
 #include "TeskManager.h"
@@ -24,6 +25,13 @@ constexpr std::array<int, 13> kDefaultColumnWidths = {150, 180, 85, 135, 50, 80,
                                                       65,  35,  60, 120, 60, 50};
 
 } // namespace
+
+WidgetTableBrowser::WidgetTableBrowser(TeskManager* manager, GacManager* gac, QWidget* parent)
+    : WidgetTableBrowser(manager, SubWidgetTableView::ConnectionStateQuery([gac] {
+                             return gac ? gac->GetState() : 0;
+                         }),
+                         parent)
+{}
 
 WidgetTableBrowser::WidgetTableBrowser(TeskManager* manager,
                                        SubWidgetTableView::ConnectionStateQuery nuendoState,
