@@ -50,12 +50,12 @@ SubWidgetTableView::SubWidgetTableView(ConnectionStateQuery nuendoState, QWidget
 
 SubWidgetTableView::~SubWidgetTableView() = default;
 
-void SubWidgetTableView::setUpdateEnabled(bool enabled)
+void SubWidgetTableView::setUpdateInformationEnabled(bool enabled)
 {
     actUpdate->setEnabled(enabled);
 }
 
-bool SubWidgetTableView::isUpdateEnabled() const
+bool SubWidgetTableView::isUpdateInformationEnabled() const
 {
     return actUpdate->isEnabled();
 }

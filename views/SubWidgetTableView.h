@@ -25,8 +25,8 @@ public:
     explicit SubWidgetTableView(ConnectionStateQuery nuendoState, QWidget* parent = nullptr);
     ~SubWidgetTableView() override;
 
-    void setUpdateEnabled(bool enabled);
-    bool isUpdateEnabled() const;
+    void setUpdateInformationEnabled(bool enabled);
+    bool isUpdateInformationEnabled() const;
 
     // The menu offered on a right click, built anew for the current row; the
     // caller owns it.

@@ -257,7 +257,7 @@ double WidgetTableBrowser::seekRatio(int x, int width)
 
 void WidgetTableBrowser::SlotRootPathChanged()
 {
-    view->setUpdateEnabled(false);
+    view->setUpdateInformationEnabled(false);
     model->clearRows();
     rowDurations.clear();
     if (!columnWidthsInitialized) {
@@ -300,7 +300,7 @@ void WidgetTableBrowser::SlotGetDetailEnded()
 {
     proxy->setDynamicSortFilter(true);
     view->setSortingEnabled(true);
-    view->setUpdateEnabled(true);
+    view->setUpdateInformationEnabled(true);
 }
 
 void WidgetTableBrowser::SlotSearchExecute(SearchCriteriaStruct criteria)

@@ -99,10 +99,10 @@ void TestTableView::ctrlRFollowsUpdateAvailability()
     QStandardItemModel model(2, 2);
     view.setModel(&model);
     QSignalSpy update(&view, &SubWidgetTableView::SigUpdateFilesCalled);
-    view.setUpdateEnabled(false);
+    view.setUpdateInformationEnabled(false);
     QTest::keyClick(&view, Qt::Key_R, Qt::ControlModifier);
     QCOMPARE(update.count(), 0);
-    view.setUpdateEnabled(true);
+    view.setUpdateInformationEnabled(true);
     QTest::keyClick(&view, Qt::Key_R, Qt::ControlModifier);
     QCOMPARE(update.count(), 1);
     QTest::keyClick(&view, Qt::Key_R, Qt::ControlModifier | Qt::ShiftModifier);
