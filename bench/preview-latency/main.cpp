@@ -1,0 +1,157 @@
+// Time from a play request to the first mixed frame of the file, and the share
+// of one core the device callback takes while playing.
+//
+// Runs on SDL's dummy driver unless SDL_AUDIODRIVER says otherwise (the dummy
+// driver paces the callback like a card, so the wait for the next callback is
+// part of the figure). Usage: preview-latency [repeats]
+
+#include "AudioEngine.h"
+#include "LumoManager.h"
+#include "TestSounds.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <vector>
+
+namespace {
+
+std::vector<std::int32_t> music(int frames, int channels, int rate)
+{
+    std::vector<std::int32_t> v(static_cast<std::size_t>(frames) * channels);
+    std::uint32_t x = 12345;
+    for (int i = 0; i < frames; ++i) {
+        const double t = static_cast<double>(i) / rate;
+        for (int c = 0; c < channels; ++c) {
+            x = x * 1664525u + 1013904223u;
+            const double noise = (static_cast<double>(x >> 8) / 16777216.0 - 0.5) * 0.05;
+            const double s = 0.3 * std::sin(2 * M_PI * (220.0 + 110.0 * c) * t) +
+                             0.2 * std::sin(2 * M_PI * 331.0 * t) * std::sin(2 * M_PI * 0.5 * t) +
+                             noise;
+            v[static_cast<std::size_t>(i) * channels + c] = static_cast<std::int32_t>(s * 32767.0);
+        }
+    }
+    return v;
+}
+
+struct Latency
+{
+    double callMs = 0.0;  // inside Play(): read, decode, queue
+    double firstMs = 0.0; // until the callback mixed the first frame
+};
+
+Latency measure(LumoManager& lumo, const QString& path)
+{
+    lumo.Stop();
+    while (lumo.IsPlaying() || lumo.IsPreparing()) {
+    }
+    QThread::msleep(3); // start at a random point of the device period
+    QElapsedTimer t;
+    t.start();
+    lumo.Play(path);
+    const qint64 call = t.nsecsElapsed();
+    while (!lumo.IsPlaying()) {
+    }
+    const qint64 first = t.nsecsElapsed();
+    return {call / 1e6, first / 1e6};
+}
+
+void report(const char* what, std::vector<Latency> runs)
+{
+    auto stat = [&runs](double Latency::*field, double q) {
+        std::vector<double> v;
+        for (const Latency& l : runs)
+            v.push_back(l.*field);
+        std::sort(v.begin(), v.end());
+        return v[static_cast<std::size_t>(q * (v.size() - 1))];
+    };
+    std::printf(
+        "%-44s play call %7.2f ms (max %7.2f)   first frame median %7.2f ms, max %7.2f ms\n", what,
+        stat(&Latency::callMs, 0.5), stat(&Latency::callMs, 1.0), stat(&Latency::firstMs, 0.5),
+        stat(&Latency::firstMs, 1.0));
+}
+
+void callbackLoad(LumoManager& lumo, const QString& path, const char* what)
+{
+    lumo.Play(path);
+    while (!lumo.IsPlaying()) {
+    }
+    const AudioEngine::CallbackStats a = AudioEngine::GetCallbackStats();
+    QElapsedTimer t;
+    t.start();
+    QThread::msleep(3000);
+    const AudioEngine::CallbackStats b = AudioEngine::GetCallbackStats();
+    const double wall = static_cast<double>(t.nsecsElapsed());
+    const double busy = static_cast<double>(b.busyNanoseconds - a.busyNanoseconds);
+    const std::int64_t calls = b.calls - a.calls;
+    std::printf("%-44s callback %6.3f %% of one core (%lld calls, %.1f us each)\n", what,
+                100.0 * busy / wall, static_cast<long long>(calls),
+                calls ? busy / calls / 1000.0 : 0.0);
+    lumo.Stop();
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    const int repeats = argc > 1 ? std::max(1, std::atoi(argv[1])) : 30;
+    if (qEnvironmentVariableIsEmpty("SDL_AUDIODRIVER"))
+        qputenv("SDL_AUDIODRIVER", "dummy");
+
+    QTemporaryDir dir;
+    const QString shortWav = dir.filePath(QStringLiteral("short-48k-stereo-3s.wav"));
+    const QString longWav = dir.filePath(QStringLiteral("long-48k-stereo-60s.wav"));
+    const QString mp3Source = dir.filePath(QStringLiteral("music-44k-180s.wav"));
+    const QString mp3 = dir.filePath(QStringLiteral("music-44k-180s.mp3"));
+    TestSounds::writeFile(shortWav, TestSounds::wavPcm(2, 48000, 16, music(48000 * 3, 2, 48000)));
+    TestSounds::writeFile(longWav, TestSounds::wavPcm(2, 48000, 16, music(48000 * 60, 2, 48000)));
+    bool haveMp3 = false;
+    if (!QStandardPaths::findExecutable(QStringLiteral("lame")).isEmpty()) {
+        TestSounds::writeFile(mp3Source,
+                              TestSounds::wavPcm(2, 44100, 16, music(44100 * 180, 2, 44100)));
+        haveMp3 = QProcess::execute(QStringLiteral("lame"),
+                                    {QStringLiteral("--quiet"), QStringLiteral("-b"),
+                                     QStringLiteral("192"), mp3Source, mp3}) == 0;
+    }
+
+    LumoManager lumo;
+    lumo.Initialize();
+    std::printf("Tesk preview latency, SDL driver \"%s\", device %d Hz, %d repeats\n",
+                qgetenv("SDL_AUDIODRIVER").constData(), AudioEngine::GetOutputRate(), repeats);
+
+    for (const QString& path : {shortWav, longWav})
+        measure(lumo, path); // warm the page cache
+    std::vector<Latency> runs;
+    for (int i = 0; i < repeats; ++i)
+        runs.push_back(measure(lumo, shortWav));
+    report("WAV 3 s 48 kHz stereo 16-bit (cached)", runs);
+    runs.clear();
+    for (int i = 0; i < repeats; ++i)
+        runs.push_back(measure(lumo, longWav));
+    report("WAV 60 s 48 kHz stereo 16-bit (cached)", runs);
+    if (haveMp3) {
+        runs.clear();
+        for (int i = 0; i < std::min(repeats, 5); ++i)
+            runs.push_back(measure(lumo, mp3));
+        report("MP3 180 s 44.1 kHz stereo (decode included)", runs);
+    } else {
+        std::printf("MP3: lame not installed, skipped\n");
+    }
+
+    callbackLoad(lumo, longWav, "playing 48 kHz WAV (no resampling)");
+    if (haveMp3)
+        callbackLoad(lumo, mp3, "playing 44.1 kHz MP3 (resampled to 48 kHz)");
+
+    lumo.Finalize();
+    std::printf("Peer tools: none comparable in Debian (aplay/paplay start-up includes opening\n"
+                "a device and is not a preview request on a running output), so only ours.\n");
+    return 0;
+}

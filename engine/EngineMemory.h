@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstddef>
+#include <new>
+#include <utility>
+
+namespace AudioEngine {
+
+// Every allocation of the engine goes through the functions the host handed
+// over (malloc/free when it handed none).
+void* Allocate(std::size_t size);
+void Release(void* pointer);
+
+template<typename T, typename... Args>
+T* Create(Args&&... args)
+{
+    void* p = Allocate(sizeof(T));
+    return p ? new (p) T(std::forward<Args>(args)...) : nullptr;
+}
+
+template<typename T>
+void Destroy(T* object)
+{
+    if (!object)
+        return;
+    object->~T();
+    Release(object);
+}
+
+// Decoded-sample buffers: the most recently returned one is kept and handed out
+// again when large enough, so that previewing file after file does not pay for
+// fresh pages each time. Control thread only.
+float* AcquireSampleBuffer(std::size_t count, std::size_t* capacity);
+void ReturnSampleBuffer(float* buffer, std::size_t capacity);
+void ReleaseSpareSampleBuffer();
+
+// "E" + 10 digits + " : " + message, to the registered error callback.
+void ReportError(const char* code, const char* message);
+
+} // namespace AudioEngine

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "CommandQueue.h"
+#include "Voice.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace AudioEngine {
+
+struct MixerCommand
+{
+    enum class Type : std::int32_t
+    {
+        Add,
+        Stop,    // ramp out, then Stopped
+        StopNow, // no ramp: nobody is listening
+        Volume,  // ramp to `value`
+    };
+    Type type = Type::Add;
+    Voice* voice = nullptr;
+    float value = 0.0f;
+};
+
+// Mixes the active voices into interleaved stereo float. Render() and
+// ProcessCommands() run on one thread (the device callback, or the offline
+// caller); Post() on the control thread. Nothing in the render path allocates.
+class Mixer final
+{
+public:
+    static constexpr std::size_t kBlockFrames = 512;
+    static constexpr std::size_t kMaxPull = 256;
+
+    Mixer(std::int32_t outputRate, std::int32_t maxVoices);
+    Mixer(const Mixer&) = delete;
+    Mixer& operator=(const Mixer&) = delete;
+
+    std::int32_t OutputRate() const { return outputRate_; }
+    // About 5 ms: short enough to feel instant, long enough not to click.
+    std::int32_t RampFrames() const { return rampFrames_; }
+
+    bool Post(const MixerCommand& command) { return queue_.Push(command); }
+
+    void ProcessCommands();
+    void Render(float* out, std::size_t frames);
+
+    // Finishes every voice at once (device closed, engine finalised).
+    void ReleaseAll();
+
+    // Feeds the resampler straight from the sound's memory, jumping at the loop.
+    static long PullSource(Voice& voice, const float** data, long maxFrames);
+
+private:
+    void Apply(const MixerCommand& command);
+    // Returns false once the voice has finished.
+    bool MixVoice(Voice& voice, float* out, std::size_t frames);
+    void Finish(Voice& voice, VoiceState state);
+    void StartRamp(Voice& voice, float target);
+
+    std::int32_t outputRate_;
+    std::int32_t rampFrames_;
+    std::size_t capacity_;
+    std::vector<Voice*> active_;
+    CommandQueue<MixerCommand, 256> queue_;
+};
+
+} // namespace AudioEngine

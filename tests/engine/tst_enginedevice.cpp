@@ -1,0 +1,140 @@
+// The engine through SDL's device path, with the "disk" driver (which writes
+// what the callback produced to a file) and the "dummy" driver (no sound card).
+
+#include "AudioEngine.h"
+#include "TestSounds.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <cstring>
+#include <vector>
+
+using namespace AudioEngine;
+
+namespace {
+
+QStringList g_errors;
+void collectError(const char* text)
+{
+    g_errors << QString::fromLocal8Bit(text);
+}
+
+bool waitForStatus(PlayerHandle player, PlayerStatus status, int timeoutMs)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (GetStatus(player) != status) {
+        if (timer.elapsed() > timeoutMs)
+            return false;
+        QThread::msleep(2);
+    }
+    return true;
+}
+
+} // namespace
+
+class TestEngineDevice : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir dir_;
+    PlayerHandle player_ = nullptr;
+
+    void startEngine(const QByteArray& driver)
+    {
+        qputenv("SDL_AUDIODRIVER", driver);
+        InitConfig config;
+        config.outputRate = 48000;
+        QVERIFY(Initialize(config));
+        QVERIFY(IsDeviceRunning());
+        QVERIFY(CreateWaveVoicePool({0, 1, 8, 192000}));
+        player_ = CreatePlayer();
+        QVERIFY(player_);
+    }
+
+private slots:
+    void init()
+    {
+        g_errors.clear();
+        SetErrorCallback(collectError);
+    }
+
+    void cleanup()
+    {
+        Finalize();
+        SetErrorCallback(nullptr);
+        qunsetenv("SDL_AUDIODRIVER");
+        qunsetenv("SDL_DISKAUDIOFILE");
+    }
+
+    void diskDriverWritesTheFileSamples()
+    {
+        const QString raw = dir_.filePath(QStringLiteral("out.raw"));
+        qputenv("SDL_DISKAUDIOFILE", QFile::encodeName(raw));
+        startEngine("disk");
+        QCOMPARE(GetOutputRate(), 48000);
+
+        const std::size_t frames = 9600; // 200 ms
+        const auto values = TestSounds::distinct16(frames * 2, 7);
+        const QByteArray wav = TestSounds::wavPcm(2, 48000, 16, values);
+        SetData(player_, wav.constData(), static_cast<std::size_t>(wav.size()));
+        Start(player_);
+        QVERIFY(waitForStatus(player_, PlayerStatus::PlayEnd, 5000));
+        QCOMPARE(GetPlayedSamples(GetLastPlaybackId(player_)), std::int64_t(frames));
+        Finalize();
+
+        QFile f(raw);
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        const QByteArray bytes = f.readAll();
+        std::vector<float> out(static_cast<std::size_t>(bytes.size()) / sizeof(float));
+        std::memcpy(out.data(), bytes.constData(), out.size() * sizeof(float));
+        std::size_t first = 0;
+        while (first < out.size() && out[first] == 0.0f)
+            ++first;
+        QVERIFY2(first % 2 == 0, "the sound must start on a frame boundary");
+        QVERIFY(out.size() >= first + values.size());
+        for (std::size_t i = 0; i < values.size(); ++i)
+            QCOMPARE(out[first + i], values[i] / 32768.0f);
+        for (std::size_t i = first + values.size(); i < out.size(); ++i)
+            QCOMPARE(out[i], 0.0f);
+    }
+
+    void dummyDriverPlaysInRealTimeAndStops()
+    {
+        startEngine("dummy");
+        std::vector<std::int32_t> values(48000 * 5, 1000);
+        const QByteArray wav = TestSounds::wavPcm(1, 48000, 16, values);
+        SetData(player_, wav.constData(), static_cast<std::size_t>(wav.size()));
+        Start(player_);
+        QVERIFY(waitForStatus(player_, PlayerStatus::Playing, 2000));
+        QThread::msleep(100);
+        const std::int64_t played = GetPlayedSamples(GetLastPlaybackId(player_));
+        QVERIFY2(played > 0 && played < 48000 * 2, qPrintable(QString::number(played)));
+        Stop(player_);
+        // The ramp out takes a few ms of device time before the data is let go.
+        QVERIFY(waitForStatus(player_, PlayerStatus::Stopped, 1000));
+        QVERIFY(GetCallbackStats().calls > 0);
+        QVERIFY(g_errors.isEmpty());
+    }
+
+    void failedDeviceIsReportedAndFallsBackToDummy()
+    {
+        startEngine("no-such-driver");
+        QCOMPARE(g_errors.size(), 1);
+#ifdef _WIN32
+        QVERIFY2(g_errors[0].startsWith(QStringLiteral("E2009042301 : ")), qPrintable(g_errors[0]));
+#else
+        QVERIFY2(g_errors[0].startsWith(QStringLiteral("E2026112201 : ")), qPrintable(g_errors[0]));
+#endif
+        const QByteArray wav = TestSounds::wavPcm(1, 48000, 16, TestSounds::distinct16(2400));
+        SetData(player_, wav.constData(), static_cast<std::size_t>(wav.size()));
+        Start(player_);
+        QVERIFY(waitForStatus(player_, PlayerStatus::PlayEnd, 3000));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestEngineDevice)
+#include "tst_enginedevice.moc"
