@@ -27,12 +27,14 @@ TeskManager::TeskManager(QObject* parent)
     // The registry owns the preview player. Without a sound card the engine runs
     // on SDL's dummy output, so positions and play ends still advance in time.
     krokManager = new KrokManager(new LumoManager);
+    // Connected before the engine starts: a failed output start is reported
+    // from Initialize and must reach the status line (and the warning box) once
+    // the event loop runs.
+    connect(krokManager, &KrokManager::SigErrorReceived, this, &TeskManager::SlotErrorReceived,
+            Qt::QueuedConnection);
     krokManager->Initialize();
     threadGetDetail = new SubThreadGetDetail(krokManager);
     threadGetList = new SubThreadGetList();
-
-    connect(krokManager, &KrokManager::SigErrorReceived, this, &TeskManager::SlotErrorReceived,
-            Qt::QueuedConnection);
 
     timerPlaylist.setInterval(kPlaylistTickMs);
     timerPlaylist.setSingleShot(true);

@@ -13,6 +13,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QSlider>
@@ -255,6 +256,23 @@ private slots:
         QCOMPARE(played, QStringList({shown.at(0), shown.at(1), shown.at(3)}));
         QCOMPARE(browser->tableView()->currentIndex().row(), 2);
         QVERIFY(!manager->GetKrokManager()->IsPlaying());
+    }
+
+    // The output fails to open while the manager starts the engine: the
+    // message still reaches the status line once the event loop runs.
+    void engineStartFailureReachesTheStatusLine()
+    {
+        qputenv("SDL_AUDIODRIVER", "no_such_driver");
+        MainWindow window;
+        qunsetenv("SDL_AUDIODRIVER");
+        QTRY_VERIFY(window.GetStatusLabel()->text().startsWith(QStringLiteral("E2026112201 : ")));
+        // Playback still works on the silent output it fell back to.
+        QTemporaryDir dir;
+        const QString file = dir.filePath(QStringLiteral("one.wav"));
+        QVERIFY(WriteWav(file, 1.0));
+        window.GetManager()->SlotStartPlaybackCalled(file);
+        QTRY_VERIFY(window.GetManager()->GetKrokManager()->GetPlaybackPosition() > 0);
+        window.GetManager()->SlotStopPlaybackCalled();
     }
 
     // R and T are the menu bar's seek keys; they reach the manager's seek.
