@@ -1,5 +1,7 @@
 #pragma once
 
+#include "AudioEngine.h"
+
 #include <cstddef>
 #include <new>
 #include <utility>
@@ -7,7 +9,8 @@
 namespace AudioEngine {
 
 // Every allocation of the engine goes through the functions the host handed
-// over (malloc/free when it handed none).
+// over (malloc/free when it handed none). Called under the engine's control lock.
+void SetAllocators(AllocFunction alloc, FreeFunction free);
 void* Allocate(std::size_t size);
 void Release(void* pointer);
 

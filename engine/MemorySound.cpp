@@ -1,5 +1,6 @@
 #include "MemorySound.h"
 
+#include "EngineErrors.h"
 #include "EngineMemory.h"
 
 #include <WaveHeaderReader.h>
@@ -12,8 +13,6 @@ namespace AudioEngine {
 
 namespace {
 
-constexpr const char* kErrDecode = "E2026112206";
-constexpr const char* kErrNoMemory = "E2026112203";
 constexpr std::int64_t kChunkValues = 16384;
 
 struct HandleCloser

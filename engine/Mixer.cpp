@@ -204,6 +204,9 @@ void Mixer::Render(float* out, std::size_t frames)
             active_.pop_back();
         }
     }
+    // A float file may hold NaN; the device gets silence for it, never a burst.
+    for (std::size_t i = 0; i < frames * 2; ++i)
+        out[i] = out[i] == out[i] ? std::clamp(out[i], -1.0f, 1.0f) : 0.0f;
 }
 
 void Mixer::ReleaseAll()

@@ -43,6 +43,7 @@ public:
     bool Post(const MixerCommand& command) { return queue_.Push(command); }
 
     void ProcessCommands();
+    // Overwrites `out` with the mix, clipped to full scale.
     void Render(float* out, std::size_t frames);
 
     // Finishes every voice at once (device closed, engine finalised).

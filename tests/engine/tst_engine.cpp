@@ -236,6 +236,16 @@ private slots:
         QCOMPARE(GetStatus(player_), PlayerStatus::PlayEnd);
     }
 
+    void outputIsClippedAndFreeOfNaN()
+    {
+        const std::vector<float> f = {2.0f, -3.0f, std::nanf(""), INFINITY, 0.5f};
+        startWave(TestSounds::wavFloat(1, 48000, f));
+        const auto out = render(5);
+        const std::vector<float> want = {1.0f, -1.0f, 0.0f, 1.0f, 0.5f};
+        for (int i = 0; i < 5; ++i)
+            QCOMPARE(out[2 * i], want[static_cast<std::size_t>(i)]);
+    }
+
     void startPastTheEndEndsAtOnce()
     {
         startWave(TestSounds::wavPcm(1, 48000, 16, TestSounds::distinct16(480)), DataFormat::Wave,
