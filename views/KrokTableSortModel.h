@@ -2,6 +2,8 @@
 
 #include <QSortFilterProxyModel>
 
+class krokTableModel;
+
 // The proxy over the file table: hides the rows the model reports not shown
 // (search, sort specification) and sorts by the model's sort values.
 class KrokTableSortModel final : public QSortFilterProxyModel
@@ -12,9 +14,15 @@ public:
     explicit KrokTableSortModel(QObject* parent = nullptr);
     ~KrokTableSortModel() override;
 
+    void setSourceModel(QAbstractItemModel* model) override;
+
     // Re-runs the row filter after the model's shown flags changed.
     void refilter() { invalidateFilter(); }
 
 protected:
     bool filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const override;
+    bool lessThan(const QModelIndex& left, const QModelIndex& right) const override;
+
+private:
+    const krokTableModel* table = nullptr;
 };

@@ -1,5 +1,6 @@
 #include "SubWidgetTableView.h"
 
+#include "GacManager.h"
 #include "TableRoles.h"
 
 #include <QAction>
@@ -16,6 +17,10 @@
 
 #include <memory>
 #include <utility>
+
+SubWidgetTableView::SubWidgetTableView(GacManager* gac, QWidget* parent)
+    : SubWidgetTableView(ConnectionStateQuery([gac] { return gac ? gac->GetState() : 0; }), parent)
+{}
 
 SubWidgetTableView::SubWidgetTableView(ConnectionStateQuery nuendoState, QWidget* parent)
     : QTableView(parent)

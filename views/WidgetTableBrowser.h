@@ -5,8 +5,10 @@
 #include "krokTableModel.h"
 
 #include <QItemSelection>
+#include <QVector>
 #include <QWidget>
 
+class GacManager;
 class KrokTableSortModel;
 class TeskManager;
 class WaveformStyledItemDelegate;
@@ -19,8 +21,8 @@ class WidgetTableBrowser final : public QWidget
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(WidgetTableBrowser)
 public:
-    // `nuendoState` answers the Nuendo connection state (2 = connected); the
-    // main window passes the GacManager's.
+    WidgetTableBrowser(TeskManager* manager, GacManager* gac, QWidget* parent = nullptr);
+    // `nuendoState` answers the Nuendo connection state (2 = connected).
     WidgetTableBrowser(TeskManager* manager, SubWidgetTableView::ConnectionStateQuery nuendoState,
                        QWidget* parent = nullptr);
     ~WidgetTableBrowser() override;
@@ -84,6 +86,8 @@ private:
     void setDefaultColumnWidths();
     QString currentPath() const;
     bool askAutoPlayback();
+    float rowDuration(int row);
+    void forgetSelectedDurations();
 
     TeskManager* manager;
     krokTableModel* model;
@@ -91,4 +95,8 @@ private:
     KrokTableSortModel* proxy;
     WaveformStyledItemDelegate* delegate;
     bool columnWidthsInitialized = false;
+    // Seconds per model row for the status line, read as each analysed range
+    // arrives so that totalling a whole list never copies every record at
+    // once; NaN until read.
+    QVector<float> rowDurations;
 };

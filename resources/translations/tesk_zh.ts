@@ -84,11 +84,11 @@
     </message>
     <message>
         <source>Play selected tracks</source>
-        <translation type="unfinished">播放所选曲目</translation>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>Enable Playlist Playback</source>
-        <translation type="unfinished">启用播放列表播放</translation>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>Bookmark</source>
@@ -230,63 +230,26 @@
 <context>
     <name>krokTableModel</name>
     <message>
-        <source>File</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Full Path</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Size</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Modify Time</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Format</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Sampling Rate</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Channels</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Samples</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Duration</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Plots</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Loudness</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Loops</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Sort Specification</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Sort Comments</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>(no files)</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>subFormGAC</name>
+    <message>
+        <source>Nuendo Connection Settings</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Address</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Port Number</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
