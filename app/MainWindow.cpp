@@ -3,6 +3,8 @@
 #include "CommandLineRoot.h"
 #include "DefaultWindowGeometry.h"
 #include "MenuBar.h"
+#include "WidgetPlayer.h"
+#include "WidgetTableBrowser.h"
 
 #include <QApplication>
 #include <QDesktopServices>
@@ -39,8 +41,7 @@ MainWindow::MainWindow(QWidget* parent)
     auto* top = new QHBoxLayout();
     widgetRootPath = new QWidget(centralWidget());
     widgetRootPath->setObjectName(QStringLiteral("WidgetRootPath"));
-    widgetPlayer = new QWidget(centralWidget());
-    widgetPlayer->setObjectName(QStringLiteral("WidgetPlayer"));
+    widgetPlayer = new WidgetPlayer(centralWidget());
     widgetSearch = new QWidget(centralWidget());
     widgetSearch->setObjectName(QStringLiteral("WidgetSearch"));
     widgetSearch->setFocusPolicy(Qt::StrongFocus);
@@ -52,8 +53,9 @@ MainWindow::MainWindow(QWidget* parent)
     splitter = new QSplitter(Qt::Horizontal, centralWidget());
     widgetTreeBrowser = new QWidget(splitter);
     widgetTreeBrowser->setObjectName(QStringLiteral("WidgetTreeBrowser"));
-    widgetTableBrowser = new QWidget(splitter);
-    widgetTableBrowser->setObjectName(QStringLiteral("WidgetTableBrowser"));
+    // No Nuendo connection manager in this build yet: the state reads "not connected".
+    widgetTableBrowser = new WidgetTableBrowser(
+        manager, [] { return 0; }, splitter);
     splitter->addWidget(widgetTreeBrowser);
     splitter->addWidget(widgetTableBrowser);
     splitter->setStretchFactor(0, 1);
@@ -79,6 +81,12 @@ MainWindow::MainWindow(QWidget* parent)
     connect(manager, &TeskManager::SigShowDialog, this, &MainWindow::SlotShowDialog);
     connect(manager, &TeskManager::SigSetMainWindowGeometry, this,
             &MainWindow::SlotSetMainWindowGeometry);
+
+    connect(widgetTableBrowser, &WidgetTableBrowser::SigOpenByExplorerCalled, this,
+            &MainWindow::SlotOpenParentDirByExplorer);
+    connect(widgetPlayer, &WidgetPlayer::SigStartCalled, widgetTableBrowser,
+            &WidgetTableBrowser::SlotSelectedItemPlaybackCalled);
+    widgetPlayer->ConnectManager(manager);
 
     // Focuses the search field once the search widget takes its place.
     searchShortcut = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_F), this);

@@ -9,6 +9,8 @@ class QLabel;
 class QShortcut;
 class QSplitter;
 class QTimer;
+class WidgetPlayer;
+class WidgetTableBrowser;
 
 // The single top-level window: owns the manager, the menu bar and the five
 // browser widgets, lays them out and wires them, and carries the slots that
@@ -54,14 +56,13 @@ private:
     // Constructed first: the menu bar and the widgets connect to it.
     TeskManager* manager;
     MenuBar* menuBarWidget = nullptr;
-    // Plain placeholders holding the places of the browser widgets, which are
-    // built in the views and playback libraries; each is replaced by the real
-    // widget, with its wiring, when that lands.
+    // Plain placeholders holding the places of the browser widgets not built
+    // yet; each is replaced by the real widget, with its wiring, when that lands.
     QWidget* widgetRootPath = nullptr;
-    QWidget* widgetPlayer = nullptr;
+    WidgetPlayer* widgetPlayer = nullptr;
     QWidget* widgetSearch = nullptr;
     QWidget* widgetTreeBrowser = nullptr;
-    QWidget* widgetTableBrowser = nullptr;
+    WidgetTableBrowser* widgetTableBrowser = nullptr;
     QSplitter* splitter = nullptr;
     QLabel* statusLabel = nullptr;
     QShortcut* searchShortcut = nullptr;

@@ -2,6 +2,7 @@
 
 #include "AudioFileInfo.h"
 #include "KrokManager.h"
+#include "LumoManager.h"
 #include "SubThreadGetDetail.h"
 #include "SubThreadGetList.h"
 
@@ -23,14 +24,17 @@ TeskManager::TeskManager(QObject* parent)
     qRegisterMetaType<SearchCriteriaStruct>("SearchCriteriaStruct");
     qRegisterMetaType<TeskManager::ColorTheme>("TeskManager::ColorTheme");
 
-    // The playback engine (a LumoManager) is handed to the registry here once it lands.
-    krokManager = new KrokManager();
+    // The registry owns the preview player. Without a sound card the engine runs
+    // on SDL's dummy output, so positions and play ends still advance in time.
+    krokManager = new KrokManager(new LumoManager);
+    // Connected before the engine starts: a failed output start is reported
+    // from Initialize and must reach the status line (and the warning box) once
+    // the event loop runs.
+    connect(krokManager, &KrokManager::SigErrorReceived, this, &TeskManager::SlotErrorReceived,
+            Qt::QueuedConnection);
     krokManager->Initialize();
     threadGetDetail = new SubThreadGetDetail(krokManager);
     threadGetList = new SubThreadGetList();
-
-    connect(krokManager, &KrokManager::SigErrorReceived, this, &TeskManager::SlotErrorReceived,
-            Qt::QueuedConnection);
 
     timerPlaylist.setInterval(kPlaylistTickMs);
     timerPlaylist.setSingleShot(true);
@@ -500,16 +504,15 @@ void TeskManager::SlotTimerPlaylistTick()
 void TeskManager::SlotTimerUpdateStatusTick()
 {
     const QString playing = krokManager->IsPlaying() ? krokManager->GetPlayingPath() : QString();
-    if (playing.isEmpty()) {
+    const AudioFileInfo info =
+        playing.isEmpty() ? AudioFileInfo() : krokManager->GetFileInfo(playing);
+    if (playing.isEmpty() || info.isHeaderRead == 0) {
         if (!lastPlayingPath.isEmpty()) {
             emit SigResetPlaybackPosition(lastPlayingPath);
             lastPlayingPath.clear();
         }
         return;
     }
-    const AudioFileInfo info = krokManager->GetFileInfo(playing);
-    if (info.isHeaderRead == 0)
-        return;
     const double ratio = info.samples > 0
                              ? static_cast<double>(krokManager->GetPlaybackPosition()) /
                                    static_cast<double>(info.samples)

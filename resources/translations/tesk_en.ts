@@ -198,6 +198,25 @@
     </message>
 </context>
 <context>
+    <name>WidgetPlayer</name>
+    <message>
+        <source>Playback</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Stop</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Play selected tracks</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Enable Playlist Playback</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>WidgetTableBrowser</name>
     <message>
         <source>%1hr%2min%3sec</source>

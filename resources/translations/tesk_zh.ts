@@ -198,6 +198,25 @@
     </message>
 </context>
 <context>
+    <name>WidgetPlayer</name>
+    <message>
+        <source>Playback</source>
+        <translation>播放</translation>
+    </message>
+    <message>
+        <source>Stop</source>
+        <translation>停止</translation>
+    </message>
+    <message>
+        <source>Play selected tracks</source>
+        <translation>播放所选曲目</translation>
+    </message>
+    <message>
+        <source>Enable Playlist Playback</source>
+        <translation>启用播放列表播放</translation>
+    </message>
+</context>
+<context>
     <name>WidgetTableBrowser</name>
     <message>
         <source>%1hr%2min%3sec</source>
