@@ -1,0 +1,94 @@
+#include "SubThreadGetDetail.h"
+
+#include "KrokManager.h"
+
+#include <QElapsedTimer>
+#include <QMutexLocker>
+
+SubThreadGetDetail::SubThreadGetDetail(KrokManager* registryToDrive, QObject* parent)
+    : QThread(parent)
+    , registry(registryToDrive)
+{}
+
+SubThreadGetDetail::~SubThreadGetDetail()
+{
+    cancel();
+    wait();
+}
+
+void SubThreadGetDetail::start(const QStringList& list)
+{
+    {
+        QMutexLocker lock(&cancelMutex);
+        cancelRequested = false;
+    }
+    fileList = list;
+    QThread::start(QThread::InheritPriority);
+}
+
+void SubThreadGetDetail::cancel()
+{
+    QMutexLocker lock(&cancelMutex);
+    cancelRequested = true;
+}
+
+void SubThreadGetDetail::requestInvalidate()
+{
+    QMutexLocker lock(&invalidateMutex);
+    invalidateRequested = true;
+}
+
+bool SubThreadGetDetail::takeCancelRequest()
+{
+    QMutexLocker lock(&cancelMutex);
+    const bool requested = cancelRequested;
+    cancelRequested = false;
+    return requested;
+}
+
+bool SubThreadGetDetail::takeInvalidateRequest()
+{
+    QMutexLocker lock(&invalidateMutex);
+    const bool requested = invalidateRequested;
+    invalidateRequested = false;
+    return requested;
+}
+
+void SubThreadGetDetail::run()
+{
+    const int n = fileList.size();
+    if (n < 1) {
+        emit SigEndGetDetailInfo();
+        return;
+    }
+    if (takeInvalidateRequest())
+        registry->InvalidateFiles(fileList);
+
+    int from = 0;
+    for (;;) {
+        QElapsedTimer clock;
+        clock.start();
+        int last = from - 1;
+        for (int i = from; i < n; ++i) {
+            if (takeCancelRequest())
+                return;
+            const QString& path = fileList.at(i);
+            if (!registry->IsAnalyzed(path))
+                registry->AnalyzeFile(path);
+            last = i;
+            if (clock.elapsed() > kRangeBudgetMs)
+                break;
+        }
+        if (last >= from) {
+            if (takeCancelRequest())
+                return;
+            // Blocking-queued: returns once the GUI thread has taken the range in.
+            emit SigAnalyzedInfoAcquired(from, last);
+        }
+        if (last >= n - 1) {
+            emit SigEndGetDetailInfo();
+            return;
+        }
+        from = last + 1;
+    }
+}

@@ -1,0 +1,532 @@
+#include "TeskManager.h"
+
+#include "AudioFileInfo.h"
+#include "KrokManager.h"
+#include "SubThreadGetDetail.h"
+#include "SubThreadGetList.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QProcess>
+
+namespace {
+
+constexpr int kPlaylistTickMs = 200;
+constexpr int kStatusTickMs = 50;
+
+} // namespace
+
+TeskManager::TeskManager(QObject* parent)
+    : QObject(parent)
+{
+    qRegisterMetaType<QList<QString>>("QList<QString>");
+    qRegisterMetaType<SearchCriteriaStruct>("SearchCriteriaStruct");
+    qRegisterMetaType<TeskManager::ColorTheme>("TeskManager::ColorTheme");
+
+    // The playback engine (a LumoManager) is handed to the registry here once it lands.
+    krokManager = new KrokManager();
+    krokManager->Initialize();
+    threadGetDetail = new SubThreadGetDetail(krokManager);
+    threadGetList = new SubThreadGetList();
+
+    connect(krokManager, &KrokManager::SigErrorReceived, this, &TeskManager::SlotErrorReceived,
+            Qt::QueuedConnection);
+
+    timerPlaylist.setInterval(kPlaylistTickMs);
+    timerPlaylist.setSingleShot(true);
+    connect(&timerPlaylist, &QTimer::timeout, this, &TeskManager::SlotTimerPlaylistTick);
+    timerStatus.setInterval(kStatusTickMs);
+    connect(&timerStatus, &QTimer::timeout, this, &TeskManager::SlotTimerUpdateStatusTick);
+    timerStatus.start();
+
+    connect(threadGetDetail, &SubThreadGetDetail::SigAnalyzedInfoAcquired, this,
+            &TeskManager::SlotAnalyzedInfoAcquired, Qt::BlockingQueuedConnection);
+    connect(threadGetDetail, &SubThreadGetDetail::SigEndGetDetailInfo, this,
+            &TeskManager::SlotEndGetDetailInfo, Qt::BlockingQueuedConnection);
+    connect(threadGetList, &SubThreadGetList::SigFileListCreated, this,
+            &TeskManager::SlotFileListAcquired, Qt::BlockingQueuedConnection);
+    connect(threadGetList, &QThread::finished, this, &TeskManager::SlotThreadGetListFinished,
+            Qt::QueuedConnection);
+    connect(threadGetDetail, &QThread::finished, this, &TeskManager::SlotThreadGetDetailFinished,
+            Qt::QueuedConnection);
+}
+
+TeskManager::~TeskManager()
+{
+    timerPlaylist.stop();
+    timerStatus.stop();
+    // A worker may sit in a blocking-queued emit that this thread will never
+    // deliver now: cut the connections, ask both to stop, and drop the calls
+    // already posted, which releases the waiting worker.
+    threadGetList->disconnect(this);
+    threadGetDetail->disconnect(this);
+    threadGetList->cancel();
+    threadGetDetail->cancel();
+    while (threadGetList->isRunning() || threadGetDetail->isRunning()) {
+        QCoreApplication::removePostedEvents(this, QEvent::MetaCall);
+        threadGetList->wait(5);
+        threadGetDetail->wait(5);
+    }
+    delete threadGetList;
+    delete threadGetDetail;
+    delete krokManager;
+}
+
+void TeskManager::ApplyStoredSettings()
+{
+    // Fonts default to the application's start-up font.
+    s.fontTreeFamily = s.fontTableFamily = fontSettings.GetDefaultFamily();
+    s.fontTreeSize = s.fontTableSize = fontSettings.GetDefaultPointSize();
+    SettingsStore::Load(s);
+
+    if (s.HasValidGeometry())
+        emit SigSetMainWindowGeometry(s.left, s.top, s.width, s.height);
+    emit SigChangeColorTheme(GetColorTheme());
+    fontSettings.SetFont(FontSettings::Tree, s.fontTreeFamily, s.fontTreeSize);
+    fontSettings.SetFont(FontSettings::Table, s.fontTableFamily, s.fontTableSize);
+    fontSettings.SetFitToCell(s.fontTableIsFit);
+    emit SigChangeFont();
+
+    krokManager->SetLoudnessEnabled(s.loudnessFlag);
+    krokManager->SetMultiPlotEnabled(s.multiPlotFlag);
+    emit SigRowHeightChanged(s.rowHeight);
+    emit SigAutoPlaybackFlagChanged(s.autoPlaybackFlag);
+    emit SigPlaylistFlagChanged(s.playlistFlag);
+    emit SigLoudnessChanged(s.loudnessFlag);
+    emit SigLoudnessVoltModeChanged(s.loudnessVoltMode);
+    emit SigMultiPlotChanged(s.multiPlotFlag);
+    emit SigShowHiddensFlagChanged(s.showHiddenFlag);
+    RestartAcquisition();
+    emit SigColumnVisibleLoaded(s.columnState);
+}
+
+void TeskManager::SaveSettings(int left, int top, int width, int height)
+{
+    emit SigSetStatusMessage(tr("Saving Settings..."));
+    s.left = left;
+    s.top = top;
+    s.width = width;
+    s.height = height;
+    s.fontTreeFamily = fontSettings.GetFamily(FontSettings::Tree);
+    s.fontTreeSize = fontSettings.GetPointSize(FontSettings::Tree);
+    s.fontTableIsFit = fontSettings.IsFitToCell();
+    s.fontTableFamily = fontSettings.GetFamily(FontSettings::Table);
+    s.fontTableSize = fontSettings.GetPointSize(FontSettings::Table);
+    SettingsStore::Save(s);
+    timerPlaylist.stop();
+    krokManager->Finalize();
+}
+
+void TeskManager::SetRowHeight(int height)
+{
+    s.rowHeight = height;
+    emit SigRowHeightChanged(height);
+}
+
+void TeskManager::SetColorTheme(ColorTheme theme)
+{
+    if (theme == GetColorTheme())
+        return;
+    s.colorTheme = theme;
+    emit SigChangeColorTheme(theme);
+}
+
+void TeskManager::SetExternalTool(const QString& path, const QString& args)
+{
+    s.externalExecutePath = path;
+    s.externalExecuteArgs = args;
+}
+
+void TeskManager::StartPlaylistTimerIfWanted()
+{
+    if (s.playlistFlag)
+        timerPlaylist.start();
+}
+
+void TeskManager::SeekPlayback(bool backward)
+{
+    const QString path = krokManager->GetPlayingPath();
+    if (path.isEmpty() || !krokManager->IsPlaying())
+        return;
+    const AudioFileInfo info = krokManager->GetFileInfo(path);
+    if (info.isHeaderRead == 0 || info.samplingRate <= 0)
+        return;
+    const qint64 posMs = static_cast<qint64>(
+        static_cast<double>(krokManager->GetPlaybackPosition()) / info.samplingRate * 1000.0);
+    if (backward) {
+        timerPlaylist.stop();
+        const qint64 t = posMs - s.seekTimeMs;
+        if (t < 0)
+            krokManager->PlayFile(path);
+        else
+            krokManager->PlayFileWithSeek(path, static_cast<quint32>(t));
+    } else {
+        const qint64 t = posMs + s.seekTimeMs;
+        const double lengthMs = static_cast<double>(info.samples) * 1000.0 / info.samplingRate;
+        if (lengthMs < static_cast<double>(t - 1))
+            return;
+        timerPlaylist.stop();
+        krokManager->PlayFileWithSeek(path, static_cast<quint32>(t));
+    }
+    StartPlaylistTimerIfWanted();
+}
+
+bool TeskManager::IsRootBookmarked() const
+{
+    for (const Bookmark& b : s.bookmarks) {
+        if (b.path == s.rootPath)
+            return true;
+    }
+    return false;
+}
+
+void TeskManager::AddBookmark(const QString& name)
+{
+    if (s.rootPath.isEmpty())
+        return;
+    bool renamed = false;
+    for (Bookmark& b : s.bookmarks) {
+        if (b.path == s.rootPath) {
+            b.name = name;
+            renamed = true;
+            break;
+        }
+    }
+    if (!renamed)
+        s.bookmarks.append({s.rootPath, name});
+    emit SigCurrentDirBookmarkChanged(true);
+}
+
+void TeskManager::RemoveBookmark()
+{
+    if (s.rootPath.isEmpty())
+        return;
+    for (int i = s.bookmarks.size() - 1; i >= 0; --i) {
+        if (s.bookmarks.at(i).path == s.rootPath)
+            s.bookmarks.removeAt(i);
+    }
+    emit SigCurrentDirBookmarkChanged(false);
+}
+
+void TeskManager::SetBookmarks(const BookmarkList& list)
+{
+    if (list != s.bookmarks)
+        s.bookmarks = list;
+    emit SigCurrentDirBookmarkChanged(IsRootBookmarked());
+}
+
+void TeskManager::SlotChangeRootPathCalled(QString path)
+{
+    timerPlaylist.stop();
+    s.rootPath = path;
+    SettingsStore::PushRecentFolder(s.recentDirs, path);
+    RestartAcquisition();
+}
+
+void TeskManager::SlotChangeRecursiveCalled(bool flag)
+{
+    timerPlaylist.stop();
+    recursiveFlag = flag;
+    emit SigRecursiveChanged(flag);
+    RestartAcquisition();
+}
+
+void TeskManager::SlotUpdateCalled()
+{
+    timerPlaylist.stop();
+    if (!QFileInfo(s.rootPath).isDir())
+        return;
+    threadGetDetail->requestInvalidate();
+    RestartAcquisition();
+}
+
+void TeskManager::SlotChangeLoudnessCalled(bool flag)
+{
+    s.loudnessFlag = flag;
+    krokManager->SetLoudnessEnabled(flag);
+    emit SigLoudnessChanged(flag);
+    if (flag)
+        SlotUpdateCalled();
+}
+
+void TeskManager::SlotChangeLoudnessVoltModeCalled(bool flag)
+{
+    s.loudnessVoltMode = flag;
+    emit SigLoudnessVoltModeChanged(flag);
+}
+
+void TeskManager::SlotChangeMultiPlotCalled(bool flag)
+{
+    s.multiPlotFlag = flag;
+    krokManager->SetMultiPlotEnabled(flag);
+    emit SigMultiPlotChanged(flag);
+    if (flag)
+        SlotUpdateCalled();
+    else
+        RestartAcquisition();
+}
+
+void TeskManager::SlotChangeShowHiddensCalled(bool flag)
+{
+    s.showHiddenFlag = flag;
+    emit SigShowHiddensFlagChanged(flag);
+    timerPlaylist.stop();
+    RestartAcquisition();
+}
+
+void TeskManager::SlotChangeAutoPlaybackFlagCalled(bool flag)
+{
+    s.autoPlaybackFlag = flag;
+    emit SigAutoPlaybackFlagChanged(flag);
+}
+
+void TeskManager::SlotChangePlaylistFlagCalled(bool flag)
+{
+    s.playlistFlag = flag;
+    emit SigPlaylistFlagChanged(flag);
+}
+
+void TeskManager::SlotStartPlaybackCalled(QString path)
+{
+    timerPlaylist.stop();
+    if (path.isEmpty())
+        return;
+    krokManager->PlayFile(path);
+    StartPlaylistTimerIfWanted();
+}
+
+void TeskManager::SlotStartPlaybackWithSeekCalled(QString path, int seekMs)
+{
+    if (!s.autoPlaybackFlag && !(krokManager->IsPlaying() && krokManager->GetPlayingPath() == path))
+        return;
+    timerPlaylist.stop();
+    krokManager->PlayFileWithSeek(path, static_cast<quint32>(qMax(seekMs, 0)));
+    StartPlaylistTimerIfWanted();
+}
+
+void TeskManager::SlotStopPlaybackCalled()
+{
+    timerPlaylist.stop();
+    krokManager->StopPlayback();
+}
+
+void TeskManager::SlotVolumeChangeCalled(float volume)
+{
+    krokManager->SetVolume(volume);
+}
+
+void TeskManager::SlotSearchCriteriaApplied(SearchCriteriaStruct criteriaStruct, bool needRefresh)
+{
+    searchCriteria = criteriaStruct;
+    if (needRefresh)
+        emit SigSearchExecute(searchCriteria);
+}
+
+void TeskManager::SlotOpenByExternalCalled(QString filePath)
+{
+    if (s.externalExecutePath.isEmpty())
+        return;
+    QString args = s.externalExecuteArgs;
+    args.replace(QStringLiteral("%FILEPATH%"), filePath, Qt::CaseSensitive);
+    // No quoting on purpose: a path with blanks reaches the tool as several arguments.
+    QProcess::startDetached(s.externalExecutePath,
+                            args.split(QLatin1Char(' '), Qt::SkipEmptyParts));
+}
+
+void TeskManager::MemorizeColumnVisibleState(int state)
+{
+    s.columnState = state;
+}
+
+void TeskManager::SlotSearchCriteriaRequired(SearchCriteriaStruct* criteriaStruct)
+{
+    if (criteriaStruct)
+        *criteriaStruct = searchCriteria;
+}
+
+void TeskManager::SlotAutoPlaybackFlagRequired(bool* flag)
+{
+    if (flag)
+        *flag = s.autoPlaybackFlag;
+}
+
+void TeskManager::SlotPlayListFlag(bool* flag)
+{
+    if (flag)
+        *flag = s.playlistFlag;
+}
+
+void TeskManager::SlotRootPathRequired(QString* path)
+{
+    if (path)
+        *path = s.rootPath;
+}
+
+void TeskManager::StartListWorker()
+{
+    emit SigSetStatusMessage(tr("Retrieving file list"));
+    threadGetList->start(s.rootPath, recursiveFlag, s.showHiddenFlag);
+}
+
+void TeskManager::StartDetailWorkerForUpdate()
+{
+    threadGetDetail->start(pendingUpdateFiles);
+}
+
+void TeskManager::RestartAcquisition()
+{
+    timerPlaylist.stop();
+    emit SigRootPathChanged(s.rootPath);
+    emit SigCurrentDirBookmarkChanged(IsRootBookmarked());
+
+    if (s.rootPath.isEmpty() || !QFileInfo(s.rootPath).isDir())
+        return;
+    // The finished handler starts the job that is due with the settings of that moment.
+    if (listCancelPending || detailCancelPending)
+        return;
+    if (threadGetList->isRunning()) {
+        listCancelPending = true;
+        threadGetList->cancel();
+        emit SigSetStatusMessage(tr("Cancel file list acquisition"));
+    } else if (threadGetDetail->isRunning()) {
+        detailCancelPending = true;
+        threadGetDetail->cancel();
+        emit SigSetStatusMessage(tr("Cancel to acquire analyzed data"));
+    } else {
+        StartListWorker();
+    }
+}
+
+void TeskManager::SlotFileListAcquired(QList<QString> fileList)
+{
+    totalFileCount = fileList.size();
+    emit SigSetStatusMessage(
+        tr("Completed file list acquisition. System is registering files to Analysis Library..."));
+    emit SigSetWaitCursor();
+    if (krokManager->RegisterFiles(fileList)) {
+        emit SigFilePathListAcquired(fileList);
+        emit SigSetStatusMessage(
+            tr("Completed adding files to Analysis Library  Waiting for analyzed data..."));
+        emit SigRestoreCursor();
+        threadGetDetail->start(fileList);
+    } else {
+        emit SigRestoreCursor();
+        emit SigSetStatusMessage(tr("File registration failed. Max number of files that can be "
+                                    "registered has been exceeded."));
+    }
+}
+
+void TeskManager::SlotAnalyzedInfoAcquired(int i_from, int i_to)
+{
+    if (listCancelPending || detailCancelPending)
+        return;
+    emit SigAnalyzedInfoAcquired(i_from, i_to);
+    emit SigSetStatusMessage(tr("Completed data analysis from %1 to %2 of %3")
+                                 .arg(i_from + 1)
+                                 .arg(i_to + 1)
+                                 .arg(totalFileCount));
+}
+
+void TeskManager::SlotEndGetDetailInfo()
+{
+    emit SigSetStatusMessage(tr("Completed acquiring analyzed data"));
+    emit SigEndGetDetailInfo();
+    emit SigSearchExecute(searchCriteria);
+    pendingUpdateFiles.clear();
+}
+
+void TeskManager::SlotSelectedFileUpdateCalled(QStringList filePaths)
+{
+    if (filePaths.isEmpty())
+        return;
+    pendingUpdateFiles = filePaths;
+    timerPlaylist.stop();
+    if (listCancelPending || detailCancelPending)
+        return;
+    if (threadGetList->isRunning()) {
+        listCancelPending = true;
+        threadGetList->cancel();
+        emit SigSetStatusMessage(tr("Cancel file list acquisition"));
+    } else if (threadGetDetail->isRunning()) {
+        detailCancelPending = true;
+        threadGetDetail->cancel();
+        emit SigSetStatusMessage(tr("Cancel to acquire analyzed data"));
+    } else {
+        emit SigSetStatusMessage(tr("Updating information"));
+        threadGetDetail->requestInvalidate();
+        StartDetailWorkerForUpdate();
+    }
+}
+
+void TeskManager::SlotThreadGetListFinished()
+{
+    if (!listCancelPending)
+        return;
+    listCancelPending = false;
+    if (threadGetDetail->isRunning()) {
+        detailCancelPending = true;
+        threadGetDetail->cancel();
+        emit SigSetStatusMessage(
+            tr("Cancelled file list acquisition. Stopping acquisition of analyzed data..."));
+    } else if (pendingUpdateFiles.isEmpty()) {
+        StartListWorker();
+    } else {
+        StartDetailWorkerForUpdate();
+    }
+}
+
+void TeskManager::SlotThreadGetDetailFinished()
+{
+    if (!detailCancelPending)
+        return;
+    detailCancelPending = false;
+    if (pendingUpdateFiles.isEmpty())
+        StartListWorker();
+    else
+        StartDetailWorkerForUpdate();
+}
+
+void TeskManager::SlotTimerPlaylistTick()
+{
+    timerPlaylist.stop();
+    if (!s.playlistFlag)
+        return;
+    if (krokManager->IsPlaying() || krokManager->IsPreparing())
+        timerPlaylist.start();
+    else
+        emit SigSelectNextItem();
+}
+
+void TeskManager::SlotTimerUpdateStatusTick()
+{
+    const QString playing = krokManager->IsPlaying() ? krokManager->GetPlayingPath() : QString();
+    if (playing.isEmpty()) {
+        if (!lastPlayingPath.isEmpty()) {
+            emit SigResetPlaybackPosition(lastPlayingPath);
+            lastPlayingPath.clear();
+        }
+        return;
+    }
+    const AudioFileInfo info = krokManager->GetFileInfo(playing);
+    if (info.isHeaderRead == 0)
+        return;
+    const double ratio = info.samples > 0
+                             ? static_cast<double>(krokManager->GetPlaybackPosition()) /
+                                   static_cast<double>(info.samples)
+                             : 0.0;
+    if (playing != lastPlayingPath) {
+        if (!lastPlayingPath.isEmpty())
+            emit SigResetPlaybackPosition(lastPlayingPath);
+        lastPlayingPath = playing;
+    }
+    emit SigSetPlaybackPosition(playing, ratio);
+}
+
+void TeskManager::SlotErrorReceived(QString message)
+{
+    emit SigSetStatusMessage(message);
+    if (message.contains(QStringLiteral("E2009042301"), Qt::CaseSensitive))
+        emit SigShowDialog(tr("Warning"),
+                           tr("Cannot preview because XAudio2 initialization failed. Please "
+                              "ensure that DirectX End-User Runtimes (June 2010) is installed."));
+}
