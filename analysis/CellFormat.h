@@ -1,0 +1,67 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+
+#include <cstdint>
+
+struct AudioFileInfo;
+
+// How the file table shows an analysed record, kept free of widgets so that
+// the table model and tesk-scan print the same texts. Texts the table
+// translates go through QCoreApplication::translate in the "krokTableModel"
+// context.
+
+enum TableColumn : int
+{
+    ColumnFile = 0,
+    ColumnFullPath,
+    ColumnSize,
+    ColumnModifyTime,
+    ColumnFormat,
+    ColumnSamplingRate,
+    ColumnChannels,
+    ColumnSamples,
+    ColumnBits,
+    ColumnDuration,
+    ColumnPlots,
+    ColumnLoudness,
+    ColumnLoops,
+    ColumnSortSpecification,
+    ColumnSortComments,
+    TableColumnCount
+};
+
+// The 15 column headers in column order; "BIT" is never translated.
+QStringList TableColumnHeaderLabels();
+
+// "511 byte", "0.50 KB", "1.25 MB", "0.50 GB": each unit from half of it
+// upwards. The size is the record's 32-bit field, so 2 GiB and more wrap.
+QString FormatFileSize(std::int32_t size);
+
+// Seconds in single precision, as the table sorts them; 0 without a rate.
+float DurationSeconds(std::int32_t samples, std::int32_t samplingRate);
+// "%1:%2": minutes, then seconds with three decimals padded to 6 ("3:05.250").
+QString FormatDuration(std::int32_t samples, std::int32_t samplingRate);
+
+// The bit depth, or "%1 - %2" when the two fields differ (MP3/Ogg kbps range).
+QString FormatBits(std::int32_t first, std::int32_t second);
+// The first field as a number when both agree, else the "%1 - %2" text.
+QVariant BitsSortValue(std::int32_t first, std::int32_t second);
+
+// A mono file measures 3.0103 dB below the same signal on two channels; the
+// volt mode adds that back for mono files only.
+float DisplayedLoudness(float loudness, std::int32_t channels, bool voltMode);
+// "---" at -96.0 or below (not measured), else two decimals.
+QString FormatLoudness(float loudness, std::int32_t channels, bool voltMode);
+
+// The format text, or "ERROR" for a file that could not be opened.
+QString FormatText(const AudioFileInfo& info);
+
+// The display (forSorting false) or sort value (true) of a record column:
+// Size, Modify Time, Format, Sampling Rate, Channels, Samples, BIT, Duration,
+// Loudness and Loops. Other columns do not come from the record and yield an
+// invalid value.
+QVariant RecordCellValue(int column, const AudioFileInfo& info, bool forSorting,
+                         bool loudnessVoltMode);

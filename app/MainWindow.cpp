@@ -1,0 +1,260 @@
+#include "MainWindow.h"
+
+#include "CommandLineRoot.h"
+#include "DefaultWindowGeometry.h"
+#include "MenuBar.h"
+
+#include <QApplication>
+#include <QDesktopServices>
+#include <QDir>
+#include <QFileInfo>
+#include <QHBoxLayout>
+#include <QInputDialog>
+#include <QLabel>
+#include <QMessageBox>
+#include <QProcess>
+#include <QScreen>
+#include <QShortcut>
+#include <QSplitter>
+#include <QStatusBar>
+#include <QToolBar>
+#include <QUrl>
+#include <QVBoxLayout>
+
+namespace {
+
+constexpr int kRowHeightStep = 2;
+constexpr int kMinRowHeight = 10;
+
+} // namespace
+
+MainWindow::MainWindow(QWidget* parent)
+    : QMainWindow(parent)
+    , manager(new TeskManager(this))
+{
+    menuBarWidget = new MenuBar(this, manager);
+    setupForm();
+
+    auto* outer = new QVBoxLayout(centralWidget());
+    auto* top = new QHBoxLayout();
+    widgetRootPath = new QWidget(centralWidget());
+    widgetRootPath->setObjectName(QStringLiteral("WidgetRootPath"));
+    widgetPlayer = new QWidget(centralWidget());
+    widgetPlayer->setObjectName(QStringLiteral("WidgetPlayer"));
+    widgetSearch = new QWidget(centralWidget());
+    widgetSearch->setObjectName(QStringLiteral("WidgetSearch"));
+    widgetSearch->setFocusPolicy(Qt::StrongFocus);
+    top->addWidget(widgetRootPath, 7);
+    top->addWidget(widgetPlayer, 3);
+    top->addWidget(widgetSearch, 2);
+    outer->addLayout(top);
+
+    splitter = new QSplitter(Qt::Horizontal, centralWidget());
+    widgetTreeBrowser = new QWidget(splitter);
+    widgetTreeBrowser->setObjectName(QStringLiteral("WidgetTreeBrowser"));
+    widgetTableBrowser = new QWidget(splitter);
+    widgetTableBrowser->setObjectName(QStringLiteral("WidgetTableBrowser"));
+    splitter->addWidget(widgetTreeBrowser);
+    splitter->addWidget(widgetTableBrowser);
+    splitter->setStretchFactor(0, 1);
+    splitter->setStretchFactor(1, 3);
+    outer->addWidget(splitter, 1);
+    const int w = splitter->width();
+    splitter->setSizes({w / 4, 3 * w / 4});
+
+    setMenuBar(menuBarWidget);
+
+    statusLabel = new QLabel(QString(), this);
+    statusLabel->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    statusBar()->addWidget(statusLabel, 1);
+
+    if (const QScreen* screen = QGuiApplication::primaryScreen())
+        setGeometry(DefaultWindowGeometry(screen->geometry()));
+
+    connect(manager, &TeskManager::SigSetWaitCursor, this, &MainWindow::SlotSetWaitCursor,
+            Qt::DirectConnection);
+    connect(manager, &TeskManager::SigRestoreCursor, this, &MainWindow::SlotRestoreCursor,
+            Qt::DirectConnection);
+    connect(manager, &TeskManager::SigSetStatusMessage, this, &MainWindow::SlotSetStatusMessage);
+    connect(manager, &TeskManager::SigShowDialog, this, &MainWindow::SlotShowDialog);
+    connect(manager, &TeskManager::SigSetMainWindowGeometry, this,
+            &MainWindow::SlotSetMainWindowGeometry);
+
+    // Focuses the search field once the search widget takes its place.
+    searchShortcut = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_F), this);
+    searchShortcut->setContext(Qt::WindowShortcut);
+    connect(searchShortcut, &QShortcut::activated, widgetSearch,
+            [this] { widgetSearch->setFocus(Qt::ShortcutFocusReason); });
+    setWindowIcon(QIcon(QStringLiteral(":/images/tesk.png")));
+
+    manager->GetFontSettings()->SetDefaultFont(QApplication::font().family(),
+                                               QApplication::font().pointSize());
+    manager->ApplyStoredSettings();
+    menuBarWidget->InitState();
+
+    const QString root = CommandLineRoot(QCoreApplication::arguments());
+    if (!root.isEmpty())
+        manager->SlotChangeRootPathCalled(root);
+}
+
+MainWindow::~MainWindow()
+{
+    if (manager) {
+        const QRect g = geometry();
+        manager->SaveSettings(g.left(), g.top(), g.width(), g.height());
+    }
+}
+
+void MainWindow::setupForm()
+{
+    setObjectName(QStringLiteral("MainWindow"));
+    resize(800, 500);
+    setWindowTitle(QStringLiteral("Vex Tesk"));
+    // A tool button shows its frame only under the mouse.
+    setStyleSheet(QStringLiteral("QToolButton{border: none;}"
+                                 "QToolButton:hover{border: 1px solid argb(255,0,0,40%); "
+                                 "border-radius: 2px;}"));
+    auto* central = new QWidget(this);
+    central->setObjectName(QStringLiteral("centralWidget"));
+    setCentralWidget(central);
+    auto* toolBar = new QToolBar(this);
+    toolBar->setObjectName(QStringLiteral("mainToolBar"));
+    addToolBar(Qt::TopToolBarArea, toolBar);
+    auto* bar = new QStatusBar(this);
+    bar->setObjectName(QStringLiteral("statusBar"));
+    setStatusBar(bar);
+}
+
+void MainWindow::SlotSetWaitCursor()
+{
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    QCoreApplication::processEvents();
+}
+
+void MainWindow::SlotRestoreCursor()
+{
+    QApplication::restoreOverrideCursor();
+}
+
+void MainWindow::SlotSetStatusMessage(QString msg)
+{
+    statusLabel->setText(msg);
+    // Lets the text show while the GUI thread is busy with long work.
+    QCoreApplication::processEvents();
+}
+
+void MainWindow::SlotShowDialog(QString title, QString msg)
+{
+    QMessageBox::information(this, title, msg, QMessageBox::Ok);
+}
+
+void MainWindow::SlotSetMainWindowGeometry(int left, int top, int wid, int hgt)
+{
+    setGeometry(left, top, wid, hgt);
+}
+
+void MainWindow::SlotOpenParentDirByExplorer(QString filePath)
+{
+#ifdef Q_OS_WIN
+    QProcess::startDetached(QStringLiteral("explorer"),
+                            {QStringLiteral("/select,"), QDir::toNativeSeparators(filePath)});
+#else
+    // No Explorer here: the desktop's file manager shows the containing folder.
+    QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(filePath).absolutePath()));
+#endif
+}
+
+void MainWindow::askBookmarkName()
+{
+    const QString root = manager->GetRootPath();
+    if (!QFileInfo(root).isDir())
+        return;
+    bool ok = false;
+    const QString name = QInputDialog::getText(
+        this, QStringLiteral("Vex Tesk"), tr("Bookmark Name"), QLineEdit::Normal,
+        QDir(root).dirName(), &ok, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowCloseButtonHint);
+    if (ok && !name.isEmpty())
+        manager->AddBookmark(name);
+    else
+        manager->RemoveBookmark();
+}
+
+void MainWindow::SlotChangeBookmarkCalled(bool flag)
+{
+    if (flag)
+        askBookmarkName();
+    else
+        manager->RemoveBookmark();
+}
+
+void MainWindow::SlotSelectFromAction()
+{
+    const auto* action = qobject_cast<QAction*>(sender());
+    if (!action || action->text().isEmpty())
+        return;
+    manager->SlotChangeRootPathCalled(action->text());
+}
+
+void MainWindow::SlotSelectFromBookmark()
+{
+    const auto* action = qobject_cast<QAction*>(sender());
+    if (!action)
+        return;
+    const QString path = action->data().toString();
+    if (!path.isEmpty())
+        manager->SlotChangeRootPathCalled(path);
+}
+
+void MainWindow::SlotOpenRootByExplorer()
+{
+    const QString root = manager->GetRootPath();
+    if (root.isEmpty() || !QFileInfo(root).isDir())
+        return;
+    QDesktopServices::openUrl(QUrl::fromLocalFile(root));
+}
+
+void MainWindow::SlotRowHeightEnlarge()
+{
+    manager->SetRowHeight(manager->GetRowHeight() + kRowHeightStep);
+}
+
+void MainWindow::SlotRowHeightShrink()
+{
+    manager->SetRowHeight(qMax(manager->GetRowHeight() - kRowHeightStep, kMinRowHeight));
+}
+
+void MainWindow::SlotRowHeightDefault()
+{
+    manager->SetRowHeight(kDefaultRowHeight);
+}
+
+void MainWindow::SlotSeekForward()
+{
+    manager->SeekPlayback(false);
+}
+
+void MainWindow::SlotSeekBackward()
+{
+    manager->SeekPlayback(true);
+}
+
+void MainWindow::SlotBookmarkAddMenuSelected()
+{
+    askBookmarkName();
+}
+
+void MainWindow::SlotBookmarkDeleteMenuSelected()
+{
+    manager->RemoveBookmark();
+}
+
+void MainWindow::SlotMenuQuit()
+{
+    close();
+}
+
+void MainWindow::SlotMenuAbout()
+{
+    QMessageBox::about(this, QStringLiteral("About"),
+                       QStringLiteral("Tesk Ver %1").arg(manager->GetVersion()));
+}

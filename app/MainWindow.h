@@ -1,0 +1,68 @@
+#pragma once
+
+#include "TeskManager.h"
+
+#include <QMainWindow>
+
+class MenuBar;
+class QLabel;
+class QShortcut;
+class QSplitter;
+class QTimer;
+
+// The single top-level window: owns the manager, the menu bar and the five
+// browser widgets, lays them out and wires them, and carries the slots that
+// need a parent window. Saves the settings when destroyed.
+class MainWindow final : public QMainWindow
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(MainWindow)
+
+public:
+    explicit MainWindow(QWidget* parent = nullptr);
+    ~MainWindow() override;
+
+    TeskManager* GetManager() const { return manager; }
+    QSplitter* GetSplitter() const { return splitter; }
+    QLabel* GetStatusLabel() const { return statusLabel; }
+
+public slots:
+    void SlotSetWaitCursor();
+    void SlotRestoreCursor();
+    void SlotSetStatusMessage(QString msg);
+    void SlotShowDialog(QString title, QString msg);
+    void SlotSetMainWindowGeometry(int left, int top, int wid, int hgt);
+    void SlotOpenParentDirByExplorer(QString filePath);
+    void SlotChangeBookmarkCalled(bool flag);
+    void SlotSelectFromAction();
+    void SlotSelectFromBookmark();
+    void SlotOpenRootByExplorer();
+    void SlotRowHeightEnlarge();
+    void SlotRowHeightShrink();
+    void SlotRowHeightDefault();
+    void SlotSeekForward();
+    void SlotSeekBackward();
+    void SlotBookmarkAddMenuSelected();
+    void SlotBookmarkDeleteMenuSelected();
+    void SlotMenuQuit();
+    void SlotMenuAbout();
+
+private:
+    void setupForm();
+    void askBookmarkName();
+
+    // Constructed first: the menu bar and the widgets connect to it.
+    TeskManager* manager;
+    MenuBar* menuBarWidget = nullptr;
+    // Plain placeholders holding the places of the browser widgets, which are
+    // built in the views and playback libraries; each is replaced by the real
+    // widget, with its wiring, when that lands.
+    QWidget* widgetRootPath = nullptr;
+    QWidget* widgetPlayer = nullptr;
+    QWidget* widgetSearch = nullptr;
+    QWidget* widgetTreeBrowser = nullptr;
+    QWidget* widgetTableBrowser = nullptr;
+    QSplitter* splitter = nullptr;
+    QLabel* statusLabel = nullptr;
+    QShortcut* searchShortcut = nullptr;
+};

@@ -1,0 +1,197 @@
+#include "MenuBar.h"
+
+#include "KrokManager.h"
+#include "MainWindow.h"
+#include "TeskManager.h"
+
+#include <QMenu>
+
+MenuBar::MenuBar(MainWindow* parentWindow, TeskManager* teskManager)
+    : QMenuBar(parentWindow)
+    , window(parentWindow)
+    , manager(teskManager)
+{
+    buildFolderMenu();
+    buildViewMenu();
+    buildPreviewMenu();
+    buildBookmarkMenu();
+    buildHelpMenu();
+}
+
+void MenuBar::buildFolderMenu()
+{
+    QMenu* menu = addMenu(tr("Folder"));
+    connect(menu, &QMenu::aboutToShow, this, &MenuBar::fileMenuOpening);
+    recentMenu = menu->addMenu(tr("Recently viewed folders"));
+    for (int i = 0; i < kRecentActionCount; ++i) {
+        QAction* action = recentMenu->addAction(QString());
+        action->setVisible(false);
+        connect(action, &QAction::triggered, window, &MainWindow::SlotSelectFromAction);
+        recentActions.append(action);
+    }
+    menu->addSeparator();
+    QAction* explorer = menu->addAction(tr("Show in Explorer"));
+    explorer->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O));
+    connect(explorer, &QAction::triggered, window, &MainWindow::SlotOpenRootByExplorer);
+    menu->addSeparator();
+    QAction* exit = menu->addAction(tr("Exit"));
+    exit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    connect(exit, &QAction::triggered, window, &MainWindow::SlotMenuQuit);
+}
+
+void MenuBar::buildViewMenu()
+{
+    QMenu* menu = addMenu(tr("View"));
+    auto checkable = [menu](const QString& text) {
+        QAction* action = menu->addAction(text);
+        action->setCheckable(true);
+        return action;
+    };
+    actionRecursive = checkable(tr("Display files in subfolders as well"));
+    connect(actionRecursive, &QAction::toggled, manager, &TeskManager::SlotChangeRecursiveCalled);
+    connect(manager, &TeskManager::SigRecursiveChanged, actionRecursive, &QAction::setChecked);
+
+    QMenu* rowHeight = menu->addMenu(tr("Row Height"));
+    QAction* enlarge = rowHeight->addAction(tr("Enlarge"));
+    enlarge->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Plus));
+    connect(enlarge, &QAction::triggered, window, &MainWindow::SlotRowHeightEnlarge);
+    QAction* shrink = rowHeight->addAction(tr("Shrink"));
+    shrink->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Minus));
+    connect(shrink, &QAction::triggered, window, &MainWindow::SlotRowHeightShrink);
+    QAction* reset = rowHeight->addAction(tr("Reset to Default Settings"));
+    reset->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_0));
+    connect(reset, &QAction::triggered, window, &MainWindow::SlotRowHeightDefault);
+
+    actionLoudness = checkable(tr("Analyze Loudness values"));
+    connect(actionLoudness, &QAction::toggled, manager, &TeskManager::SlotChangeLoudnessCalled);
+    connect(manager, &TeskManager::SigLoudnessChanged, actionLoudness, &QAction::setChecked);
+    actionVoltMode = checkable(tr("Display Loudness value of mono audio with raising 3dB"));
+    connect(actionVoltMode, &QAction::toggled, manager,
+            &TeskManager::SlotChangeLoudnessVoltModeCalled);
+    connect(manager, &TeskManager::SigLoudnessVoltModeChanged, actionVoltMode,
+            &QAction::setChecked);
+    actionMultiPlot = checkable(tr("Display multi-channel plots"));
+    connect(actionMultiPlot, &QAction::toggled, manager, &TeskManager::SlotChangeMultiPlotCalled);
+    connect(manager, &TeskManager::SigMultiPlotChanged, actionMultiPlot, &QAction::setChecked);
+    actionShowHidden = checkable(tr("Show hidden files and folders"));
+    connect(actionShowHidden, &QAction::toggled, manager,
+            &TeskManager::SlotChangeShowHiddensCalled);
+    connect(manager, &TeskManager::SigShowHiddensFlagChanged, actionShowHidden,
+            &QAction::setChecked);
+}
+
+void MenuBar::buildPreviewMenu()
+{
+    QMenu* menu = addMenu(tr("Preview"));
+    connect(menu, &QMenu::aboutToShow, this, &MenuBar::previewMenuOpening);
+    connect(menu, &QMenu::aboutToHide, this, &MenuBar::previewMenuClosing);
+    // Single keys without modifier, on purpose: the preview keys sit under the left hand.
+    QAction* stop = menu->addAction(tr("Stop"));
+    stop->setShortcut(QKeySequence(Qt::Key_Escape));
+    connect(stop, &QAction::triggered, manager, &TeskManager::SlotStopPlaybackCalled);
+    actionSeekForward = menu->addAction(tr("Seek forward"));
+    actionSeekForward->setShortcut(QKeySequence(Qt::Key_T));
+    connect(actionSeekForward, &QAction::triggered, window, &MainWindow::SlotSeekForward);
+    actionSeekBackward = menu->addAction(tr("Seek backward"));
+    actionSeekBackward->setShortcut(QKeySequence(Qt::Key_R));
+    connect(actionSeekBackward, &QAction::triggered, window, &MainWindow::SlotSeekBackward);
+    actionAutoPlayback = menu->addAction(tr("Play selected tracks"));
+    actionAutoPlayback->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_S));
+    actionAutoPlayback->setCheckable(true);
+    actionAutoPlayback->setChecked(true);
+    connect(actionAutoPlayback, &QAction::toggled, manager,
+            &TeskManager::SlotChangeAutoPlaybackFlagCalled);
+    connect(manager, &TeskManager::SigAutoPlaybackFlagChanged, actionAutoPlayback,
+            &QAction::setChecked);
+    actionPlaylist = menu->addAction(tr("Enable Playlist Playback"));
+    actionPlaylist->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_P));
+    actionPlaylist->setCheckable(true);
+    connect(actionPlaylist, &QAction::toggled, manager, &TeskManager::SlotChangePlaylistFlagCalled);
+    connect(manager, &TeskManager::SigPlaylistFlagChanged, actionPlaylist, &QAction::setChecked);
+}
+
+void MenuBar::buildBookmarkMenu()
+{
+    bookmarkMenu = addMenu(tr("Bookmark"));
+    connect(bookmarkMenu, &QMenu::aboutToShow, this, &MenuBar::updateBookmarkMenu);
+    actionBookmarkAdd = bookmarkMenu->addAction(tr("Add to Bookmarks"));
+    actionBookmarkAdd->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_D));
+    actionBookmarkAdd->setEnabled(false);
+    connect(actionBookmarkAdd, &QAction::triggered, window,
+            &MainWindow::SlotBookmarkAddMenuSelected);
+    actionBookmarkDelete = bookmarkMenu->addAction(tr("Delete Bookmarks"));
+    actionBookmarkDelete->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_D));
+    actionBookmarkDelete->setEnabled(false);
+    connect(actionBookmarkDelete, &QAction::triggered, window,
+            &MainWindow::SlotBookmarkDeleteMenuSelected);
+    bookmarkSeparator = bookmarkMenu->addSeparator();
+    bookmarkSeparator->setVisible(false);
+    connect(manager, &TeskManager::SigCurrentDirBookmarkChanged, this,
+            &MenuBar::BookMarkStateUpdated);
+}
+
+void MenuBar::buildHelpMenu()
+{
+    QMenu* menu = addMenu(tr("Help"));
+    QAction* about = menu->addAction(tr("About Tesk"));
+    connect(about, &QAction::triggered, window, &MainWindow::SlotMenuAbout);
+}
+
+void MenuBar::InitState()
+{
+    BookMarkStateUpdated(manager->IsRootBookmarked());
+}
+
+void MenuBar::BookMarkStateUpdated(bool bookmarked)
+{
+    actionBookmarkAdd->setEnabled(!bookmarked);
+    actionBookmarkDelete->setEnabled(bookmarked);
+}
+
+void MenuBar::fileMenuOpening()
+{
+    const QStringList recent = manager->GetRecentFolders();
+    recentMenu->setEnabled(!recent.isEmpty());
+    for (int i = 0; i < recentActions.size(); ++i) {
+        QAction* action = recentActions.at(i);
+        if (i < recent.size()) {
+            action->setText(recent.at(i));
+            action->setVisible(true);
+        } else {
+            action->setVisible(false);
+        }
+    }
+}
+
+void MenuBar::previewMenuOpening()
+{
+    const bool playing = manager->GetKrokManager()->IsPlaying();
+    actionSeekForward->setEnabled(playing);
+    actionSeekBackward->setEnabled(playing);
+}
+
+void MenuBar::previewMenuClosing()
+{
+    // T and R keep seeking while the menu is closed.
+    actionSeekForward->setEnabled(true);
+    actionSeekBackward->setEnabled(true);
+}
+
+void MenuBar::updateBookmarkMenu()
+{
+    const BookmarkList bookmarks = manager->GetBookmarks();
+    bookmarkSeparator->setVisible(!bookmarks.isEmpty());
+    for (int i = 0; i < bookmarks.size(); ++i) {
+        if (i >= bookmarkActions.size()) {
+            QAction* action = bookmarkMenu->addAction(QString());
+            connect(action, &QAction::triggered, window, &MainWindow::SlotSelectFromBookmark);
+            bookmarkActions.append(action);
+        }
+        QAction* action = bookmarkActions.at(i);
+        action->setText(bookmarks.at(i).name);
+        action->setData(bookmarks.at(i).path);
+        action->setVisible(true);
+    }
+    for (int i = bookmarks.size(); i < bookmarkActions.size(); ++i)
+        bookmarkActions.at(i)->setVisible(false);
+}

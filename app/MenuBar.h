@@ -1,0 +1,60 @@
+#pragma once
+
+#include <QList>
+#include <QMenuBar>
+
+class MainWindow;
+class QAction;
+class TeskManager;
+
+// The window's menus. Keeps the checkable entries in step with the manager's
+// flags and routes each entry to a main-window slot or a manager slot.
+class MenuBar final : public QMenuBar
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(MenuBar)
+
+public:
+    MenuBar(MainWindow* window, TeskManager* manager);
+
+    // Called once the stored settings are applied.
+    void InitState();
+
+    static constexpr int kRecentActionCount = 10;
+
+public slots:
+    void BookMarkStateUpdated(bool bookmarked);
+
+private slots:
+    void fileMenuOpening();
+    void previewMenuOpening();
+    void previewMenuClosing();
+    void updateBookmarkMenu();
+
+private:
+    void buildFolderMenu();
+    void buildViewMenu();
+    void buildPreviewMenu();
+    void buildBookmarkMenu();
+    void buildHelpMenu();
+
+    MainWindow* window;
+    TeskManager* manager;
+
+    QMenu* recentMenu = nullptr;
+    QList<QAction*> recentActions;
+    QAction* actionRecursive = nullptr;
+    QAction* actionLoudness = nullptr;
+    QAction* actionVoltMode = nullptr;
+    QAction* actionMultiPlot = nullptr;
+    QAction* actionShowHidden = nullptr;
+    QAction* actionSeekForward = nullptr;
+    QAction* actionSeekBackward = nullptr;
+    QAction* actionAutoPlayback = nullptr;
+    QAction* actionPlaylist = nullptr;
+    QMenu* bookmarkMenu = nullptr;
+    QAction* actionBookmarkAdd = nullptr;
+    QAction* actionBookmarkDelete = nullptr;
+    QAction* bookmarkSeparator = nullptr;
+    QList<QAction*> bookmarkActions;
+};
