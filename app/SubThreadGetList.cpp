@@ -40,10 +40,11 @@ bool SubThreadGetList::isCancelRequested()
 
 void SubThreadGetList::run()
 {
-    const QList<QString> list =
-        ListAudioFiles(rootPath, recursive, showHidden, [this] { return isCancelRequested(); });
+    bool wasCancelled = false;
+    const QList<QString> list = ListAudioFiles(
+        rootPath, recursive, showHidden, [this] { return isCancelRequested(); }, &wasCancelled);
     // A cancelled walk hands back a partial list; it must not reach the table.
-    if (isCancelRequested())
+    if (wasCancelled)
         return;
     emit SigFileListCreated(list);
 }

@@ -1,0 +1,236 @@
+#pragma once
+
+// Builders for the WAV and AIFF files the analysis tests feed to the reader.
+// Written from the file-format descriptions, independently of the reader.
+
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace fixtures {
+
+using Bytes = std::vector<unsigned char>;
+
+inline void putLe16(Bytes& b, std::uint32_t v)
+{
+    b.push_back(v & 0xff);
+    b.push_back((v >> 8) & 0xff);
+}
+inline void putLe32(Bytes& b, std::uint32_t v)
+{
+    putLe16(b, v & 0xffff);
+    putLe16(b, v >> 16);
+}
+inline void putBe16(Bytes& b, std::uint32_t v)
+{
+    b.push_back((v >> 8) & 0xff);
+    b.push_back(v & 0xff);
+}
+inline void putBe32(Bytes& b, std::uint32_t v)
+{
+    putBe16(b, v >> 16);
+    putBe16(b, v & 0xffff);
+}
+inline void putId(Bytes& b, const char* id)
+{
+    b.insert(b.end(), id, id + 4);
+}
+inline void append(Bytes& b, const Bytes& more)
+{
+    b.insert(b.end(), more.begin(), more.end());
+}
+
+// One chunk; pad adds the byte that keeps the next chunk on an even offset.
+inline Bytes chunk(const char* id, const Bytes& body, bool bigEndian = false, bool pad = true)
+{
+    Bytes b;
+    putId(b, id);
+    if (bigEndian)
+        putBe32(b, static_cast<std::uint32_t>(body.size()));
+    else
+        putLe32(b, static_cast<std::uint32_t>(body.size()));
+    append(b, body);
+    if (pad && (body.size() & 1))
+        b.push_back(0);
+    return b;
+}
+
+inline Bytes fmtBody(int tag, int channels, int rate, int bits)
+{
+    Bytes b;
+    const int blockAlign = channels * ((bits + 7) / 8);
+    putLe16(b, tag);
+    putLe16(b, channels);
+    putLe32(b, rate);
+    putLe32(b, rate * blockAlign);
+    putLe16(b, blockAlign);
+    putLe16(b, bits);
+    return b;
+}
+
+// WAVE_FORMAT_EXTENSIBLE with the KSDATAFORMAT GUID of the given sub-format.
+inline Bytes fmtExtensible(int channels, int rate, int containerBits, int validBits, int subFormat,
+                           bool goodGuid = true)
+{
+    Bytes b;
+    const int blockAlign = channels * containerBits / 8;
+    putLe16(b, 0xFFFE);
+    putLe16(b, channels);
+    putLe32(b, rate);
+    putLe32(b, rate * blockAlign);
+    putLe16(b, blockAlign);
+    putLe16(b, containerBits);
+    putLe16(b, 22);
+    putLe16(b, validBits);
+    putLe32(b, channels == 2 ? 3 : 4);
+    putLe16(b, subFormat);
+    const unsigned char tail[14] = {0x00, 0x00, 0x00, 0x00, 0x10, 0x00, 0x80,
+                                    0x00, 0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71};
+    b.insert(b.end(), tail, tail + 14);
+    if (!goodGuid)
+        b.back() ^= 1;
+    return b;
+}
+
+// RIFF/WAVE around the chunks; sizeDelta shifts the stated RIFF size.
+inline Bytes riff(const std::vector<Bytes>& chunks, long sizeDelta = 0)
+{
+    Bytes body;
+    putId(body, "WAVE");
+    for (const Bytes& c : chunks)
+        append(body, c);
+    Bytes b;
+    putId(b, "RIFF");
+    putLe32(b, static_cast<std::uint32_t>(static_cast<long>(body.size()) + sizeDelta));
+    append(b, body);
+    return b;
+}
+
+inline Bytes pcm16(const std::vector<int>& values)
+{
+    Bytes b;
+    for (const int v : values)
+        putLe16(b, static_cast<std::uint16_t>(static_cast<std::int16_t>(v)));
+    return b;
+}
+
+inline Bytes wav16(int channels, int rate, const std::vector<int>& interleaved)
+{
+    return riff({chunk("fmt ", fmtBody(1, channels, rate, 16)), chunk("data", pcm16(interleaved))});
+}
+
+inline Bytes cueBody(std::uint32_t statedCount, std::uint32_t writtenCount,
+                     std::uint32_t positionBase = 0, std::uint32_t offsetBase = 0)
+{
+    Bytes b;
+    putLe32(b, statedCount);
+    for (std::uint32_t i = 0; i < writtenCount; ++i) {
+        putLe32(b, i + 1);                 // ID
+        putLe32(b, positionBase + i * 10); // play-order position
+        putId(b, "data");
+        putLe32(b, 0);
+        putLe32(b, 0);
+        putLe32(b, offsetBase + i * 10); // sample offset
+    }
+    return b;
+}
+
+struct Loop
+{
+    std::uint32_t start;
+    std::uint32_t endInclusive;
+};
+
+inline Bytes smplBody(std::uint32_t statedCount, const std::vector<Loop>& loops)
+{
+    Bytes b;
+    for (int i = 0; i < 3; ++i)
+        putLe32(b, 0); // manufacturer, product, sample period
+    putLe32(b, 60);    // MIDI unity note
+    for (int i = 0; i < 3; ++i)
+        putLe32(b, 0); // pitch fraction, SMPTE format, SMPTE offset
+    putLe32(b, statedCount);
+    putLe32(b, 0); // sampler data
+    for (std::size_t i = 0; i < loops.size(); ++i) {
+        putLe32(b, static_cast<std::uint32_t>(i));
+        putLe32(b, 0);
+        putLe32(b, loops[i].start);
+        putLe32(b, loops[i].endInclusive);
+        putLe32(b, 0);
+        putLe32(b, 0);
+    }
+    return b;
+}
+
+// 80-bit IEEE extended encoding of a positive integer rate.
+inline Bytes extended(std::uint32_t rate)
+{
+    Bytes b;
+    int top = 31;
+    while (top > 0 && !(rate & (1u << top)))
+        --top;
+    putBe16(b, rate ? 16383 + top : 0);
+    const std::uint64_t mantissa = static_cast<std::uint64_t>(rate) << (63 - top);
+    putBe32(b, static_cast<std::uint32_t>(mantissa >> 32));
+    putBe32(b, static_cast<std::uint32_t>(mantissa));
+    return b;
+}
+
+inline Bytes commBody(int channels, std::uint32_t frames, int bits, std::uint32_t rate)
+{
+    Bytes b;
+    putBe16(b, channels);
+    putBe32(b, frames);
+    putBe16(b, bits);
+    append(b, extended(rate));
+    return b;
+}
+
+inline Bytes ssndBody(const Bytes& data)
+{
+    Bytes b;
+    putBe32(b, 0);
+    putBe32(b, 0);
+    append(b, data);
+    return b;
+}
+
+inline Bytes form(const char* type, const std::vector<Bytes>& chunks)
+{
+    Bytes body;
+    putId(body, type);
+    for (const Bytes& c : chunks)
+        append(body, c);
+    Bytes b;
+    putId(b, "FORM");
+    putBe32(b, static_cast<std::uint32_t>(body.size()));
+    append(b, body);
+    return b;
+}
+
+inline Bytes aiff16(int channels, std::uint32_t rate, const std::vector<int>& interleaved)
+{
+    Bytes data;
+    for (const int v : interleaved)
+        putBe16(data, static_cast<std::uint16_t>(static_cast<std::int16_t>(v)));
+    return form("AIFF",
+                {chunk("COMM",
+                       commBody(channels, static_cast<std::uint32_t>(interleaved.size() / channels),
+                                16, rate),
+                       true),
+                 chunk("SSND", ssndBody(data), true)});
+}
+
+inline bool writeFile(const std::string& path, const Bytes& bytes)
+{
+    std::FILE* f = std::fopen(path.c_str(), "wb");
+    if (!f)
+        return false;
+    const bool ok = std::fwrite(bytes.data(), 1, bytes.size(), f) == bytes.size();
+    return std::fclose(f) == 0 && ok;
+}
+
+} // namespace fixtures

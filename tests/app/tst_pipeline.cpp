@@ -1,0 +1,389 @@
+// Drives the real manager, workers and analysis registry over generated folders.
+#include "KrokManager.h"
+#include "SubThreadGetDetail.h"
+#include "TeskManager.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtEndian>
+#include <QtTest>
+
+#include <cmath>
+
+namespace {
+
+const QString kDone = QStringLiteral("Completed acquiring analyzed data");
+
+// A 16-bit PCM WAV of a sine at -12 dBFS.
+bool WriteWav(const QString& path, int rate, int channels, int frames)
+{
+    QFile f(path);
+    if (!f.open(QIODevice::WriteOnly))
+        return false;
+    const quint32 dataBytes = quint32(frames) * quint32(channels) * 2;
+    QByteArray head;
+    auto u32 = [&head](quint32 v) {
+        const quint32 le = qToLittleEndian(v);
+        head.append(reinterpret_cast<const char*>(&le), 4);
+    };
+    auto u16 = [&head](quint16 v) {
+        const quint16 le = qToLittleEndian(v);
+        head.append(reinterpret_cast<const char*>(&le), 2);
+    };
+    head.append("RIFF", 4);
+    u32(36 + dataBytes);
+    head.append("WAVEfmt ", 8);
+    u32(16);
+    u16(1);
+    u16(quint16(channels));
+    u32(quint32(rate));
+    u32(quint32(rate * channels * 2));
+    u16(quint16(channels * 2));
+    u16(16);
+    head.append("data", 4);
+    u32(dataBytes);
+    f.write(head);
+    QByteArray data(int(dataBytes), Qt::Uninitialized);
+    auto* samples = reinterpret_cast<qint16*>(data.data());
+    for (int i = 0; i < frames; ++i) {
+        const auto v = qint16(8192.0 * std::sin(2.0 * M_PI * 997.0 * i / rate));
+        for (int c = 0; c < channels; ++c)
+            samples[i * channels + c] = qToLittleEndian(v);
+    }
+    return f.write(data) == data.size();
+}
+
+QStringList StatusTexts(const QSignalSpy& spy)
+{
+    QStringList texts;
+    for (const QList<QVariant>& args : spy)
+        texts << args.at(0).toString();
+    return texts;
+}
+
+QList<QPair<int, int>> Ranges(const QSignalSpy& spy)
+{
+    QList<QPair<int, int>> ranges;
+    for (const QList<QVariant>& args : spy)
+        ranges.append({args.at(0).toInt(), args.at(1).toInt()});
+    return ranges;
+}
+
+// True when the ranges run 0..n-1 in order, each row exactly once.
+bool CoversExactlyOnce(const QList<QPair<int, int>>& ranges, int n)
+{
+    int next = 0;
+    for (const auto& r : ranges) {
+        if (r.first != next || r.second < r.first)
+            return false;
+        next = r.second + 1;
+    }
+    return next == n;
+}
+
+QSet<QString> AsSet(const QStringList& list)
+{
+    return QSet<QString>(list.begin(), list.end());
+}
+
+} // namespace
+
+class TestPipeline : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir configDir;
+    QTemporaryDir data;
+
+    QString makeFolder(const QString& name, int files, int frames = 4800)
+    {
+        const QString folder = data.filePath(name);
+        QDir().mkpath(folder);
+        for (int i = 0; i < files; ++i)
+            WriteWav(QStringLiteral("%1/take%2.wav").arg(folder).arg(i), 48000, 1, frames);
+        return folder;
+    }
+
+    static QStringList listOf(const QString& folder)
+    {
+        QStringList paths;
+        for (const QFileInfo& fi :
+             QDir(folder).entryInfoList({QStringLiteral("*.wav")}, QDir::Files))
+            paths << fi.absoluteFilePath();
+        return paths;
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(configDir.isValid());
+        QVERIFY(data.isValid());
+        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, configDir.path());
+    }
+
+    void fullRunEndsCompleted()
+    {
+        const QString root = makeFolder(QStringLiteral("full"), 6);
+        QFile junk(root + QStringLiteral("/readme.txt"));
+        QVERIFY(junk.open(QIODevice::WriteOnly));
+        junk.close();
+
+        TeskManager manager;
+        QSignalSpy status(&manager, &TeskManager::SigSetStatusMessage);
+        QSignalSpy lists(&manager, &TeskManager::SigFilePathListAcquired);
+        QSignalSpy ranges(&manager, &TeskManager::SigAnalyzedInfoAcquired);
+        QSignalSpy ends(&manager, &TeskManager::SigEndGetDetailInfo);
+        QSignalSpy searches(&manager, &TeskManager::SigSearchExecute);
+        QSignalSpy roots(&manager, &TeskManager::SigRootPathChanged);
+
+        manager.SlotChangeRootPathCalled(root);
+        QTRY_COMPARE_WITH_TIMEOUT(ends.count(), 1, 30000);
+        QCOMPARE(StatusTexts(status).last(), kDone);
+        QCOMPARE(roots.count(), 1);
+        QCOMPARE(roots.first().at(0).toString(), root);
+
+        QCOMPARE(lists.count(), 1);
+        const QStringList listed = lists.first().at(0).value<QList<QString>>();
+        QCOMPARE(AsSet(listed), AsSet(listOf(root)));
+        QCOMPARE(manager.GetTotalFileCount(), 6);
+        QVERIFY(CoversExactlyOnce(Ranges(ranges), 6));
+        for (const QString& path : listed)
+            QVERIFY(manager.GetKrokManager()->IsAnalyzed(path));
+        QCOMPARE(searches.count(), 1);
+
+        const QStringList texts = StatusTexts(status);
+        const QStringList expectedOrder{
+            QStringLiteral("Retrieving file list"),
+            QStringLiteral("Completed file list acquisition. System is registering files to "
+                           "Analysis Library..."),
+            QStringLiteral(
+                "Completed adding files to Analysis Library  Waiting for analyzed data..."),
+            kDone};
+        int at = -1;
+        for (const QString& text : expectedOrder) {
+            const int found = texts.indexOf(text, at + 1);
+            QVERIFY2(found > at, qPrintable(text));
+            at = found;
+        }
+        const auto lastRange = Ranges(ranges).last();
+        QVERIFY(texts.contains(
+            QStringLiteral("Completed data analysis from %1 to 6 of 6").arg(lastRange.first + 1)));
+        QCOMPARE(manager.GetRecentFolders(), QStringList{root});
+    }
+
+    void emptyFolder()
+    {
+        const QString root = makeFolder(QStringLiteral("empty"), 0);
+        TeskManager manager;
+        QSignalSpy status(&manager, &TeskManager::SigSetStatusMessage);
+        QSignalSpy lists(&manager, &TeskManager::SigFilePathListAcquired);
+        QSignalSpy ranges(&manager, &TeskManager::SigAnalyzedInfoAcquired);
+        QSignalSpy ends(&manager, &TeskManager::SigEndGetDetailInfo);
+        manager.SlotChangeRootPathCalled(root);
+        QTRY_COMPARE_WITH_TIMEOUT(ends.count(), 1, 10000);
+        QCOMPARE(lists.count(), 1);
+        QVERIFY(lists.first().at(0).value<QList<QString>>().isEmpty());
+        QCOMPARE(ranges.count(), 0);
+        QCOMPARE(StatusTexts(status).last(), kDone);
+    }
+
+    void missingRootStartsNothing()
+    {
+        TeskManager manager;
+        QSignalSpy status(&manager, &TeskManager::SigSetStatusMessage);
+        QSignalSpy roots(&manager, &TeskManager::SigRootPathChanged);
+        QSignalSpy marks(&manager, &TeskManager::SigCurrentDirBookmarkChanged);
+        manager.SlotChangeRootPathCalled(data.filePath(QStringLiteral("nowhere")));
+        QCOMPARE(roots.count(), 1);
+        QCOMPARE(marks.count(), 1);
+        QTest::qWait(50);
+        QCOMPARE(status.count(), 0);
+    }
+
+    void rootChangedTwiceDuringListing()
+    {
+        const QString a = makeFolder(QStringLiteral("twiceA"), 3);
+        const QString b = makeFolder(QStringLiteral("twiceB"), 4);
+        const QString c = makeFolder(QStringLiteral("twiceC"), 5);
+        TeskManager manager;
+        QSignalSpy status(&manager, &TeskManager::SigSetStatusMessage);
+        QSignalSpy lists(&manager, &TeskManager::SigFilePathListAcquired);
+        QSignalSpy ends(&manager, &TeskManager::SigEndGetDetailInfo);
+
+        // No event is processed between the calls, so the first walk cannot
+        // have been delivered: it is still running when the second request comes.
+        manager.SlotChangeRootPathCalled(a);
+        manager.SlotChangeRootPathCalled(b);
+        manager.SlotChangeRootPathCalled(c);
+        QVERIFY(manager.IsListCancelPending());
+        QCOMPARE(manager.GetRootPath(), c);
+
+        QTRY_VERIFY_WITH_TIMEOUT(!lists.isEmpty() &&
+                                     AsSet(lists.last().at(0).value<QList<QString>>()) ==
+                                         AsSet(listOf(c)),
+                                 30000);
+        QTRY_VERIFY_WITH_TIMEOUT(StatusTexts(status).last() == kDone, 30000);
+        const QStringList texts = StatusTexts(status);
+        QCOMPARE(texts.count(QStringLiteral("Cancel file list acquisition")), 1);
+        // b was never listed: its request came while the cancel was pending.
+        for (const QList<QVariant>& args : lists)
+            QVERIFY(AsSet(args.at(0).value<QList<QString>>()) != AsSet(listOf(b)));
+        QVERIFY(!manager.IsListCancelPending());
+        QVERIFY(!manager.IsDetailCancelPending());
+        QCOMPARE(manager.GetRecentFolders(), (QStringList{c, b, a}));
+        QVERIFY(!ends.isEmpty());
+    }
+
+    void cancelDuringAnalysisRestarts()
+    {
+        // Enough seconds of audio with loudness on that the analysis is still
+        // running when the root changes.
+        const QString slow = makeFolder(QStringLiteral("slowRoot"), 8, 48000 * 60);
+        const QString next = makeFolder(QStringLiteral("nextRoot"), 2);
+        TeskManager manager;
+        manager.SlotChangeLoudnessCalled(true);
+        QSignalSpy status(&manager, &TeskManager::SigSetStatusMessage);
+        QSignalSpy lists(&manager, &TeskManager::SigFilePathListAcquired);
+        QSignalSpy ends(&manager, &TeskManager::SigEndGetDetailInfo);
+
+        manager.SlotChangeRootPathCalled(slow);
+        QTRY_COMPARE_WITH_TIMEOUT(lists.count(), 1, 30000);
+        manager.SlotChangeRootPathCalled(next);
+        QVERIFY(manager.IsDetailCancelPending());
+        QTRY_COMPARE_WITH_TIMEOUT(lists.count(), 2, 60000);
+        QCOMPARE(AsSet(lists.last().at(0).value<QList<QString>>()), AsSet(listOf(next)));
+        QTRY_COMPARE_WITH_TIMEOUT(StatusTexts(status).last(), kDone, 30000);
+        QCOMPARE(ends.count(), 1);
+
+        const QStringList texts = StatusTexts(status);
+        const int cancel = texts.indexOf(QStringLiteral("Cancel to acquire analyzed data"));
+        QVERIFY(cancel >= 0);
+        QVERIFY(texts.indexOf(QStringLiteral("Retrieving file list"), cancel) > cancel);
+        // The cancelled pass left the slow folder partly analysed.
+        int analysed = 0;
+        for (const QString& path : listOf(slow))
+            analysed += manager.GetKrokManager()->IsAnalyzed(path) ? 1 : 0;
+        QVERIFY(analysed < 8);
+    }
+
+    void selectedFilesUpdateOnlyThose()
+    {
+        const QString root = makeFolder(QStringLiteral("update"), 4);
+        const QStringList files = listOf(root);
+        TeskManager manager;
+        QSignalSpy status(&manager, &TeskManager::SigSetStatusMessage);
+        QSignalSpy ranges(&manager, &TeskManager::SigAnalyzedInfoAcquired);
+        QSignalSpy ends(&manager, &TeskManager::SigEndGetDetailInfo);
+        manager.SlotChangeRootPathCalled(root);
+        QTRY_COMPARE_WITH_TIMEOUT(ends.count(), 1, 30000);
+        KrokManager* registry = manager.GetKrokManager();
+        QCOMPARE(registry->GetFileInfo(files.at(1)).samplingRate, 48000);
+
+        // Both files change on disk; only the first is asked for.
+        QVERIFY(WriteWav(files.at(1), 44100, 2, 4410));
+        QVERIFY(WriteWav(files.at(2), 22050, 2, 2205));
+        ranges.clear();
+        status.clear();
+        manager.SlotSelectedFileUpdateCalled({files.at(1)});
+        QTRY_COMPARE_WITH_TIMEOUT(ends.count(), 2, 30000);
+        QCOMPARE(StatusTexts(status).first(), QStringLiteral("Updating information"));
+        QCOMPARE(StatusTexts(status).last(), kDone);
+        QCOMPARE(Ranges(ranges), (QList<QPair<int, int>>{{0, 0}}));
+        QCOMPARE(registry->GetFileInfo(files.at(1)).samplingRate, 44100);
+        QCOMPARE(registry->GetFileInfo(files.at(1)).channels, 2);
+        QCOMPARE(registry->GetFileInfo(files.at(2)).samplingRate, 48000);
+        QVERIFY(manager.GetPendingUpdateFiles().isEmpty());
+
+        manager.SlotSelectedFileUpdateCalled({});
+        QTest::qWait(20);
+        QCOMPARE(ends.count(), 2);
+    }
+
+    void rangesCoverManyRowsOnce()
+    {
+        const QString root = makeFolder(QStringLiteral("many"), 400, 480);
+        TeskManager manager;
+        QSignalSpy ranges(&manager, &TeskManager::SigAnalyzedInfoAcquired);
+        QSignalSpy ends(&manager, &TeskManager::SigEndGetDetailInfo);
+        manager.SlotChangeRootPathCalled(root);
+        QTRY_COMPARE_WITH_TIMEOUT(ends.count(), 1, 60000);
+        QVERIFY(CoversExactlyOnce(Ranges(ranges), 400));
+
+        // A second visit finds everything analysed and reports at once.
+        ranges.clear();
+        manager.SlotChangeRootPathCalled(root);
+        QTRY_COMPARE_WITH_TIMEOUT(ends.count(), 2, 60000);
+        QCOMPARE(Ranges(ranges), (QList<QPair<int, int>>{{0, 399}}));
+    }
+
+    void slowFileMakesRangeOfOne()
+    {
+        // Loudness over ten minutes of audio takes well over the 250 ms budget.
+        const QString folder = data.filePath(QStringLiteral("slowOne"));
+        QDir().mkpath(folder);
+        const QString slowFile = folder + QStringLiteral("/long.wav");
+        QVERIFY(WriteWav(slowFile, 48000, 2, 48000 * 600));
+        QStringList list{slowFile};
+        for (int i = 0; i < 3; ++i) {
+            list << QStringLiteral("%1/short%2.wav").arg(folder).arg(i);
+            QVERIFY(WriteWav(list.last(), 48000, 1, 480));
+        }
+
+        KrokManager registry;
+        registry.Initialize();
+        registry.SetLoudnessEnabled(true);
+        SubThreadGetDetail worker(&registry);
+        QSignalSpy ranges(&worker, &SubThreadGetDetail::SigAnalyzedInfoAcquired);
+        QSignalSpy ends(&worker, &SubThreadGetDetail::SigEndGetDetailInfo);
+        QElapsedTimer clock;
+        clock.start();
+        worker.start(list);
+        QVERIFY(worker.wait(120000));
+        QVERIFY2(clock.elapsed() > SubThreadGetDetail::kRangeBudgetMs,
+                 "the long file must really take longer than one range");
+        QCOMPARE(Ranges(ranges), (QList<QPair<int, int>>{{0, 0}, {1, 3}}));
+        QCOMPARE(ends.count(), 1);
+        QVERIFY(registry.GetFileInfo(slowFile).loudness > -96.0f);
+        registry.Finalize();
+    }
+
+    void workerEdgeCases()
+    {
+        KrokManager registry;
+        registry.Initialize();
+        SubThreadGetDetail worker(&registry);
+        QSignalSpy ranges(&worker, &SubThreadGetDetail::SigAnalyzedInfoAcquired);
+        QSignalSpy ends(&worker, &SubThreadGetDetail::SigEndGetDetailInfo);
+
+        worker.start({});
+        QVERIFY(worker.wait(10000));
+        QCOMPARE(ranges.count(), 0);
+        QCOMPARE(ends.count(), 1);
+
+        // A cancel asked before the run is cleared by start.
+        const QString root = makeFolder(QStringLiteral("edge"), 2);
+        worker.cancel();
+        worker.start(listOf(root));
+        QVERIFY(worker.wait(10000));
+        QCOMPARE(ends.count(), 2);
+
+        // An invalidate request makes analysed files count as new again, once.
+        QVERIFY(WriteWav(listOf(root).first(), 32000, 1, 320));
+        worker.requestInvalidate();
+        worker.start(listOf(root));
+        QVERIFY(worker.wait(10000));
+        QCOMPARE(registry.GetFileInfo(listOf(root).first()).samplingRate, 32000);
+        QVERIFY(WriteWav(listOf(root).first(), 16000, 1, 160));
+        worker.start(listOf(root));
+        QVERIFY(worker.wait(10000));
+        QCOMPARE(registry.GetFileInfo(listOf(root).first()).samplingRate, 32000);
+        registry.Finalize();
+    }
+};
+
+QTEST_GUILESS_MAIN(TestPipeline)
+#include "tst_pipeline.moc"
