@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QInputDialog>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QTableWidget>
 #include <QTemporaryDir>
@@ -56,7 +57,11 @@ void AnswerFolder(const QString& folder)
             d->reject();
             return;
         }
-        files->selectFile(folder);
+        // An empty name field makes the dialog return the folder it shows;
+        // typing the path instead races with the file system model.
+        files->setDirectory(folder);
+        if (auto* name = files->findChild<QLineEdit*>(QStringLiteral("fileNameEdit")))
+            name->clear();
         QMetaObject::invokeMethod(files, "accept");
     });
 }
