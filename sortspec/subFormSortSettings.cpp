@@ -168,6 +168,18 @@ void subFormSortSettings::markUnmatched(const SortEntryList& unmatched)
     }
 }
 
+QString subFormSortSettings::noFilesToReorderMessage()
+{
+    return tr("No files to reorder.") + QLatin1Char('\n') +
+           tr("If the audio file is written to a relative path, ensure that the \"Relative path "
+              "root\" folder in the \"Sort Settings\" dialog is correctly specified.") +
+           QLatin1Char('\n') +
+           tr("If the audio file is in a subfolder, please click the checkbox \"Display all files "
+              "from subfolders as well\" in the View menu.") +
+           QStringLiteral("\n\n") +
+           tr("If the settings are changed, make sure to select \"Start Analyzing\" again.");
+}
+
 void subFormSortSettings::SlotFileListAcquired()
 {
     if (!applyPending)

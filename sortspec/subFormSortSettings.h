@@ -36,6 +36,13 @@ public:
     bool isApplyPending() const { return applyPending; }
     // Paints the result rows whose entries matched no listed file.
     void markUnmatched(const SortEntryList& unmatched);
+    // Applying found none of the files: at least one entry, every one unmatched.
+    static bool nothingMatched(int entryCount, int unmatchedCount)
+    {
+        return entryCount > 0 && entryCount == unmatchedCount;
+    }
+    // The "No files to reorder." explanation, each sentence translated on its own.
+    static QString noFilesToReorderMessage();
 
 signals:
     void SigSortSettingApplied();

@@ -355,6 +355,22 @@
         <source>CSV file analysis failed.</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>No files to reorder.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>If the audio file is written to a relative path, ensure that the &quot;Relative path root&quot; folder in the &quot;Sort Settings&quot; dialog is correctly specified.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>If the audio file is in a subfolder, please click the checkbox &quot;Display all files from subfolders as well&quot; in the View menu.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>If the settings are changed, make sure to select &quot;Start Analyzing&quot; again.</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>subFormToolSettings</name>

@@ -277,6 +277,23 @@ private slots:
         QCOMPARE(table->item(1, 0)->background().color(), white);
     }
 
+    void noFilesToReorder()
+    {
+        QVERIFY(subFormSortSettings::nothingMatched(3, 3));
+        QVERIFY(!subFormSortSettings::nothingMatched(3, 2));
+        QVERIFY(!subFormSortSettings::nothingMatched(0, 0));
+        const QStringList lines =
+            subFormSortSettings::noFilesToReorderMessage().split(QLatin1Char('\n'));
+        QCOMPARE(lines.size(), 5);
+        QCOMPARE(lines.at(0), QStringLiteral("No files to reorder."));
+        QVERIFY(lines.at(1).contains(QStringLiteral("\"Relative path root\"")));
+        QVERIFY(lines.at(2).contains(QStringLiteral("View menu.")));
+        QCOMPARE(lines.at(3), QString());
+        QCOMPARE(lines.at(4),
+                 QStringLiteral("If the settings are changed, make sure to select \"Start "
+                                "Analyzing\" again."));
+    }
+
     void drops()
     {
         subFormSortSettings form;
