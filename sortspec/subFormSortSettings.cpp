@@ -71,6 +71,8 @@ subFormSortSettings::subFormSortSettings(QWidget* parent)
     tableResult->setHorizontalHeaderLabels({tr("File Path"), tr("Comments")});
     tableResult->setEditTriggers(QAbstractItemView::NoEditTriggers);
     tableResult->horizontalHeader()->setStretchLastSection(true);
+    // Paths are the longer column; comments take what is left.
+    tableResult->setColumnWidth(0, 240);
     tableResult->setAcceptDrops(false);
     tableResult->viewport()->setAcceptDrops(false);
 
