@@ -4,8 +4,10 @@
 #include "CommandLineRoot.h"
 #include "DefaultWindowGeometry.h"
 #include "MenuBar.h"
+#include "SortSettingsApplication.h"
 #include "SubFormFont.h"
 #include "TeskStyle.h"
+#include "WidgetTableBrowser.h"
 #include "subFormBookmark.h"
 #include "subFormSortSettings.h"
 #include "subFormToolSettings.h"
@@ -269,6 +271,8 @@ void MainWindow::SlotShowSortSettings()
     if (!sortSettings) {
         sortSettings = new subFormSortSettings(this);
         sortSettings->setWindowFlag(Qt::Window, true);
+        connect(sortSettings, &subFormSortSettings::SigSortSettingApplied, this,
+                &MainWindow::SlotSortSettingsApplied);
         connect(sortSettings, &subFormSortSettings::SigChangeRootPathCalled, manager,
                 &TeskManager::SlotChangeRootPathCalled);
         connect(manager, &TeskManager::SigFilePathListAcquired, sortSettings,
@@ -320,4 +324,11 @@ void MainWindow::SlotOpenBookmarkManager()
     subFormBookmark form(this, manager->GetBookmarks(), manager->GetRootPath());
     if (form.exec() == QDialog::Accepted)
         manager->SetBookmarks(form.bookmarks());
+}
+
+void MainWindow::SlotSortSettingsApplied()
+{
+    // The table's place may still hold a plain placeholder; the order is
+    // imposed once the real browser sits there.
+    ApplySortSettings(sortSettings, qobject_cast<WidgetTableBrowser*>(widgetTableBrowser));
 }

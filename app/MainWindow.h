@@ -54,6 +54,7 @@ public slots:
     void SlotChangeColor(TeskManager::ColorTheme theme);
     void SlotOpenFontForm();
     void SlotOpenBookmarkManager();
+    void SlotSortSettingsApplied();
 
 private:
     void setupForm();

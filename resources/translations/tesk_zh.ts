@@ -164,6 +164,37 @@
     </message>
 </context>
 <context>
+    <name>SubWidgetTableView</name>
+    <message>
+        <source>Show in Explorer</source>
+        <translation type="unfinished">在资源管理器中显示</translation>
+    </message>
+    <message>
+        <source>Open with an external tool</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copy to Clipboard</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Update information</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open with Nuendo</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Error</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Failed to copy to the Clipboard: invalid data.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>TeskManager</name>
     <message>
         <source>Saving Settings...</source>
@@ -219,6 +250,80 @@
     </message>
 </context>
 <context>
+    <name>WidgetTableBrowser</name>
+    <message>
+        <source>%1hr%2min%3sec</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Number of audio files displayed: %1 Total time: %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>krokTableModel</name>
+    <message>
+        <source>File</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Full Path</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Size</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Modify Time</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Format</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sampling Rate</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Channels</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Samples</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Duration</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Plots</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Loudness</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Loops</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sort Specification</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sort Comments</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>(no files)</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>subFormBookmark</name>
     <message>
         <source>Bookmark Name</source>
@@ -270,6 +375,25 @@
     </message>
     <message>
         <source>Please select a folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>subFormGAC</name>
+    <message>
+        <source>Nuendo Connection Settings</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Address</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Port Number</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
