@@ -1,8 +1,8 @@
 #include "subFormSortSettings.h"
 
 #include "SortCsvReader.h"
-#include "SortEntryMatcher.h"
 #include "SortPathResolver.h"
+#include "UnmatchedRowMarks.h"
 
 #include <QApplication>
 #include <QCheckBox>
