@@ -27,7 +27,13 @@ bool TeskStyle::isDark(TeskManager::ColorTheme theme)
 void TeskStyle::polish(QPalette& palette)
 {
     const TeskManager::ColorTheme theme = manager ? manager->GetColorTheme() : TeskManager::Light;
-    palette = isDark(theme) ? darkPalette() : standardFusionPalette;
+    bool dark = theme == TeskManager::Dark;
+    if (theme == TeskManager::System) {
+        if (systemDark < 0)
+            systemDark = IsSystemDarkTheme() ? 1 : 0;
+        dark = systemDark == 1;
+    }
+    palette = dark ? darkPalette() : standardFusionPalette;
 }
 
 QPalette TeskStyle::darkPalette()

@@ -26,6 +26,9 @@ public:
 private:
     TeskManager* manager;
     QPalette standardFusionPalette;
+    // The desktop is asked once per style: Qt polishes palettes several times,
+    // and a theme change installs a new style anyway.
+    int systemDark = -1;
 };
 
 // Installs a new TeskStyle as the application style, which repolishes every
