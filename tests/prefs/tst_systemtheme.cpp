@@ -1,6 +1,7 @@
 // Answers the desktop portal's colour-scheme question from inside the test,
 // on the session bus the test runs with (dbus-run-session).
 #include "SystemTheme.h"
+#include "TeskStyle.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -98,8 +99,16 @@ private slots:
         portal.calls = 0;
         QCOMPARE(IsSystemDarkTheme(), dark);
         QVERIFY(portal.calls >= 1);
+
+        // "System" is the manager's theme until the user picks another.
+        TeskManager manager;
+        QCOMPARE(manager.GetColorTheme(), TeskManager::System);
+        TeskStyle style(&manager);
+        QPalette palette;
+        style.polish(palette);
+        QCOMPARE(palette.color(QPalette::Window) == QColor(32, 32, 34), dark);
     }
 };
 
-QTEST_GUILESS_MAIN(tst_SystemTheme)
+QTEST_MAIN(tst_SystemTheme)
 #include "tst_systemtheme.moc"
