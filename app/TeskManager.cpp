@@ -1,6 +1,7 @@
 #include "TeskManager.h"
 
 #include "AudioFileInfo.h"
+#include "ExternalToolLauncher.h"
 #include "KrokManager.h"
 #include "LumoManager.h"
 #include "SubThreadGetDetail.h"
@@ -8,7 +9,6 @@
 
 #include <QCoreApplication>
 #include <QFileInfo>
-#include <QProcess>
 
 namespace {
 
@@ -328,13 +328,7 @@ void TeskManager::SlotSearchCriteriaApplied(SearchCriteriaStruct criteriaStruct,
 
 void TeskManager::SlotOpenByExternalCalled(QString filePath)
 {
-    if (s.externalExecutePath.isEmpty())
-        return;
-    QString args = s.externalExecuteArgs;
-    args.replace(QStringLiteral("%FILEPATH%"), filePath, Qt::CaseSensitive);
-    // No quoting on purpose: a path with blanks reaches the tool as several arguments.
-    QProcess::startDetached(s.externalExecutePath,
-                            args.split(QLatin1Char(' '), Qt::SkipEmptyParts));
+    LaunchExternalTool(s.externalExecutePath, s.externalExecuteArgs, filePath);
 }
 
 void TeskManager::MemorizeColumnVisibleState(int state)
