@@ -1,5 +1,7 @@
 #include "krokTableModel.h"
 
+#include <QHash>
+
 #include "AudioFileInfo.h"
 #include "CellFormat.h"
 #include "KrokManager.h"
@@ -269,21 +271,30 @@ void krokTableModel::resetSortSpecification()
 QList<SortSpecEntry> krokTableModel::applySortSpecification(const QList<SortSpecEntry>& entries)
 {
     resetSortSpecification();
+    // The first row of each path, case-folded, so that a list of 100,000 entries
+    // costs one hash lookup per entry rather than a scan of every row.
+    QHash<QString, int> firstRowOfPath;
+    firstRowOfPath.reserve(rows.size());
+    for (int row = 0; row < rows.size(); ++row) {
+        const QString key = rows[row].path.toCaseFolded();
+        if (!firstRowOfPath.contains(key))
+            firstRowOfPath.insert(key, row);
+    }
+
     QList<SortSpecEntry> unmatched;
     for (int i = 0; i < entries.size(); ++i) {
         const SortSpecEntry& entry = entries[i];
-        // A row already taken by an earlier entry naming the same file stays with it.
-        auto found = std::find_if(rows.begin(), rows.end(), [&entry](const FileRowEntry& r) {
-            return !r.inSortSpec && r.path.compare(entry.first, Qt::CaseInsensitive) == 0;
-        });
-        if (found == rows.end()) {
+        const auto found = firstRowOfPath.constFind(entry.first.toCaseFolded());
+        if (found == firstRowOfPath.constEnd()) {
             unmatched.append(entry);
             continue;
         }
-        // Positions count every entry, matched or not.
-        found->sortIndex = i;
-        found->sortComment = entry.second;
-        found->inSortSpec = true;
+        // A later entry naming the same file takes the row over: the list's last
+        // word on a file is its place. Positions count every entry, matched or not.
+        FileRowEntry& row = rows[found.value()];
+        row.sortIndex = i;
+        row.sortComment = entry.second;
+        row.inSortSpec = true;
         sortSpecActive = true;
     }
     return unmatched;

@@ -32,7 +32,7 @@ private slots:
     void multiChannelPlots();
     void flagsKeepPlotCellsOutOfReach();
     void sortSpecification();
-    void sortSpecificationTakesFirstMatchingRowOnly();
+    void sortSpecificationLaterEntryKeepsTheRow();
     void loudnessVoltModeRefresh();
     void tableFont();
 
@@ -312,7 +312,7 @@ void TestTableModel::sortSpecification()
     }
 }
 
-void TestTableModel::sortSpecificationTakesFirstMatchingRowOnly()
+void TestTableModel::sortSpecificationLaterEntryKeepsTheRow()
 {
     krokTableModel model(manager);
     model.setHeaderLabels(krokTableModel::columnHeaderLabels());
@@ -325,12 +325,16 @@ void TestTableModel::sortSpecificationTakesFirstMatchingRowOnly()
     QCOMPARE(model.index(1, 13).data().toString(), QString());
     QVERIFY(!model.isRowShown(1));
 
-    // Two entries naming e.wav: the first takes the row, the second has no other row.
-    unmatched = model.applySortSpecification({{QStringLiteral("/lib/e.wav"), QStringLiteral("1")},
-                                              {QStringLiteral("/lib/e.wav"), QStringLiteral("2")}});
+    // Two entries naming e.wav: both find the row, the later one keeps it, and
+    // neither is reported; an entry that names no row at all is.
+    unmatched =
+        model.applySortSpecification({{QStringLiteral("/lib/e.wav"), QStringLiteral("1")},
+                                      {QStringLiteral("/lib/gone.wav"), QStringLiteral("g")},
+                                      {QStringLiteral("/lib/e.wav"), QStringLiteral("2")}});
     QCOMPARE(unmatched.size(), 1);
-    QCOMPARE(unmatched.first().second, QStringLiteral("2"));
-    QCOMPARE(model.index(2, 14).data().toString(), QStringLiteral("1"));
+    QCOMPARE(unmatched.first().second, QStringLiteral("g"));
+    QCOMPARE(model.index(2, 14).data().toString(), QStringLiteral("2"));
+    QCOMPARE(model.index(2, 13).data().toInt(), 2);
     // A new list clears the specification.
     model.setFilePathList({QStringLiteral("/lib/d.wav")});
     QVERIFY(model.isRowShown(0));
