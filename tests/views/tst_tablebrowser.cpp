@@ -1,0 +1,370 @@
+#include "KrokTableSortModel.h"
+#include "SearchRowMatcher.h"
+#include "SubWidgetTableView.h"
+#include "WidgetTableBrowser.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QDir>
+#include <QFile>
+#include <QHeaderView>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMimeData>
+#include <QSignalSpy>
+#include <QStandardItemModel>
+#include <QTemporaryDir>
+#include <QVBoxLayout>
+#include <QtTest>
+
+namespace {
+
+QStringList paths(const QTemporaryDir& dir, int count)
+{
+    QStringList list;
+    for (int k = 0; k < count; ++k) {
+        list << dir.filePath(QStringLiteral("take%1.wav").arg(k));
+    }
+    return list;
+}
+
+} // namespace
+
+class TestTableBrowser : public QObject
+{
+    Q_OBJECT
+private slots:
+    void viewSetUp();
+    void dropFileSelectsItsFolder();
+    void dropFolderAndNonsense();
+    void updateInformationListsSelectedPaths();
+    void statusLineText_data();
+    void statusLineText();
+    void seekRatio_data();
+    void seekRatio();
+    void nextItemSkipsHiddenRows();
+    void nextItemAtTheEndChangesNothing();
+    void autoPlaybackOnSelection();
+    void activationPlaysButNotFromPlotColumn();
+    void columnVisibilityMask();
+    void durationCellParsing_data();
+    void durationCellParsing();
+    void nameSearchIsCaseSensitive();
+    void loudnessVoltModeRefreshesEveryCell();
+    void firstRootChangeSetsDefaultWidthsOnce();
+};
+
+void TestTableBrowser::viewSetUp()
+{
+    WidgetTableBrowser browser(nullptr, {});
+    SubWidgetTableView* view = browser.tableView();
+    QVERIFY(!view->showGrid());
+    QCOMPARE(view->selectionBehavior(), QAbstractItemView::SelectRows);
+    QCOMPARE(view->selectionMode(), QAbstractItemView::ExtendedSelection);
+    QVERIFY(view->horizontalHeader()->sectionsMovable());
+    QVERIFY(!view->verticalHeader()->isVisible() || view->verticalHeader()->isHidden());
+    QCOMPARE(view->dragDropMode(), QAbstractItemView::DragOnly);
+    QCOMPARE(browser.sortModel()->sortRole(), 256);
+    QVERIFY(browser.acceptDrops());
+    QCOMPARE(browser.tableModel()->columnCount(), 15);
+    QCOMPARE(view->focusPolicy(), Qt::StrongFocus);
+}
+
+void TestTableBrowser::dropFileSelectsItsFolder()
+{
+    QTemporaryDir dir;
+    QVERIFY(dir.isValid());
+    QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("sub")));
+    const QString file = dir.filePath(QStringLiteral("sub/a.wav"));
+    QFile f(file);
+    QVERIFY(f.open(QIODevice::WriteOnly));
+    f.close();
+    WidgetTableBrowser browser(nullptr, {});
+    QSignalSpy root(&browser, &WidgetTableBrowser::SigChangeRootPathCalled);
+    QMimeData mime;
+    // Only the first URL counts: the second names another existing folder.
+    mime.setUrls({QUrl::fromLocalFile(file), QUrl::fromLocalFile(dir.path())});
+    QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    static_cast<QObject*>(&browser)->event(&drop);
+    QCOMPARE(root.count(), 1);
+    QCOMPARE(root.at(0).at(0).toString(), dir.filePath(QStringLiteral("sub")));
+    QVERIFY(drop.isAccepted());
+    QCOMPARE(drop.dropAction(), Qt::IgnoreAction);
+}
+
+void TestTableBrowser::dropFolderAndNonsense()
+{
+    QTemporaryDir dir;
+    WidgetTableBrowser browser(nullptr, {});
+    QSignalSpy root(&browser, &WidgetTableBrowser::SigChangeRootPathCalled);
+    QMimeData folder;
+    folder.setUrls({QUrl::fromLocalFile(dir.path())});
+    QDropEvent dropFolder(QPointF(5, 5), Qt::CopyAction, &folder, Qt::LeftButton, Qt::NoModifier);
+    static_cast<QObject*>(&browser)->event(&dropFolder);
+    QCOMPARE(root.count(), 1);
+    QCOMPARE(root.at(0).at(0).toString(), dir.path());
+
+    QMimeData missing;
+    missing.setUrls({QUrl::fromLocalFile(dir.filePath(QStringLiteral("gone.wav")))});
+    QDropEvent dropMissing(QPointF(5, 5), Qt::CopyAction, &missing, Qt::LeftButton, Qt::NoModifier);
+    dropMissing.setAccepted(false);
+    static_cast<QObject*>(&browser)->event(&dropMissing);
+    QCOMPARE(root.count(), 1);
+    QVERIFY(!dropMissing.isAccepted());
+}
+
+void TestTableBrowser::updateInformationListsSelectedPaths()
+{
+    QTemporaryDir dir;
+    WidgetTableBrowser browser(nullptr, {});
+    const QStringList list = paths(dir, 4);
+    browser.tableModel()->setFilePathList(list);
+    QSignalSpy update(&browser, &WidgetTableBrowser::SigUpdateFilesCalled);
+    SubWidgetTableView* view = browser.tableView();
+    view->selectionModel()->select(browser.sortModel()->index(1, 0),
+                                   QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    view->selectionModel()->select(browser.sortModel()->index(3, 0),
+                                   QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    view->SlotUpdate();
+    QCOMPARE(update.count(), 1);
+    QStringList files = update.at(0).at(0).toStringList();
+    files.sort();
+    QCOMPARE(files, (QStringList{list[1], list[3]}));
+}
+
+void TestTableBrowser::statusLineText_data()
+{
+    QTest::addColumn<int>("count");
+    QTest::addColumn<float>("total");
+    QTest::addColumn<bool>("sent");
+    QTest::addColumn<QString>("time");
+    QTest::newRow("hour, minutes, fraction")
+        << 7 << 3725.5f << true << QStringLiteral("1hr02min05.500sec");
+    QTest::newRow("exactly two minutes")
+        << 2 << 120.0f << false << QStringLiteral("0hr02min00.000sec");
+    QTest::newRow("nothing shown") << 0 << 0.0f << false << QStringLiteral("0hr00min00.000sec");
+    QTest::newRow("half a second") << 1 << 0.5f << true << QStringLiteral("0hr00min00.500sec");
+    QTest::newRow("ten hours and a bit")
+        << 3 << 36061.25f << true << QStringLiteral("10hr01min01.250sec");
+}
+
+void TestTableBrowser::statusLineText()
+{
+    QFETCH(int, count);
+    QFETCH(float, total);
+    QFETCH(bool, sent);
+    QFETCH(QString, time);
+    QString message;
+    QCOMPARE(WidgetTableBrowser::statusMessage(count, total, &message), sent);
+    QCOMPARE(
+        message,
+        QStringLiteral("Number of audio files displayed: %1 Total time: %2").arg(count).arg(time));
+}
+
+void TestTableBrowser::seekRatio_data()
+{
+    QTest::addColumn<int>("x");
+    QTest::addColumn<int>("width");
+    QTest::addColumn<double>("ratio");
+    QTest::newRow("middle") << 60 << 120 << 0.5;
+    QTest::newRow("left edge") << 0 << 120 << 0.0;
+    QTest::newRow("left of the cell") << -4 << 120 << 0.0;
+    QTest::newRow("zero width") << 10 << 0 << 0.0;
+    QTest::newRow("one pixel in") << 1 << 100 << 0.01;
+}
+
+void TestTableBrowser::seekRatio()
+{
+    QFETCH(int, x);
+    QFETCH(int, width);
+    QFETCH(double, ratio);
+    QCOMPARE(WidgetTableBrowser::seekRatio(x, width), ratio);
+}
+
+void TestTableBrowser::nextItemSkipsHiddenRows()
+{
+    QTemporaryDir dir;
+    WidgetTableBrowser browser(nullptr, {});
+    const QStringList list = paths(dir, 5);
+    browser.tableModel()->setFilePathList(list);
+    browser.tableModel()->setRowMatched(1, false);
+    browser.tableModel()->setRowMatched(2, false);
+    browser.sortModel()->refilter();
+    QCOMPARE(browser.sortModel()->rowCount(), 3);
+    SubWidgetTableView* view = browser.tableView();
+    view->setCurrentIndex(browser.sortModel()->index(0, 0));
+    bool autoPlayback = false;
+    connect(&browser, &WidgetTableBrowser::SigAutoPlaybackFlagRequired, this,
+            [&autoPlayback](bool* flag) { *flag = autoPlayback; });
+    connect(&browser, &WidgetTableBrowser::SigPlayListFlagRequired, this,
+            [](bool* flag) { *flag = true; });
+    QSignalSpy play(&browser, &WidgetTableBrowser::SigStartPlaybackCalled);
+    browser.SlotSelectNextItem();
+    QCOMPARE(play.count(), 1);
+    QCOMPARE(play.at(0).at(0).toString(), list[3]);
+    const QModelIndexList selected = view->selectionModel()->selectedRows(1);
+    QCOMPARE(selected.size(), 1);
+    QCOMPARE(selected.first().data().toString(), list[3]);
+
+    // With auto playback on, the selection change starts the file, once.
+    autoPlayback = true;
+    play.clear();
+    browser.SlotSelectNextItem();
+    QCOMPARE(play.count(), 1);
+    QCOMPARE(play.at(0).at(0).toString(), list[4]);
+}
+
+void TestTableBrowser::nextItemAtTheEndChangesNothing()
+{
+    QTemporaryDir dir;
+    WidgetTableBrowser browser(nullptr, {});
+    const QStringList list = paths(dir, 3);
+    browser.tableModel()->setFilePathList(list);
+    browser.tableModel()->setRowMatched(2, false);
+    browser.sortModel()->refilter();
+    browser.tableView()->selectRow(1);
+    connect(&browser, &WidgetTableBrowser::SigPlayListFlagRequired, this,
+            [](bool* flag) { *flag = true; });
+    QSignalSpy play(&browser, &WidgetTableBrowser::SigStartPlaybackCalled);
+    browser.SlotSelectNextItem();
+    QCOMPARE(play.count(), 0);
+    QCOMPARE(browser.tableView()->currentIndex().row(), 1);
+}
+
+void TestTableBrowser::autoPlaybackOnSelection()
+{
+    QTemporaryDir dir;
+    WidgetTableBrowser browser(nullptr, {});
+    const QStringList list = paths(dir, 3);
+    browser.tableModel()->setFilePathList(list);
+    bool autoPlayback = false;
+    connect(&browser, &WidgetTableBrowser::SigAutoPlaybackFlagRequired, this,
+            [&autoPlayback](bool* flag) { *flag = autoPlayback; });
+    QSignalSpy play(&browser, &WidgetTableBrowser::SigStartPlaybackCalled);
+    browser.tableView()->selectRow(1);
+    QCOMPARE(play.count(), 0);
+    autoPlayback = true;
+    browser.tableView()->selectRow(2);
+    QCOMPARE(play.count(), 1);
+    QCOMPARE(play.at(0).at(0).toString(), list[2]);
+    // Clearing the selection selects nothing new and plays nothing.
+    browser.tableView()->clearSelection();
+    QCOMPARE(play.count(), 1);
+}
+
+void TestTableBrowser::activationPlaysButNotFromPlotColumn()
+{
+    QTemporaryDir dir;
+    WidgetTableBrowser browser(nullptr, {});
+    const QStringList list = paths(dir, 2);
+    browser.tableModel()->setFilePathList(list);
+    QSignalSpy play(&browser, &WidgetTableBrowser::SigStartPlaybackCalled);
+    browser.tableView()->setCurrentIndex(browser.sortModel()->index(1, 10));
+    browser.SlotSelectedItemPlaybackCalled();
+    QCOMPARE(play.count(), 0);
+    browser.tableView()->setCurrentIndex(browser.sortModel()->index(1, 3));
+    browser.SlotSelectedItemPlaybackCalled();
+    QCOMPARE(play.count(), 1);
+    QCOMPARE(play.at(0).at(0).toString(), list[1]);
+}
+
+void TestTableBrowser::columnVisibilityMask()
+{
+    WidgetTableBrowser browser(nullptr, {});
+    browser.SlotColumnVisibleChanged((1 << 15) - 1 - (1 << 1) - (1 << 14));
+    for (int column = 0; column < 15; ++column) {
+        QCOMPARE(browser.tableView()->isColumnHidden(column), column == 1 || column == 14);
+    }
+}
+
+void TestTableBrowser::firstRootChangeSetsDefaultWidthsOnce()
+{
+    WidgetTableBrowser browser(nullptr, {});
+    QHeaderView* header = browser.tableView()->horizontalHeader();
+    const int column13 = header->sectionSize(13);
+    browser.SlotRootPathChanged();
+    QCOMPARE(header->sectionSize(0), 150);
+    QCOMPARE(header->sectionSize(3), 135);
+    QCOMPARE(header->sectionSize(10), 120);
+    QCOMPARE(header->sectionSize(12), 50);
+    QCOMPARE(header->sectionSize(13), column13);
+    QVERIFY(!browser.tableView()->isSortingEnabled());
+    QCOMPARE(header->sortIndicatorSection(), 1);
+    header->resizeSection(0, 77);
+    browser.SlotRootPathChanged();
+    QCOMPARE(header->sectionSize(0), 77);
+    browser.SlotGetDetailEnded();
+    QVERIFY(browser.tableView()->isSortingEnabled());
+    QVERIFY(browser.sortModel()->dynamicSortFilter());
+}
+
+void TestTableBrowser::loudnessVoltModeRefreshesEveryCell()
+{
+    QTemporaryDir dir;
+    WidgetTableBrowser browser(nullptr, {});
+    browser.tableModel()->setFilePathList(paths(dir, 3));
+    QSignalSpy changed(browser.tableModel(), &QAbstractItemModel::dataChanged);
+    browser.SlotLoudnessVoltModeChanged(true);
+    QCOMPARE(changed.count(), 1);
+    QCOMPARE(changed.at(0).at(0).toModelIndex(), browser.tableModel()->index(0, 0));
+    QCOMPARE(changed.at(0).at(1).toModelIndex(), browser.tableModel()->index(2, 14));
+    // The plot mode waits for the next repaint.
+    browser.SlotMultiPlotFlagChanged(true);
+    QCOMPARE(changed.count(), 1);
+}
+
+void TestTableBrowser::durationCellParsing_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("ok");
+    QTest::addColumn<int>("ms");
+    QTest::newRow("1.5 s") << QStringLiteral("0:01.500") << true << 1500;
+    QTest::newRow("1.499 s") << QStringLiteral("0:01.499") << true << 1499;
+    QTest::newRow("long") << QStringLiteral("123:59.999") << true << (123 * 60 + 59) * 1000 + 999;
+    QTest::newRow("blank cell") << QString() << false << 0;
+    QTest::newRow("no minutes") << QStringLiteral(":01.500") << false << 0;
+    QTest::newRow("text") << QStringLiteral("a:bc.def") << false << 0;
+}
+
+void TestTableBrowser::durationCellParsing()
+{
+    QFETCH(QString, text);
+    QFETCH(bool, ok);
+    QFETCH(int, ms);
+    int parsed = -1;
+    QCOMPARE(SearchRowMatcher::parseDurationMs(text, &parsed), ok);
+    if (ok) {
+        QCOMPARE(parsed, ms);
+        QVERIFY(SearchRowMatcher::compare(parsed, 1500, SearchCriteriaStruct::GreaterOrEqual) ==
+                (ms >= 1500));
+    }
+}
+
+void TestTableBrowser::nameSearchIsCaseSensitive()
+{
+    WidgetTableBrowser browser(nullptr, {});
+    browser.tableModel()->setFilePathList({QStringLiteral("/lib/take_01.wav"),
+                                           QStringLiteral("/lib/Take_02.wav"),
+                                           QStringLiteral("/Take/other.wav")});
+    browser.SlotGetDetailEnded();
+    SearchCriteriaStruct criteria;
+    criteria.name = QStringLiteral("Take");
+    browser.SlotSearchExecute(criteria);
+    QCOMPARE(browser.sortModel()->rowCount(), 1);
+    QCOMPARE(browser.sortModel()->index(0, 0).data().toString(), QStringLiteral("Take_02.wav"));
+    // Unanalysed rows have a blank format, which only the "Error" box admits.
+    criteria.name.clear();
+    criteria.useDetail = true;
+    browser.SlotSearchExecute(criteria);
+    QCOMPARE(browser.sortModel()->rowCount(), 3);
+    criteria.formatMask = SearchCriteriaStruct::FormatWav;
+    browser.SlotSearchExecute(criteria);
+    QCOMPARE(browser.sortModel()->rowCount(), 0);
+    criteria.useDetail = false;
+    browser.SlotSearchExecute(criteria);
+    QCOMPARE(browser.sortModel()->rowCount(), 3);
+}
+
+QTEST_MAIN(TestTableBrowser)
+#include "tst_tablebrowser.moc"

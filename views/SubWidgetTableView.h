@@ -1,0 +1,73 @@
+#pragma once
+
+#include <QList>
+#include <QTableView>
+#include <QUrl>
+
+#include <functional>
+
+class QAction;
+class QMenu;
+
+// The file table itself: keys, context menu, clipboard copy and the drag of
+// files out of the program. Whether "Open with Nuendo" is offered is asked of
+// the Nuendo connection (0 not connected, 1 waiting, 2 connected) through
+// `nuendoState`; the main window passes the GacManager's state there.
+class SubWidgetTableView final : public QTableView
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(SubWidgetTableView)
+public:
+    using ConnectionStateQuery = std::function<int()>;
+
+    explicit SubWidgetTableView(ConnectionStateQuery nuendoState, QWidget* parent = nullptr);
+    ~SubWidgetTableView() override;
+
+    void setUpdateEnabled(bool enabled);
+    bool isUpdateEnabled() const;
+
+    // The menu offered on a right click, built anew for the current row; the
+    // caller owns it.
+    QMenu* createContextMenu(QWidget* parent);
+
+    // The selected rows' full paths as local-file URLs; false when one of them
+    // does not make a URL.
+    bool selectedFileUrls(QList<QUrl>* urls) const;
+
+    // Where the last mouse press hit the viewport; a click in a plot cell seeks there.
+    QPoint lastPressPosition() const { return pressPosition; }
+
+signals:
+    void SigPressSpaceKey();
+    void SigPressEscKey();
+    void SigPressRightKey();
+    void SigPressAltUpKey();
+    void SigPressAltDownKey();
+    void SigPressUpKey();
+    void SigPressDownKey();
+    void SigShowInExplorer();
+    void SigUpdateFilesCalled(QStringList files);
+    void SigOpenByUsingExternal();
+    void SigOpenByNuendo();
+
+public slots:
+    void SlotShowInExplorer();
+    void SlotCopyToClip();
+    void SlotUpdate();
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void startDrag(Qt::DropActions supportedActions) override;
+
+private:
+    ConnectionStateQuery connectionState;
+    QPoint pressPosition;
+    QAction* actShowInExplorer;
+    QAction* actOpenExternal;
+    QAction* actCopy;
+    QAction* actUpdate;
+    QAction* actOpenNuendo;
+};

@@ -1,0 +1,408 @@
+#include "WidgetTableBrowser.h"
+
+#include "KrokTableSortModel.h"
+#include "SearchRowMatcher.h"
+#include "TeskManager.h"
+#include "WaveformStyledItemDelegate.h"
+
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QFileInfo>
+#include <QHeaderView>
+#include <QMimeData>
+#include <QVBoxLayout>
+
+#include <array>
+
+namespace {
+
+constexpr std::array<int, 13> kDefaultColumnWidths = {150, 180, 85, 135, 50, 80, 35,
+                                                      65,  35,  60, 120, 60, 50};
+
+} // namespace
+
+WidgetTableBrowser::WidgetTableBrowser(TeskManager* manager,
+                                       SubWidgetTableView::ConnectionStateQuery nuendoState,
+                                       QWidget* parent)
+    : QWidget(parent)
+    , manager(manager)
+    , model(new krokTableModel(manager, this))
+    , view(new SubWidgetTableView(std::move(nuendoState), this))
+    , proxy(new KrokTableSortModel(this))
+    , delegate(new WaveformStyledItemDelegate(manager, this))
+{
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(view);
+
+    proxy->setSourceModel(model);
+    proxy->setSortRole(TableRoles::SortValue);
+    proxy->setSortCaseSensitivity(Qt::CaseInsensitive);
+
+    view->setModel(proxy);
+    view->setShowGrid(false);
+    view->setSelectionBehavior(QAbstractItemView::SelectRows);
+    view->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    view->horizontalHeader()->setHighlightSections(false);
+    view->horizontalHeader()->setSectionsMovable(true);
+    view->horizontalHeader()->setMinimumSectionSize(20);
+    view->verticalHeader()->hide();
+    view->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    view->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
+    view->setWordWrap(false);
+    view->setItemDelegate(delegate);
+    view->setDragEnabled(true);
+    view->setDragDropMode(QAbstractItemView::DragOnly);
+
+    model->setHeaderLabels(krokTableModel::columnHeaderLabels());
+    setAcceptDrops(true);
+
+    connect(view, &QAbstractItemView::clicked, this, &WidgetTableBrowser::SlotTableClicked);
+    connect(view, &QAbstractItemView::activated, this,
+            &WidgetTableBrowser::SlotSelectedItemPlaybackCalled);
+    connect(view->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &WidgetTableBrowser::SlotSelectionChanged);
+    connect(view, &SubWidgetTableView::SigShowInExplorer, this,
+            &WidgetTableBrowser::SlotOpenByExplorerCalled);
+    connect(view, &SubWidgetTableView::SigOpenByUsingExternal, this,
+            &WidgetTableBrowser::SlotOpenByExternalCalled);
+    connect(view, &SubWidgetTableView::SigOpenByNuendo, this,
+            &WidgetTableBrowser::SlotOpenByNuendoCalled);
+    connect(view, &SubWidgetTableView::SigPressSpaceKey, this,
+            &WidgetTableBrowser::SlotSubSpacePressed);
+    connect(view, &SubWidgetTableView::SigPressEscKey, this,
+            &WidgetTableBrowser::SlotSubEscPressed);
+    connect(view, &SubWidgetTableView::SigUpdateFilesCalled, this,
+            &WidgetTableBrowser::SigUpdateFilesCalled);
+
+    if (manager) {
+        connectManager();
+    }
+}
+
+WidgetTableBrowser::~WidgetTableBrowser() = default;
+
+void WidgetTableBrowser::connectManager()
+{
+    connect(this, &WidgetTableBrowser::SigChangeRootPathCalled, manager,
+            &TeskManager::SlotChangeRootPathCalled);
+    connect(this, &WidgetTableBrowser::SigStartPlaybackCalled, manager,
+            &TeskManager::SlotStartPlaybackCalled);
+    connect(this, &WidgetTableBrowser::SigStartPlaybackWithSeekCalled, manager,
+            &TeskManager::SlotStartPlaybackWithSeekCalled);
+    connect(this, &WidgetTableBrowser::SigStopPlaybackCalled, manager,
+            &TeskManager::SlotStopPlaybackCalled);
+    connect(this, &WidgetTableBrowser::SigUpdateFilesCalled, manager,
+            &TeskManager::SlotSelectedFileUpdateCalled);
+    connect(this, &WidgetTableBrowser::SigOpenByExternalCalled, manager,
+            &TeskManager::SlotOpenByExternalCalled);
+
+    connect(manager, &TeskManager::SigRootPathChanged, this,
+            &WidgetTableBrowser::SlotRootPathChanged);
+    connect(manager, &TeskManager::SigFilePathListAcquired, this,
+            &WidgetTableBrowser::SlotFilePathListAcquired);
+    connect(manager, &TeskManager::SigAnalyzedInfoAcquired, this,
+            &WidgetTableBrowser::SlotAnalyzedInfoAcquired);
+    connect(manager, &TeskManager::SigRowHeightChanged, this,
+            &WidgetTableBrowser::SlotRowHeightChanged);
+    connect(manager, &TeskManager::SigLoudnessVoltModeChanged, this,
+            &WidgetTableBrowser::SlotLoudnessVoltModeChanged);
+    connect(manager, &TeskManager::SigEndGetDetailInfo, this,
+            &WidgetTableBrowser::SlotGetDetailEnded);
+    connect(manager, &TeskManager::SigSearchExecute, this, &WidgetTableBrowser::SlotSearchExecute);
+    connect(manager, &TeskManager::SigSelectNextItem, this,
+            &WidgetTableBrowser::SlotSelectNextItem);
+    connect(manager, &TeskManager::SigColumnVisibleLoaded, this,
+            &WidgetTableBrowser::SlotColumnVisibleChanged);
+    connect(manager, &TeskManager::SigMultiPlotChanged, this,
+            &WidgetTableBrowser::SlotMultiPlotFlagChanged);
+    connect(manager, &TeskManager::SigResetPlaybackPosition, this,
+            &WidgetTableBrowser::SlotResetPlaybackPosition);
+    connect(manager, &TeskManager::SigSetPlaybackPosition, this,
+            &WidgetTableBrowser::SlotSetPlaybackPosition);
+
+    // Questions answered before the emit returns: same thread, direct.
+    connect(this, &WidgetTableBrowser::SigAutoPlaybackFlagRequired, manager,
+            &TeskManager::SlotAutoPlaybackFlagRequired, Qt::DirectConnection);
+    connect(this, &WidgetTableBrowser::SigPlayListFlagRequired, manager,
+            &TeskManager::SlotPlayListFlag, Qt::DirectConnection);
+}
+
+void WidgetTableBrowser::resortByPath()
+{
+    // Sorting again by the column that already holds the indicator does nothing,
+    // so step over column 0 first.
+    if (view->horizontalHeader()->sortIndicatorSection() == ColumnFullPath) {
+        view->sortByColumn(ColumnFile, Qt::AscendingOrder);
+    }
+    view->sortByColumn(ColumnFullPath, Qt::AscendingOrder);
+}
+
+void WidgetTableBrowser::setDefaultColumnWidths()
+{
+    for (int column = 0; column < static_cast<int>(kDefaultColumnWidths.size()); ++column) {
+        view->setColumnWidth(column, kDefaultColumnWidths[column]);
+    }
+}
+
+QString WidgetTableBrowser::currentPath() const
+{
+    const QModelIndex current = proxy->mapToSource(view->currentIndex());
+    return current.isValid() ? model->data(current, TableRoles::FullPath).toString() : QString();
+}
+
+bool WidgetTableBrowser::askAutoPlayback()
+{
+    bool flag = false;
+    emit SigAutoPlaybackFlagRequired(&flag);
+    return flag;
+}
+
+QList<SortSpecEntry> WidgetTableBrowser::applySortSpecification(const QList<SortSpecEntry>& entries)
+{
+    const QList<SortSpecEntry> unmatched = model->applySortSpecification(entries);
+    resortByPath();
+    model->refreshAll();
+    view->sortByColumn(ColumnSortSpecification, Qt::AscendingOrder);
+    proxy->refilter();
+    return unmatched;
+}
+
+void WidgetTableBrowser::resetSortSpecification()
+{
+    model->resetSortSpecification();
+    proxy->refilter();
+    resortByPath();
+    model->refreshAll();
+}
+
+bool WidgetTableBrowser::statusMessage(int count, float totalSeconds, QString* message)
+{
+    float total = totalSeconds;
+    const int hours = static_cast<int>(total / 3600.0f);
+    total -= static_cast<float>(hours) * 3600.0f;
+    const int minutes = static_cast<int>(total / 60.0f);
+    total -= static_cast<float>(minutes) * 60.0f;
+    const QString time = tr("%1hr%2min%3sec")
+                             .arg(hours)
+                             .arg(minutes, 2, 10, QLatin1Char('0'))
+                             .arg(static_cast<double>(total), 6, 'f', 3, QLatin1Char('0'));
+    *message = tr("Number of audio files displayed: %1 Total time: %2").arg(count).arg(time);
+    return total > 0.0f;
+}
+
+void WidgetTableBrowser::updateStatusLine()
+{
+    int count = 0;
+    float total = 0.0f;
+    const int rows = model->rowCount();
+    for (int row = 0; row < rows; ++row) {
+        if (!model->isRowShown(row)) {
+            continue;
+        }
+        total += model->data(model->index(row, ColumnDuration), TableRoles::SortValue).toFloat();
+        ++count;
+    }
+    QString message;
+    if (statusMessage(count, total, &message)) {
+        emit SigSendMessage(message);
+    }
+}
+
+double WidgetTableBrowser::seekRatio(int x, int width)
+{
+    return width >= 1 && x >= 1 ? static_cast<double>(x) / width : 0.0;
+}
+
+void WidgetTableBrowser::SlotRootPathChanged()
+{
+    view->setUpdateEnabled(false);
+    model->clearRows();
+    if (!columnWidthsInitialized) {
+        setDefaultColumnWidths();
+        columnWidthsInitialized = true;
+    }
+    // While the list is analysed it stays in path order.
+    proxy->setDynamicSortFilter(false);
+    view->setSortingEnabled(false);
+    resortByPath();
+}
+
+void WidgetTableBrowser::SlotRowHeightChanged(int height)
+{
+    view->verticalHeader()->setDefaultSectionSize(height);
+    view->viewport()->update();
+}
+
+void WidgetTableBrowser::SlotFilePathListAcquired(QList<QString> pathList)
+{
+    model->setFilePathList(pathList);
+}
+
+void WidgetTableBrowser::SlotAnalyzedInfoAcquired(int i_from, int i_to)
+{
+    const int rows = model->rowCount();
+    const int last = qMin(i_to, rows - 1);
+    for (int row = qMax(i_from, 0); row <= last; ++row) {
+        model->setDetailAcquired(row, true);
+    }
+    model->refreshRows(qMax(i_from, 0), last);
+}
+
+void WidgetTableBrowser::SlotGetDetailEnded()
+{
+    proxy->setDynamicSortFilter(true);
+    view->setSortingEnabled(true);
+    view->setUpdateEnabled(true);
+}
+
+void WidgetTableBrowser::SlotSearchExecute(SearchCriteriaStruct criteria)
+{
+    // No row changes while a list is still being analysed.
+    if (!view->isSortingEnabled()) {
+        return;
+    }
+    if (model->hasRows()) {
+        const int rows = model->rowCount();
+        for (int row = 0; row < rows; ++row) {
+            model->setRowMatched(row, SearchRowMatcher::matches(*model, row, criteria));
+        }
+    }
+    proxy->refilter();
+    updateStatusLine();
+}
+
+void WidgetTableBrowser::SlotSelectNextItem()
+{
+    const int rows = proxy->rowCount();
+    int next = view->currentIndex().isValid() ? view->currentIndex().row() + 1 : 0;
+    while (next < rows && view->isRowHidden(next)) {
+        ++next;
+    }
+    if (next >= rows) {
+        return;
+    }
+    view->clearSelection();
+    view->selectRow(next);
+    const bool autoPlayback = askAutoPlayback();
+    bool playlist = false;
+    emit SigPlayListFlagRequired(&playlist);
+    // With auto playback on, the selection change has started the file already.
+    if (playlist && !autoPlayback) {
+        SlotSelectedItemPlaybackCalled();
+    }
+}
+
+void WidgetTableBrowser::SlotLoudnessVoltModeChanged(bool flag)
+{
+    view->setFocus();
+    setFocus();
+    model->setLoudnessVoltMode(flag);
+    model->refreshAll();
+}
+
+void WidgetTableBrowser::SlotColumnVisibleChanged(int state)
+{
+    for (int column = 0; column < model->columnCount(); ++column) {
+        view->setColumnHidden(column, ((state >> column) & 1) == 0);
+    }
+}
+
+void WidgetTableBrowser::SlotMultiPlotFlagChanged(bool flag)
+{
+    model->setMultiPlot(flag);
+}
+
+void WidgetTableBrowser::SlotResetPlaybackPosition(QString filePath)
+{
+    model->setPlaybackPosition(filePath, 0.0);
+}
+
+void WidgetTableBrowser::SlotSetPlaybackPosition(QString filePath, double positionRatio)
+{
+    model->setPlaybackPosition(filePath, positionRatio);
+}
+
+void WidgetTableBrowser::SlotSelectionChanged(const QItemSelection& selected,
+                                              const QItemSelection& deselected)
+{
+    Q_UNUSED(deselected)
+    if (!askAutoPlayback() || selected.isEmpty()) {
+        return;
+    }
+    emit SigStartPlaybackCalled(currentPath());
+}
+
+void WidgetTableBrowser::SlotOpenByExplorerCalled()
+{
+    emit SigOpenByExplorerCalled(currentPath());
+}
+
+void WidgetTableBrowser::SlotOpenByExternalCalled()
+{
+    emit SigOpenByExternalCalled(currentPath());
+}
+
+void WidgetTableBrowser::SlotOpenByNuendoCalled()
+{
+    emit SigOpenByNuendoCalled(currentPath());
+}
+
+void WidgetTableBrowser::SlotSubSpacePressed() {}
+
+void WidgetTableBrowser::SlotSubEscPressed() {}
+
+void WidgetTableBrowser::SlotTableClicked(const QModelIndex& index)
+{
+    if (index.column() != ColumnPlots) {
+        return;
+    }
+    view->selectRow(index.row());
+    QHeaderView* header = view->horizontalHeader();
+    const int x = view->lastPressPosition().x() - header->sectionViewportPosition(ColumnPlots);
+    const double ratio = seekRatio(x, header->sectionSize(ColumnPlots));
+    bool ok = false;
+    const float duration =
+        index.sibling(index.row(), ColumnDuration).data(TableRoles::SortValue).toFloat(&ok);
+    if (!ok) {
+        return;
+    }
+    const QString path = index.data(TableRoles::FullPath).toString();
+    emit SigStartPlaybackWithSeekCalled(path, static_cast<int>(static_cast<qint64>(
+                                                  static_cast<double>(duration) * ratio * 1000.0)));
+}
+
+void WidgetTableBrowser::SlotSelectedItemPlaybackCalled()
+{
+    const QModelIndex current = view->currentIndex();
+    if (!current.isValid() || current.row() < 0 || current.column() == ColumnPlots) {
+        return;
+    }
+    emit SigStartPlaybackCalled(currentPath());
+}
+
+void WidgetTableBrowser::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (event->mimeData()->hasUrls()) {
+        event->acceptProposedAction();
+    }
+}
+
+void WidgetTableBrowser::dropEvent(QDropEvent* event)
+{
+    const QList<QUrl> urls = event->mimeData()->urls();
+    if (urls.isEmpty()) {
+        return;
+    }
+    // Only the first dropped item counts; nothing is moved or copied.
+    const QFileInfo info(urls.first().toLocalFile());
+    if (info.isDir()) {
+        emit SigChangeRootPathCalled(info.filePath());
+    } else if (info.isFile()) {
+        emit SigChangeRootPathCalled(info.absolutePath());
+    } else {
+        return;
+    }
+    event->setDropAction(Qt::IgnoreAction);
+    event->accept();
+}

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "SearchCriteriaStruct.h"
+#include "SubWidgetTableView.h"
+#include "krokTableModel.h"
+
+#include <QItemSelection>
+#include <QWidget>
+
+class KrokTableSortModel;
+class TeskManager;
+class WaveformStyledItemDelegate;
+
+// The right-hand pane: the file table under its proxy and waveform delegate.
+// Turns the manager's signals into model updates, and the user's clicks, keys,
+// drags and drops into requests to the manager.
+class WidgetTableBrowser final : public QWidget
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(WidgetTableBrowser)
+public:
+    // `nuendoState` answers the Nuendo connection state (2 = connected); the
+    // main window passes the GacManager's.
+    WidgetTableBrowser(TeskManager* manager, SubWidgetTableView::ConnectionStateQuery nuendoState,
+                       QWidget* parent = nullptr);
+    ~WidgetTableBrowser() override;
+
+    QList<SortSpecEntry> applySortSpecification(const QList<SortSpecEntry>& entries);
+    void resetSortSpecification();
+    void updateStatusLine();
+
+    // The status text for `count` shown files lasting `totalSeconds`; false when
+    // no message is to be sent (a total of whole minutes, kept on purpose).
+    static bool statusMessage(int count, float totalSeconds, QString* message);
+    // The position within a plot cell as a ratio; 0 at or left of its edge.
+    static double seekRatio(int x, int width);
+
+    SubWidgetTableView* tableView() const { return view; }
+    krokTableModel* tableModel() const { return model; }
+    KrokTableSortModel* sortModel() const { return proxy; }
+
+signals:
+    void SigStartPlaybackCalled(QString path);
+    void SigStartPlaybackWithSeekCalled(QString path, int seekMs);
+    void SigStopPlaybackCalled();
+    void SigChangeRootPathCalled(QString root);
+    void SigOpenByExplorerCalled(QString path);
+    void SigOpenByExternalCalled(QString path);
+    void SigOpenByNuendoCalled(QString path);
+    void SigUpdateFilesCalled(QStringList filePaths);
+    void SigSendMessage(QString message);
+    void SigAutoPlaybackFlagRequired(bool* flag);
+    void SigPlayListFlagRequired(bool* flag);
+
+public slots:
+    void SlotRootPathChanged();
+    void SlotRowHeightChanged(int height);
+    void SlotFilePathListAcquired(QList<QString> pathList);
+    void SlotAnalyzedInfoAcquired(int i_from, int i_to);
+    void SlotGetDetailEnded();
+    void SlotSearchExecute(SearchCriteriaStruct criteria);
+    void SlotSelectNextItem();
+    void SlotLoudnessVoltModeChanged(bool flag);
+    void SlotColumnVisibleChanged(int state);
+    void SlotMultiPlotFlagChanged(bool flag);
+    void SlotResetPlaybackPosition(QString filePath);
+    void SlotSetPlaybackPosition(QString filePath, double positionRatio);
+    void SlotSelectionChanged(const QItemSelection& selected, const QItemSelection& deselected);
+    void SlotOpenByExplorerCalled();
+    void SlotOpenByExternalCalled();
+    void SlotOpenByNuendoCalled();
+    void SlotSubSpacePressed();
+    void SlotSubEscPressed();
+    void SlotTableClicked(const QModelIndex& index);
+    void SlotSelectedItemPlaybackCalled();
+
+protected:
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
+private:
+    void connectManager();
+    void resortByPath();
+    void setDefaultColumnWidths();
+    QString currentPath() const;
+    bool askAutoPlayback();
+
+    TeskManager* manager;
+    krokTableModel* model;
+    SubWidgetTableView* view;
+    KrokTableSortModel* proxy;
+    WaveformStyledItemDelegate* delegate;
+    bool columnWidthsInitialized = false;
+};

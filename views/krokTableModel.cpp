@@ -1,0 +1,320 @@
+#include "krokTableModel.h"
+
+#include "AudioFileInfo.h"
+#include "CellFormat.h"
+#include "KrokManager.h"
+#include "TeskManager.h"
+#include "WaveformStyledItem.h"
+
+#include <QFileInfo>
+#include <QFont>
+#include <QSharedPointer>
+
+#include <algorithm>
+
+namespace {
+
+// Columns 2, 5-9, 11, 12 and 13 hold numbers and are right-aligned.
+constexpr int kRightAlignedMask = 15332;
+// Rows outside the sort specification sort after every listed row.
+constexpr int kOutsideSortSpec = 0x20001;
+
+QVector<std::int8_t> plotBytes(const PlotPoint* points, int count)
+{
+    QVector<std::int8_t> bytes(2 * count);
+    for (int k = 0; k < count; ++k) {
+        bytes[2 * k] = points[k].max;
+        bytes[2 * k + 1] = points[k].min;
+    }
+    return bytes;
+}
+
+} // namespace
+
+krokTableModel::krokTableModel(TeskManager* manager, QObject* parent)
+    : QAbstractTableModel(parent)
+    , manager(manager)
+    , registry(manager ? manager->GetKrokManager() : nullptr)
+{
+    RegisterWaveformStyledItemMetaType();
+}
+
+krokTableModel::~krokTableModel() = default;
+
+QStringList krokTableModel::columnHeaderLabels()
+{
+    // "BIT" stays as it is in every language.
+    return {tr("File"),
+            tr("Full Path"),
+            tr("Size"),
+            tr("Modify Time"),
+            tr("Format"),
+            tr("Sampling Rate"),
+            tr("Channels"),
+            tr("Samples"),
+            QStringLiteral("BIT"),
+            tr("Duration"),
+            tr("Plots"),
+            tr("Loudness"),
+            tr("Loops"),
+            tr("Sort Specification"),
+            tr("Sort Comments")};
+}
+
+int krokTableModel::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : rowTotal;
+}
+
+int krokTableModel::columnCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : headerLabels.size();
+}
+
+QVariant krokTableModel::data(const QModelIndex& index, int role) const
+{
+    if (!index.isValid() || index.row() >= rows.size()) {
+        return {};
+    }
+    const int row = index.row();
+    const int column = index.column();
+    switch (role) {
+    case Qt::DisplayRole:
+        return cellValue(row, column, false);
+    case TableRoles::SortValue:
+        return cellValue(row, column, true);
+    case Qt::FontRole:
+        return tableFont();
+    case Qt::TextAlignmentRole: {
+        const bool right = column < 14 && ((kRightAlignedMask >> column) & 1) != 0;
+        return static_cast<int>((right ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
+    }
+    case TableRoles::FullPath:
+        return rows[row].path;
+    case TableRoles::Format:
+        return cellValue(row, ColumnFormat, true);
+    default:
+        return {};
+    }
+}
+
+QVariant krokTableModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation != Qt::Horizontal || role != Qt::DisplayRole) {
+        return {};
+    }
+    if (section < 0 || section >= headerLabels.size()) {
+        return QString();
+    }
+    return headerLabels[section];
+}
+
+Qt::ItemFlags krokTableModel::flags(const QModelIndex& index) const
+{
+    Qt::ItemFlags f = QAbstractTableModel::flags(index) | Qt::ItemIsDragEnabled;
+    // Clicks in the plot column seek instead of entering the cell.
+    if (index.column() == ColumnPlots) {
+        f &= ~Qt::ItemIsEnabled;
+    }
+    return f;
+}
+
+QVariant krokTableModel::tableFont() const
+{
+    if (!manager) {
+        return {};
+    }
+    const FontSettings* fonts = manager->GetFontSettings();
+    QFont font;
+    font.setFamily(fonts->GetFamily(FontSettings::Table));
+    const int size = fonts->GetPointSize(FontSettings::Table);
+    if (fonts->IsFitToCell() && size > 0) {
+        font.setPointSize(size);
+    }
+    return font;
+}
+
+QVariant krokTableModel::cellValue(int row, int column, bool forSorting) const
+{
+    if (!hasFiles) {
+        return column == ColumnFile ? QVariant(tr("(no files)")) : QVariant();
+    }
+    const FileRowEntry& entry = rows[row];
+    switch (column) {
+    case ColumnFile:
+        return QFileInfo(entry.path).fileName();
+    case ColumnFullPath:
+        return entry.path;
+    case ColumnSortSpecification:
+        if (entry.sortIndex < 0) {
+            return forSorting ? QVariant(kOutsideSortSpec) : QVariant(QString());
+        }
+        return entry.sortIndex;
+    case ColumnSortComments:
+        return entry.sortComment;
+    default:
+        break;
+    }
+    if (!entry.detailAcquired || !registry) {
+        return {};
+    }
+    const AudioFileInfo info = registry->GetFileInfo(entry.path);
+    // The registry answers an unknown path with its default record, the only
+    // record without a modify time (a real analysis always stamps one).
+    if (info.isHeaderRead == 0 && info.modifyTime.empty()) {
+        return column == ColumnFormat ? QVariant(QStringLiteral("ERROR")) : QVariant();
+    }
+    if (column == ColumnPlots) {
+        return plotItem(info, row);
+    }
+    return RecordCellValue(column, info, forSorting, loudnessVoltMode);
+}
+
+QVariant krokTableModel::plotItem(const AudioFileInfo& info, int row) const
+{
+    const double position = rows[row].path == playPath ? playPosition : 0.0;
+    QSharedPointer<WaveformStyledItem> item;
+    if (multiPlot && info.isMultiPlotValid != 0) {
+        // The record has room for eight channels; a wider file shows its first eight.
+        const int channels = std::clamp(info.channels, 0, kMaxPlotChannels);
+        QVector<QVector<std::int8_t>> lanes;
+        lanes.reserve(channels);
+        for (int k = 0; k < channels; ++k) {
+            lanes.append(plotBytes(info.multiPlot.data() + k * kPlotPoints, kPlotPoints));
+        }
+        item = QSharedPointer<WaveformStyledItem>::create(std::move(lanes), position);
+    } else {
+        item = QSharedPointer<WaveformStyledItem>::create(plotBytes(info.plot.data(), kPlotPoints),
+                                                          position);
+    }
+    return QVariant::fromValue(item);
+}
+
+void krokTableModel::setHeaderLabels(const QStringList& labels)
+{
+    beginResetModel();
+    headerLabels = labels;
+    endResetModel();
+}
+
+void krokTableModel::clearRows()
+{
+    beginResetModel();
+    rowTotal = 0;
+    hasFiles = false;
+    rows.clear();
+    sortSpecActive = false;
+    endResetModel();
+}
+
+void krokTableModel::setFilePathList(const QList<QString>& paths)
+{
+    clearRows();
+    if (paths.isEmpty()) {
+        // One placeholder row that reads "(no files)".
+        beginInsertRows(QModelIndex(), 0, 0);
+        rows.append(FileRowEntry());
+        rowTotal = 1;
+        endInsertRows();
+        return;
+    }
+    beginInsertRows(QModelIndex(), 0, paths.size() - 1);
+    rowTotal = paths.size();
+    rows.reserve(paths.size());
+    for (const QString& path : paths) {
+        FileRowEntry entry;
+        entry.path = path;
+        rows.append(std::move(entry));
+    }
+    endInsertRows();
+    hasFiles = true;
+}
+
+void krokTableModel::setDetailAcquired(int row, bool acquired)
+{
+    rows[row].detailAcquired = acquired;
+}
+
+void krokTableModel::setRowMatched(int row, bool matched)
+{
+    rows[row].matched = matched;
+}
+
+bool krokTableModel::isRowShown(int row) const
+{
+    if (sortSpecActive && !rows[row].inSortSpec) {
+        return false;
+    }
+    return rows[row].matched;
+}
+
+QString krokTableModel::filePath(int row) const
+{
+    return rows[row].path;
+}
+
+QString krokTableModel::fileName(int row) const
+{
+    return QFileInfo(rows[row].path).fileName();
+}
+
+void krokTableModel::resetSortSpecification()
+{
+    for (FileRowEntry& entry : rows) {
+        entry.inSortSpec = false;
+        entry.sortIndex = -1;
+        entry.sortComment.clear();
+    }
+    sortSpecActive = false;
+}
+
+QList<SortSpecEntry> krokTableModel::applySortSpecification(const QList<SortSpecEntry>& entries)
+{
+    resetSortSpecification();
+    QList<SortSpecEntry> unmatched;
+    for (int i = 0; i < entries.size(); ++i) {
+        const SortSpecEntry& entry = entries[i];
+        // A row already taken by an earlier entry naming the same file stays with it.
+        auto found = std::find_if(rows.begin(), rows.end(), [&entry](const FileRowEntry& r) {
+            return !r.inSortSpec && r.path.compare(entry.first, Qt::CaseInsensitive) == 0;
+        });
+        if (found == rows.end()) {
+            unmatched.append(entry);
+            continue;
+        }
+        // Positions count every entry, matched or not.
+        found->sortIndex = i;
+        found->sortComment = entry.second;
+        found->inSortSpec = true;
+        sortSpecActive = true;
+    }
+    return unmatched;
+}
+
+void krokTableModel::setPlaybackPosition(const QString& path, double ratio)
+{
+    playPath = path;
+    playPosition = ratio;
+    for (int row = 0; row < rows.size(); ++row) {
+        if (rows[row].path == path) {
+            emit dataChanged(index(row, 0), index(row, columnCount() - 1));
+            return;
+        }
+    }
+}
+
+void krokTableModel::refreshAll()
+{
+    if (rowTotal == 0 || columnCount() == 0) {
+        return;
+    }
+    emit dataChanged(index(0, 0), index(rowTotal - 1, columnCount() - 1));
+}
+
+void krokTableModel::refreshRows(int from, int to)
+{
+    if (from > to || columnCount() == 0) {
+        return;
+    }
+    emit dataChanged(index(from, 0), index(to, columnCount() - 1));
+}

@@ -1,0 +1,91 @@
+#pragma once
+
+#include "TableRoles.h"
+
+#include <QAbstractTableModel>
+#include <QList>
+#include <QPair>
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+#include <cstdint>
+
+class KrokManager;
+class TeskManager;
+struct AudioFileInfo;
+
+// One row of the file table: the path and the flags of search and sort
+// specification. Analysed values are never kept here; each cell request reads
+// the file's record from the registry.
+struct FileRowEntry
+{
+    bool detailAcquired = false;
+    QString path;
+    bool matched = true;
+    bool inSortSpec = false;
+    std::int32_t sortIndex = -1;
+    QString sortComment;
+};
+
+// A sort specification entry as the CSV reader delivers it: file path, comment.
+using SortSpecEntry = QPair<QString, QString>;
+
+// The model behind the file table: one row per listed file, fifteen fixed
+// columns, values looked up in the analysis registry by full path on demand.
+class krokTableModel final : public QAbstractTableModel
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(krokTableModel)
+public:
+    krokTableModel(TeskManager* manager, QObject* parent = nullptr);
+    ~krokTableModel() override;
+
+    // The header texts in column order; the browser, the column menu and the
+    // manager all take them from here so that they agree.
+    static QStringList columnHeaderLabels();
+
+    int rowCount(const QModelIndex& parent = QModelIndex()) const override;
+    int columnCount(const QModelIndex& parent = QModelIndex()) const override;
+    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+    QVariant headerData(int section, Qt::Orientation orientation,
+                        int role = Qt::DisplayRole) const override;
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
+
+    void setHeaderLabels(const QStringList& labels);
+    void setFilePathList(const QList<QString>& paths);
+    void clearRows();
+    void setDetailAcquired(int row, bool acquired);
+    void setRowMatched(int row, bool matched);
+    bool isRowShown(int row) const;
+    bool hasRows() const { return hasFiles; }
+    QString filePath(int row) const;
+    QString fileName(int row) const;
+
+    QList<SortSpecEntry> applySortSpecification(const QList<SortSpecEntry>& entries);
+    void resetSortSpecification();
+
+    void setLoudnessVoltMode(bool on) { loudnessVoltMode = on; }
+    void setMultiPlot(bool on) { multiPlot = on; }
+    void setPlaybackPosition(const QString& path, double ratio);
+
+    void refreshAll();
+    void refreshRows(int from, int to);
+
+private:
+    QVariant cellValue(int row, int column, bool forSorting) const;
+    QVariant plotItem(const AudioFileInfo& info, int row) const;
+    QVariant tableFont() const;
+
+    TeskManager* manager;
+    KrokManager* registry;
+    bool hasFiles = false;
+    std::int32_t rowTotal = 0;
+    QVector<FileRowEntry> rows;
+    QStringList headerLabels;
+    QString playPath;
+    double playPosition = 0.0;
+    bool loudnessVoltMode = false;
+    bool multiPlot = false;
+    bool sortSpecActive = false;
+};
