@@ -2,11 +2,122 @@
 
 #include "krokTableModel.h"
 
+#include <QLocale>
+
+namespace {
+
+bool isNumber(const QVariant& v)
+{
+    switch (static_cast<QMetaType::Type>(v.userType())) {
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::Long:
+    case QMetaType::ULong:
+    case QMetaType::LongLong:
+    case QMetaType::ULongLong:
+    case QMetaType::Short:
+    case QMetaType::UShort:
+    case QMetaType::Float:
+    case QMetaType::Double:
+    case QMetaType::Bool:
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool isInteger(const QVariant& v)
+{
+    const int t = v.userType();
+    return t != QMetaType::Float && t != QMetaType::Double;
+}
+
+template<typename T>
+int threeWay(T a, T b)
+{
+    return a < b ? -1 : (b < a ? 1 : 0);
+}
+
+} // namespace
+
 KrokTableSortModel::KrokTableSortModel(QObject* parent)
     : QSortFilterProxyModel(parent)
-{}
+    , collator(QLocale::system())
+{
+    collator.setNumericMode(true);
+}
 
 KrokTableSortModel::~KrokTableSortModel() = default;
+
+void KrokTableSortModel::setSourceModel(QAbstractItemModel* model)
+{
+    if (sourceModel())
+        disconnect(sourceModel(), nullptr, this, nullptr);
+    dropKeys();
+    // Connected before the base class so that the keys are gone by the time the
+    // proxy re-sorts in its own handlers.
+    if (model) {
+        const auto drop = [this] { dropKeys(); };
+        connect(model, &QAbstractItemModel::dataChanged, this, drop);
+        connect(model, &QAbstractItemModel::modelAboutToBeReset, this, drop);
+        connect(model, &QAbstractItemModel::modelReset, this, drop);
+        connect(model, &QAbstractItemModel::layoutChanged, this, drop);
+        connect(model, &QAbstractItemModel::rowsInserted, this, drop);
+        connect(model, &QAbstractItemModel::rowsRemoved, this, drop);
+        connect(model, &QAbstractItemModel::rowsMoved, this, drop);
+    }
+    QSortFilterProxyModel::setSourceModel(model);
+}
+
+void KrokTableSortModel::dropKeys()
+{
+    primary = Keys();
+    fullPaths = Keys();
+    names.reset();
+}
+
+const QVector<QVariant>& KrokTableSortModel::sortValues(int column) const
+{
+    Keys& keys = column == ColumnFullPath ? fullPaths : primary;
+    if (keys.column != column) {
+        const QAbstractItemModel* model = sourceModel();
+        const int rows = model->rowCount();
+        keys.column = column;
+        keys.values.clear();
+        keys.values.reserve(rows);
+        for (int row = 0; row < rows; ++row)
+            keys.values.append(model->index(row, column).data(sortRole()));
+    }
+    return keys.values;
+}
+
+const QVector<QCollatorSortKey>& KrokTableSortModel::nameKeys() const
+{
+    if (!names) {
+        const QAbstractItemModel* model = sourceModel();
+        const int rows = model->rowCount();
+        QVector<QCollatorSortKey> keys;
+        keys.reserve(rows);
+        for (int row = 0; row < rows; ++row)
+            keys.append(
+                collator.sortKey(model->index(row, ColumnFile).data(sortRole()).toString()));
+        names = std::move(keys);
+    }
+    return *names;
+}
+
+int KrokTableSortModel::compareValues(const QVariant& a, const QVariant& b)
+{
+    if (isNumber(a) && isNumber(b)) {
+        if (isInteger(a) && isInteger(b))
+            return threeWay(a.toLongLong(), b.toLongLong());
+        return threeWay(a.toDouble(), b.toDouble());
+    }
+    // A blank cell (row not analysed) against a number: blanks first.
+    if (!a.isValid() || !b.isValid())
+        return threeWay(a.isValid(), b.isValid());
+    return a.toString().compare(b.toString());
+}
 
 bool KrokTableSortModel::filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const
 {
@@ -16,4 +127,35 @@ bool KrokTableSortModel::filterAcceptsRow(int sourceRow, const QModelIndex& sour
         return false;
     }
     return model->isRowShown(sourceRow);
+}
+
+bool KrokTableSortModel::lessThan(const QModelIndex& left, const QModelIndex& right) const
+{
+    const int column = left.column();
+    const int l = left.row();
+    const int r = right.row();
+    const int rows = sourceModel()->rowCount();
+    if (l < 0 || r < 0 || l >= rows || r >= rows)
+        return false;
+
+    if (column == ColumnFile) {
+        const QVector<QCollatorSortKey>& keys = nameKeys();
+        const int byName = keys.at(l).compare(keys.at(r));
+        if (byName != 0)
+            return byName < 0;
+    } else {
+        const QVector<QVariant>& values = sortValues(column);
+        const int byValue = compareValues(values.at(l), values.at(r));
+        if (byValue != 0)
+            return byValue < 0;
+        const QVector<QCollatorSortKey>& keys = nameKeys();
+        const int byName = keys.at(l).compare(keys.at(r));
+        if (byName != 0)
+            return byName < 0;
+    }
+    // Same name (or the same path): the full path keeps repeated sorts stable.
+    if (column == ColumnFullPath)
+        return false;
+    const QVector<QVariant>& paths = sortValues(ColumnFullPath);
+    return compareValues(paths.at(l), paths.at(r)) < 0;
 }
