@@ -1,15 +1,20 @@
 #include "MainWindow.h"
 
+#include "BookmarkNameDialog.h"
 #include "CommandLineRoot.h"
 #include "DefaultWindowGeometry.h"
 #include "MenuBar.h"
+#include "SubFormFont.h"
+#include "TeskStyle.h"
+#include "subFormBookmark.h"
+#include "subFormSortSettings.h"
+#include "subFormToolSettings.h"
 
 #include <QApplication>
 #include <QDesktopServices>
 #include <QDir>
 #include <QFileInfo>
 #include <QHBoxLayout>
-#include <QInputDialog>
 #include <QLabel>
 #include <QMessageBox>
 #include <QProcess>
@@ -79,6 +84,8 @@ MainWindow::MainWindow(QWidget* parent)
     connect(manager, &TeskManager::SigShowDialog, this, &MainWindow::SlotShowDialog);
     connect(manager, &TeskManager::SigSetMainWindowGeometry, this,
             &MainWindow::SlotSetMainWindowGeometry);
+    connect(manager, &TeskManager::SigChangeColorTheme, this, &MainWindow::SlotChangeColorTheme);
+    connect(menuBarWidget, &MenuBar::SigChangeTheme, this, &MainWindow::SlotChangeColor);
 
     // Focuses the search field once the search widget takes its place.
     searchShortcut = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_F), this);
@@ -169,11 +176,9 @@ void MainWindow::askBookmarkName()
     const QString root = manager->GetRootPath();
     if (!QFileInfo(root).isDir())
         return;
-    bool ok = false;
-    const QString name = QInputDialog::getText(
-        this, QStringLiteral("Vex Tesk"), tr("Bookmark Name"), QLineEdit::Normal,
-        QDir(root).dirName(), &ok, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowCloseButtonHint);
-    if (ok && !name.isEmpty())
+    QString name;
+    // Cancelling or an empty name also turns the star toggle back off.
+    if (AskBookmarkName(this, QDir(root).dirName(), &name) && !name.isEmpty())
         manager->AddBookmark(name);
     else
         manager->RemoveBookmark();
@@ -257,4 +262,62 @@ void MainWindow::SlotMenuAbout()
 {
     QMessageBox::about(this, QStringLiteral("About"),
                        QStringLiteral("Tesk Ver %1").arg(manager->GetVersion()));
+}
+
+void MainWindow::SlotShowSortSettings()
+{
+    if (!sortSettings) {
+        sortSettings = new subFormSortSettings(this);
+        sortSettings->setWindowFlag(Qt::Window, true);
+        connect(sortSettings, &subFormSortSettings::SigChangeRootPathCalled, manager,
+                &TeskManager::SlotChangeRootPathCalled);
+        connect(manager, &TeskManager::SigFilePathListAcquired, sortSettings,
+                &subFormSortSettings::SlotFileListAcquired);
+    }
+    if (sortSettings->isHidden()) {
+        sortSettings->setRelativeRoot(manager->GetRootPath());
+        sortSettings->show();
+    } else {
+        sortSettings->activateWindow();
+    }
+}
+
+void MainWindow::SlotOpenSettingsForm()
+{
+    subFormToolSettings form(manager->GetExternalToolPath(), manager->GetExternalToolArgs(),
+                             manager->GetSeekTimeMs(), this);
+    if (form.exec() != QDialog::Accepted)
+        return;
+    manager->SetExternalTool(form.toolPath(), form.toolArgs());
+    manager->SetSeekTimeMs(form.seekTimeMs());
+}
+
+void MainWindow::SlotChangeColorTheme(TeskManager::ColorTheme)
+{
+    // The style reads the theme from the manager; a new style object makes
+    // every widget take the new palette.
+    ApplyTeskStyle(manager);
+}
+
+void MainWindow::SlotChangeColor(TeskManager::ColorTheme theme)
+{
+    manager->SetColorTheme(theme);
+}
+
+void MainWindow::SlotOpenFontForm()
+{
+    if (!fontForm) {
+        fontForm = new SubFormFont(manager->GetFontSettings(), this);
+        connect(fontForm, &SubFormFont::SigChangeFont, manager, &TeskManager::SigChangeFont);
+    }
+    if (!fontForm->isVisible())
+        fontForm->show();
+    fontForm->raise();
+}
+
+void MainWindow::SlotOpenBookmarkManager()
+{
+    subFormBookmark form(this, manager->GetBookmarks(), manager->GetRootPath());
+    if (form.exec() == QDialog::Accepted)
+        manager->SetBookmarks(form.bookmarks());
 }

@@ -5,6 +5,8 @@
 #include <QMainWindow>
 
 class MenuBar;
+class SubFormFont;
+class subFormSortSettings;
 class QLabel;
 class QShortcut;
 class QSplitter;
@@ -46,6 +48,12 @@ public slots:
     void SlotBookmarkDeleteMenuSelected();
     void SlotMenuQuit();
     void SlotMenuAbout();
+    void SlotShowSortSettings();
+    void SlotOpenSettingsForm();
+    void SlotChangeColorTheme(TeskManager::ColorTheme theme);
+    void SlotChangeColor(TeskManager::ColorTheme theme);
+    void SlotOpenFontForm();
+    void SlotOpenBookmarkManager();
 
 private:
     void setupForm();
@@ -65,4 +73,7 @@ private:
     QSplitter* splitter = nullptr;
     QLabel* statusLabel = nullptr;
     QShortcut* searchShortcut = nullptr;
+    // Made on first use and kept, so their fields survive closing.
+    subFormSortSettings* sortSettings = nullptr;
+    SubFormFont* fontForm = nullptr;
 };

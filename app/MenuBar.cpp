@@ -4,6 +4,7 @@
 #include "MainWindow.h"
 #include "TeskManager.h"
 
+#include <QActionGroup>
 #include <QMenu>
 
 MenuBar::MenuBar(MainWindow* parentWindow, TeskManager* teskManager)
@@ -13,6 +14,7 @@ MenuBar::MenuBar(MainWindow* parentWindow, TeskManager* teskManager)
 {
     buildFolderMenu();
     buildViewMenu();
+    buildToolMenu();
     buildPreviewMenu();
     buildBookmarkMenu();
     buildHelpMenu();
@@ -78,6 +80,32 @@ void MenuBar::buildViewMenu()
             &TeskManager::SlotChangeShowHiddensCalled);
     connect(manager, &TeskManager::SigShowHiddensFlagChanged, actionShowHidden,
             &QAction::setChecked);
+    QAction* sortSettings = menu->addAction(tr("Open Sort Settings"));
+    connect(sortSettings, &QAction::triggered, window, &MainWindow::SlotShowSortSettings);
+}
+
+void MenuBar::buildToolMenu()
+{
+    QMenu* menu = addMenu(tr("Tool"));
+    QAction* settings = menu->addAction(tr("Settings..."));
+    connect(settings, &QAction::triggered, window, &MainWindow::SlotOpenSettingsForm);
+    QAction* font = menu->addAction(tr("Font..."));
+    connect(font, &QAction::triggered, window, &MainWindow::SlotOpenFontForm);
+
+    QMenu* theme = menu->addMenu(tr("Theme"));
+    auto* group = new QActionGroup(theme);
+    group->setExclusive(true);
+    const QList<QPair<QString, TeskManager::ColorTheme>> themes{{tr("System"), TeskManager::System},
+                                                                {tr("Light"), TeskManager::Light},
+                                                                {tr("Dark"), TeskManager::Dark}};
+    for (const auto& entry : themes) {
+        QAction* action = theme->addAction(entry.first);
+        action->setCheckable(true);
+        group->addAction(action);
+        const TeskManager::ColorTheme value = entry.second;
+        connect(action, &QAction::triggered, this, [this, value] { emit SigChangeTheme(value); });
+        themeActions.append(action);
+    }
 }
 
 void MenuBar::buildPreviewMenu()
@@ -114,6 +142,9 @@ void MenuBar::buildBookmarkMenu()
 {
     bookmarkMenu = addMenu(tr("Bookmark"));
     connect(bookmarkMenu, &QMenu::aboutToShow, this, &MenuBar::updateBookmarkMenu);
+    QAction* manage = bookmarkMenu->addAction(tr("Manage Bookmarks..."));
+    connect(manage, &QAction::triggered, window, &MainWindow::SlotOpenBookmarkManager);
+    bookmarkMenu->addSeparator();
     actionBookmarkAdd = bookmarkMenu->addAction(tr("Add to Bookmarks"));
     actionBookmarkAdd->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_D));
     actionBookmarkAdd->setEnabled(false);
@@ -140,6 +171,14 @@ void MenuBar::buildHelpMenu()
 void MenuBar::InitState()
 {
     BookMarkStateUpdated(manager->IsRootBookmarked());
+    CheckThemeAction(manager->GetColorTheme());
+}
+
+void MenuBar::CheckThemeAction(TeskManager::ColorTheme theme)
+{
+    const int index = int(theme);
+    if (index >= 0 && index < themeActions.size())
+        themeActions.at(index)->setChecked(true);
 }
 
 void MenuBar::BookMarkStateUpdated(bool bookmarked)

@@ -1,11 +1,12 @@
 #pragma once
 
+#include "TeskManager.h"
+
 #include <QList>
 #include <QMenuBar>
 
 class MainWindow;
 class QAction;
-class TeskManager;
 
 // The window's menus. Keeps the checkable entries in step with the manager's
 // flags and routes each entry to a main-window slot or a manager slot.
@@ -22,6 +23,12 @@ public:
 
     static constexpr int kRecentActionCount = 10;
 
+    // Checks the theme entry of the stored theme.
+    void CheckThemeAction(TeskManager::ColorTheme theme);
+
+signals:
+    void SigChangeTheme(TeskManager::ColorTheme theme);
+
 public slots:
     void BookMarkStateUpdated(bool bookmarked);
 
@@ -34,6 +41,7 @@ private slots:
 private:
     void buildFolderMenu();
     void buildViewMenu();
+    void buildToolMenu();
     void buildPreviewMenu();
     void buildBookmarkMenu();
     void buildHelpMenu();
@@ -57,4 +65,5 @@ private:
     QAction* actionBookmarkDelete = nullptr;
     QAction* bookmarkSeparator = nullptr;
     QList<QAction*> bookmarkActions;
+    QList<QAction*> themeActions;
 };

@@ -2,13 +2,6 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="ja">
 <context>
-    <name>MainWindow</name>
-    <message>
-        <source>Bookmark Name</source>
-        <translation type="unfinished"></translation>
-    </message>
-</context>
-<context>
     <name>MenuBar</name>
     <message>
         <source>Folder</source>
@@ -110,6 +103,65 @@
         <source>About Tesk</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Open Sort Settings</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Tool</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Settings...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Font...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Theme</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>System</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Light</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Dark</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Manage Bookmarks...</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>SubFormFont</name>
+    <message>
+        <source>Font Setting</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Tree</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Default</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Table</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Fit to cell size</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>TeskManager</name>
@@ -163,6 +215,191 @@
     </message>
     <message>
         <source>Cannot preview because XAudio2 initialization failed. Please ensure that DirectX End-User Runtimes (June 2010) is installed.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>subFormBookmark</name>
+    <message>
+        <source>Bookmark Name</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Bookmark Manager</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Name</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Folder Path</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Add</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Edit</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Delete</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move to top</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move Up</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move Down</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move to bottom</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Please select a folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>subFormSortSettings</name>
+    <message>
+        <source>Sort Settings</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Use CSV file for sorting</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>To import CSV file...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show the root of the relative path that the file was written to</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>To select relative path root...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Ignore first line</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Start Analyzing</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>File Path</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Comments</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move to the root folder of the relative path when sorting is applied</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Apply</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>CSV file</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Relative path root</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>File Path column</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Comments column</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Import CSV file</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select relative path root</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Error</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The CSV file could not be found.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>CSV file analysis failed.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>subFormToolSettings</name>
+    <message>
+        <source>Tool Settings</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>External Tools</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open an .exe or .app file...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Executable file path</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Arguments: file path of the selected waveform is %FILEPATH%</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Seek Settings</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Set playback time seek range with &apos;R&apos; and &apos;T&apos; keys (msec)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select external .exe file</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Error</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Specified .exe file cannot be found. %1</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "TeskManager.h"
+
+#include <QPalette>
+#include <QProxyStyle>
+
+// The application style: fusion, with a dark palette while the dark theme is
+// in force (chosen, or "System" on a dark desktop). Replacing the application
+// style with a new TeskStyle is how a theme change reaches every widget.
+class TeskStyle final : public QProxyStyle
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(TeskStyle)
+
+public:
+    explicit TeskStyle(TeskManager* manager);
+
+    using QProxyStyle::polish;
+    void polish(QPalette& palette) override;
+
+    // Whether the theme resolves to dark, asking the desktop for "System".
+    static bool isDark(TeskManager::ColorTheme theme);
+    static QPalette darkPalette();
+
+private:
+    TeskManager* manager;
+    QPalette standardFusionPalette;
+};
+
+// Installs a new TeskStyle as the application style, which repolishes every
+// widget with the palette of the manager's current theme.
+void ApplyTeskStyle(TeskManager* manager);

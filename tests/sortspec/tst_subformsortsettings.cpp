@@ -1,0 +1,327 @@
+#include "subFormSortSettings.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QDir>
+#include <QFile>
+#include <QGroupBox>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QSpinBox>
+#include <QTableWidget>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <QUrl>
+
+namespace {
+
+// Closes the next message box once it is up and hands back its text, so a
+// modal error does not block the test.
+class MessageBoxCatcher final
+{
+public:
+    MessageBoxCatcher() { poll(); }
+    QString text;
+    QString title;
+
+private:
+    void poll()
+    {
+        QTimer::singleShot(10, [this] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (!box) {
+                poll();
+                return;
+            }
+            text = box->text();
+            title = box->windowTitle();
+            box->accept();
+        });
+    }
+};
+
+} // namespace
+
+class tst_subFormSortSettings final : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir dir;
+    QString root;
+
+    template<typename T>
+    static T* child(subFormSortSettings& form, const char* name)
+    {
+        T* w = form.findChild<T*>(QString::fromLatin1(name));
+        if (!w)
+            qFatal("missing control %s", name);
+        return w;
+    }
+
+    QString writeCsv(const QString& name, const QByteArray& bytes)
+    {
+        const QString path = QDir(root).filePath(name);
+        QFile f(path);
+        if (!f.open(QIODevice::WriteOnly) || f.write(bytes) != bytes.size())
+            qFatal("cannot write fixture");
+        return path;
+    }
+
+    void touch(const QString& relative)
+    {
+        const QString path = QDir(root).filePath(relative);
+        QDir().mkpath(QFileInfo(path).absolutePath());
+        QFile f(path);
+        if (!f.open(QIODevice::WriteOnly))
+            qFatal("cannot create fixture");
+    }
+
+    static void setUp(subFormSortSettings& form, const QString& csv, int pathColumn,
+                      int commentColumn, bool ignoreFirst)
+    {
+        child<QGroupBox>(form, "groupUseCsv")->setChecked(true);
+        child<QLineEdit>(form, "editCsvPath")->setText(csv);
+        child<QSpinBox>(form, "spinPathColumn")->setValue(pathColumn);
+        child<QSpinBox>(form, "spinCommentColumn")->setValue(commentColumn);
+        child<QCheckBox>(form, "checkIgnoreFirstLine")->setChecked(ignoreFirst);
+    }
+
+    static void drop(subFormSortSettings& form, QWidget* onto, const QString& localPath,
+                     bool* accepted)
+    {
+        QMimeData mime;
+        mime.setUrls({QUrl::fromLocalFile(localPath)});
+        const QPoint pos = onto->mapTo(&form, onto->rect().center());
+        QDragEnterEvent enter(pos, Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(&form, &enter);
+        QDropEvent dropEvent(pos, Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+        dropEvent.setAccepted(false);
+        QApplication::sendEvent(&form, &dropEvent);
+        *accepted = dropEvent.isAccepted();
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(dir.isValid());
+        root = QDir(dir.path()).canonicalPath();
+        for (const char* name : {"a.wav", "b.wav", "sub/c.wav"})
+            touch(QString::fromLatin1(name));
+    }
+
+    void controlsStartAsDesigned()
+    {
+        subFormSortSettings form;
+        QCOMPARE(form.windowTitle(), QStringLiteral("Sort Settings"));
+        QVERIFY(!child<QGroupBox>(form, "groupUseCsv")->isChecked());
+        QVERIFY(child<QGroupBox>(form, "groupUseCsv")->isCheckable());
+        QCOMPARE(child<QSpinBox>(form, "spinPathColumn")->maximum(), 100);
+        QCOMPARE(child<QSpinBox>(form, "spinCommentColumn")->minimum(), 1);
+        QVERIFY(child<QCheckBox>(form, "checkIgnoreFirstLine")->isChecked());
+        QVERIFY(child<QCheckBox>(form, "checkMoveToRoot")->isChecked());
+        QVERIFY(!form.isApplicable());
+        form.setRelativeRoot(root);
+        QCOMPARE(child<QLineEdit>(form, "editRelativeRoot")->text(), root);
+    }
+
+    void analyzesAndResolves()
+    {
+        subFormSortSettings form;
+        form.setRelativeRoot(root);
+        setUp(form,
+              writeCsv(QStringLiteral("two.csv"), "a.wav,first\nb,second\n\"sub/c.wav\",third\n"),
+              1, 2, false);
+        child<QPushButton>(form, "buttonAnalyze")->click();
+
+        QVERIFY(form.isApplicable());
+        const SortEntryList expected{
+            {root + QStringLiteral("/a.wav"), QStringLiteral("first")},
+            {root + QStringLiteral("/b.wav"), QStringLiteral("second")},
+            {root + QStringLiteral("/sub/c.wav"), QStringLiteral("third")}};
+        QCOMPARE(form.entries(), expected);
+
+        // The table shows what the file says, not what it resolved to.
+        auto* table = child<QTableWidget>(form, "tableResult");
+        QCOMPARE(table->rowCount(), 3);
+        QCOMPARE(table->item(1, 0)->text(), QStringLiteral("b"));
+        QCOMPARE(table->item(2, 0)->text(), QStringLiteral("\"sub/c.wav\""));
+        QCOMPARE(table->item(2, 1)->text(), QStringLiteral("third"));
+        QVERIFY(table->isVisibleTo(&form));
+
+        child<QGroupBox>(form, "groupUseCsv")->setChecked(false);
+        QVERIFY(!form.isApplicable());
+    }
+
+    void missingRootFallsBackToTheCsvFolder()
+    {
+        QTemporaryDir other;
+        const QString csvDir = QDir(other.path()).canonicalPath();
+        QFile wav(csvDir + QStringLiteral("/near.wav"));
+        QVERIFY(wav.open(QIODevice::WriteOnly));
+        wav.close();
+        QFile csv(csvDir + QStringLiteral("/list.csv"));
+        QVERIFY(csv.open(QIODevice::WriteOnly));
+        csv.write("near,x\n");
+        csv.close();
+
+        subFormSortSettings form;
+        form.setRelativeRoot(root + QStringLiteral("/no-such-folder"));
+        setUp(form, csv.fileName(), 1, 2, false);
+        child<QPushButton>(form, "buttonAnalyze")->click();
+        QCOMPARE(form.entries().value(0).first, csvDir + QStringLiteral("/near.wav"));
+    }
+
+    void analysisErrors_data()
+    {
+        QTest::addColumn<QString>("csvName");
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<int>("pathColumn");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("missing file")
+            << "" << QByteArray() << 1 << "The CSV file could not be found.";
+        QTest::newRow("path column 3 of 2")
+            << "cols.csv" << QByteArray("a.wav,x\nb.wav,y\n") << 3 << "CSV file analysis failed.";
+        QTest::newRow("ragged line") << "ragged.csv" << QByteArray("\"a,b.wav\",x\nb.wav,y\n") << 1
+                                     << "CSV file analysis failed.";
+        QTest::newRow("empty file")
+            << "empty.csv" << QByteArray() << 1 << "CSV file analysis failed.";
+    }
+
+    void analysisErrors()
+    {
+        QFETCH(QString, csvName);
+        QFETCH(QByteArray, bytes);
+        QFETCH(int, pathColumn);
+        QFETCH(QString, message);
+
+        subFormSortSettings form;
+        form.setRelativeRoot(root);
+        // A good analysis first, so the failure must also clear the old result.
+        setUp(form, writeCsv(QStringLiteral("good.csv"), "a.wav,x\n"), 1, 2, false);
+        child<QPushButton>(form, "buttonAnalyze")->click();
+        QVERIFY(form.isApplicable());
+
+        const QString csv = csvName.isEmpty() ? QDir(root).filePath(QStringLiteral("absent.csv"))
+                                              : writeCsv(csvName, bytes);
+        setUp(form, csv, pathColumn, 2, false);
+        MessageBoxCatcher catcher;
+        child<QPushButton>(form, "buttonAnalyze")->click();
+        QCOMPARE(catcher.title, QStringLiteral("Error"));
+        QCOMPARE(catcher.text, message);
+        QVERIFY(!form.isApplicable());
+        QVERIFY(form.entries().isEmpty());
+        QCOMPARE(child<QTableWidget>(form, "tableResult")->rowCount(), 0);
+        QVERIFY(!QApplication::overrideCursor());
+    }
+
+    void applyWithRootChangeWaitsForTheNewList()
+    {
+        subFormSortSettings form;
+        form.setRelativeRoot(root);
+        QSignalSpy applied(&form, &subFormSortSettings::SigSortSettingApplied);
+        QSignalSpy rootCalled(&form, &subFormSortSettings::SigChangeRootPathCalled);
+
+        // A list arriving without a pending apply changes nothing.
+        form.SlotFileListAcquired();
+        QCOMPARE(applied.count(), 0);
+
+        child<QPushButton>(form, "buttonApply")->click();
+        QCOMPARE(rootCalled.count(), 1);
+        QCOMPARE(rootCalled.at(0).at(0).toString(), root);
+        QCOMPARE(applied.count(), 0);
+        QVERIFY(form.isApplyPending());
+
+        form.SlotFileListAcquired();
+        QCOMPARE(applied.count(), 1);
+        QVERIFY(!form.isApplyPending());
+        form.SlotFileListAcquired();
+        QCOMPARE(applied.count(), 1);
+    }
+
+    void applyWithoutRootChangeIsImmediate()
+    {
+        subFormSortSettings form;
+        QSignalSpy applied(&form, &subFormSortSettings::SigSortSettingApplied);
+        QSignalSpy rootCalled(&form, &subFormSortSettings::SigChangeRootPathCalled);
+        child<QCheckBox>(form, "checkMoveToRoot")->setChecked(false);
+        child<QPushButton>(form, "buttonApply")->click();
+        QCOMPARE(applied.count(), 1);
+        QCOMPARE(rootCalled.count(), 0);
+    }
+
+    void marksUnmatchedRows()
+    {
+        subFormSortSettings form;
+        form.setRelativeRoot(root);
+        setUp(form, writeCsv(QStringLiteral("mark.csv"), "a.wav,1\ngone,2\nb.wav,3\n"), 1, 2,
+              false);
+        child<QPushButton>(form, "buttonAnalyze")->click();
+        QCOMPARE(form.entries().at(1).first, QStringLiteral("gone"));
+
+        form.markUnmatched({{QStringLiteral("gone"), QStringLiteral("2")}});
+        auto* table = child<QTableWidget>(form, "tableResult");
+        const QColor red(Qt::red), white(Qt::white), black(Qt::black);
+        QCOMPARE(table->item(1, 0)->background().color(), red);
+        QCOMPARE(table->item(1, 0)->foreground().color(), white);
+        QCOMPARE(table->item(0, 0)->background().color(), white);
+        QCOMPARE(table->item(0, 0)->foreground().color(), black);
+        QCOMPARE(table->item(2, 0)->background().color(), white);
+
+        // A later application with everything matched clears the mark.
+        form.markUnmatched({});
+        QCOMPARE(table->item(1, 0)->background().color(), white);
+    }
+
+    void drops()
+    {
+        subFormSortSettings form;
+        form.resize(500, 500);
+        form.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&form));
+        auto* csvEdit = child<QLineEdit>(form, "editCsvPath");
+        auto* rootEdit = child<QLineEdit>(form, "editRelativeRoot");
+        auto* table = child<QTableWidget>(form, "tableResult");
+        const QString csv = writeCsv(QStringLiteral("Drop.CSV"), "a.wav,x\n");
+        const QString folder = QDir(root).filePath(QStringLiteral("sub"));
+        bool accepted = true;
+
+        drop(form, csvEdit, csv, &accepted);
+        QVERIFY2(!accepted, "drops are refused while the group is unchecked");
+        QVERIFY(csvEdit->text().isEmpty());
+
+        child<QGroupBox>(form, "groupUseCsv")->setChecked(true);
+        drop(form, csvEdit, csv, &accepted);
+        QVERIFY(accepted);
+        QCOMPARE(csvEdit->text(), csv);
+
+        csvEdit->clear();
+        drop(form, table->viewport(), csv, &accepted);
+        QVERIFY(accepted);
+        QCOMPARE(csvEdit->text(), csv);
+
+        drop(form, rootEdit, folder, &accepted);
+        QVERIFY(accepted);
+        QCOMPARE(rootEdit->text(), folder);
+
+        rootEdit->clear();
+        csvEdit->clear();
+        drop(form, rootEdit, csv, &accepted);
+        QVERIFY2(!accepted, "a file is not a root folder");
+        drop(form, csvEdit, folder, &accepted);
+        QVERIFY2(!accepted, "a folder is not a CSV file");
+        drop(form, csvEdit, QDir(root).filePath(QStringLiteral("a.wav")), &accepted);
+        QVERIFY2(!accepted, "only .csv files");
+        drop(form, csvEdit, QDir(root).filePath(QStringLiteral("gone.csv")), &accepted);
+        QVERIFY2(!accepted, "the file must exist");
+        QVERIFY(rootEdit->text().isEmpty());
+        QVERIFY(csvEdit->text().isEmpty());
+    }
+};
+
+QTEST_MAIN(tst_subFormSortSettings)
+#include "tst_subformsortsettings.moc"
