@@ -3,9 +3,14 @@
 #include "BookmarkNameDialog.h"
 #include "CommandLineRoot.h"
 #include "DefaultWindowGeometry.h"
+#include "FileManagerReveal.h"
 #include "MenuBar.h"
 #include "SubFormFont.h"
 #include "TeskStyle.h"
+#include "WidgetRootPath.h"
+#include "WidgetSearch.h"
+#include "WidgetTableBrowser.h"
+#include "WidgetTreeBrowser.h"
 #include "subFormBookmark.h"
 #include "subFormSortSettings.h"
 #include "subFormToolSettings.h"
@@ -42,23 +47,20 @@ MainWindow::MainWindow(QWidget* parent)
 
     auto* outer = new QVBoxLayout(centralWidget());
     auto* top = new QHBoxLayout();
-    widgetRootPath = new QWidget(centralWidget());
-    widgetRootPath->setObjectName(QStringLiteral("WidgetRootPath"));
+    widgetRootPath = new WidgetRootPath(centralWidget());
     widgetPlayer = new QWidget(centralWidget());
     widgetPlayer->setObjectName(QStringLiteral("WidgetPlayer"));
-    widgetSearch = new QWidget(centralWidget());
-    widgetSearch->setObjectName(QStringLiteral("WidgetSearch"));
-    widgetSearch->setFocusPolicy(Qt::StrongFocus);
+    widgetSearch = new WidgetSearch(centralWidget());
     top->addWidget(widgetRootPath, 7);
     top->addWidget(widgetPlayer, 3);
     top->addWidget(widgetSearch, 2);
     outer->addLayout(top);
 
     splitter = new QSplitter(Qt::Horizontal, centralWidget());
-    widgetTreeBrowser = new QWidget(splitter);
-    widgetTreeBrowser->setObjectName(QStringLiteral("WidgetTreeBrowser"));
-    widgetTableBrowser = new QWidget(splitter);
-    widgetTableBrowser->setObjectName(QStringLiteral("WidgetTableBrowser"));
+    widgetTreeBrowser = new WidgetTreeBrowser(manager, splitter);
+    // No Nuendo connection manager in this build yet: the state reads "not connected".
+    widgetTableBrowser = new WidgetTableBrowser(
+        manager, [] { return 0; }, splitter);
     splitter->addWidget(widgetTreeBrowser);
     splitter->addWidget(widgetTableBrowser);
     splitter->setStretchFactor(0, 1);
@@ -87,11 +89,25 @@ MainWindow::MainWindow(QWidget* parent)
     connect(manager, &TeskManager::SigChangeColorTheme, this, &MainWindow::SlotChangeColorTheme);
     connect(menuBarWidget, &MenuBar::SigChangeTheme, this, &MainWindow::SlotChangeColor);
 
-    // Focuses the search field once the search widget takes its place.
+    connect(widgetTableBrowser, &WidgetTableBrowser::SigOpenByExplorerCalled, this,
+            &MainWindow::SlotOpenParentDirByExplorer);
+    connect(widgetTreeBrowser, &WidgetTreeBrowser::SigShowInExplorer, this,
+            &MainWindow::SlotOpenParentDirByExplorer);
+    connect(widgetRootPath, &WidgetRootPath::SigBookmarkFlagChangeRequired, this,
+            &MainWindow::SlotChangeBookmarkCalled);
+    connect(menuBarWidget, &MenuBar::SigShowRootPathSelectDialog, widgetRootPath,
+            &WidgetRootPath::SlotShowRootPathSelectDialog);
+    connect(menuBarWidget, &MenuBar::SigColumnVisiblityChanged, widgetTableBrowser,
+            &WidgetTableBrowser::SlotColumnVisibleChanged);
+    connect(menuBarWidget, &MenuBar::SigStartPlayback, widgetTableBrowser,
+            &WidgetTableBrowser::SlotSelectedItemPlaybackCalled);
+    widgetRootPath->SetManager(manager);
+    widgetSearch->SetManager(manager);
+
     searchShortcut = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_F), this);
     searchShortcut->setContext(Qt::WindowShortcut);
     connect(searchShortcut, &QShortcut::activated, widgetSearch,
-            [this] { widgetSearch->setFocus(Qt::ShortcutFocusReason); });
+            &WidgetSearch::SlotFocusSearchTextbox);
     setWindowIcon(QIcon(QStringLiteral(":/images/tesk.png")));
 
     manager->GetFontSettings()->SetDefaultFont(QApplication::font().family(),
@@ -162,13 +178,7 @@ void MainWindow::SlotSetMainWindowGeometry(int left, int top, int wid, int hgt)
 
 void MainWindow::SlotOpenParentDirByExplorer(QString filePath)
 {
-#ifdef Q_OS_WIN
-    QProcess::startDetached(QStringLiteral("explorer"),
-                            {QStringLiteral("/select,"), QDir::toNativeSeparators(filePath)});
-#else
-    // No Explorer here: the desktop's file manager shows the containing folder.
-    QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(filePath).absolutePath()));
-#endif
+    RevealInFileManager(filePath, this);
 }
 
 void MainWindow::askBookmarkName()

@@ -6,6 +6,10 @@
 
 class MenuBar;
 class SubFormFont;
+class WidgetRootPath;
+class WidgetSearch;
+class WidgetTableBrowser;
+class WidgetTreeBrowser;
 class subFormSortSettings;
 class QLabel;
 class QShortcut;
@@ -26,6 +30,11 @@ public:
 
     TeskManager* GetManager() const { return manager; }
     QSplitter* GetSplitter() const { return splitter; }
+    MenuBar* GetMenuBar() const { return menuBarWidget; }
+    WidgetRootPath* GetRootPathWidget() const { return widgetRootPath; }
+    WidgetSearch* GetSearchWidget() const { return widgetSearch; }
+    WidgetTreeBrowser* GetTreeBrowser() const { return widgetTreeBrowser; }
+    WidgetTableBrowser* GetTableBrowser() const { return widgetTableBrowser; }
     QLabel* GetStatusLabel() const { return statusLabel; }
 
 public slots:
@@ -65,11 +74,11 @@ private:
     // Plain placeholders holding the places of the browser widgets, which are
     // built in the views and playback libraries; each is replaced by the real
     // widget, with its wiring, when that lands.
-    QWidget* widgetRootPath = nullptr;
+    WidgetRootPath* widgetRootPath = nullptr;
     QWidget* widgetPlayer = nullptr;
-    QWidget* widgetSearch = nullptr;
-    QWidget* widgetTreeBrowser = nullptr;
-    QWidget* widgetTableBrowser = nullptr;
+    WidgetSearch* widgetSearch = nullptr;
+    WidgetTreeBrowser* widgetTreeBrowser = nullptr;
+    WidgetTableBrowser* widgetTableBrowser = nullptr;
     QSplitter* splitter = nullptr;
     QLabel* statusLabel = nullptr;
     QShortcut* searchShortcut = nullptr;
