@@ -54,6 +54,7 @@ void KrokTableSortModel::setSourceModel(QAbstractItemModel* model)
     if (sourceModel())
         disconnect(sourceModel(), nullptr, this, nullptr);
     dropKeys();
+    table = qobject_cast<const krokTableModel*>(model);
     // Connected before the base class so that the keys are gone by the time the
     // proxy re-sorts in its own handlers.
     if (model) {
@@ -122,11 +123,10 @@ int KrokTableSortModel::compareValues(const QVariant& a, const QVariant& b)
 bool KrokTableSortModel::filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const
 {
     Q_UNUSED(sourceParent)
-    const auto* model = qobject_cast<const krokTableModel*>(sourceModel());
-    if (!model || sourceRow < 0 || sourceRow >= model->rowCount()) {
+    if (!table || sourceRow < 0 || sourceRow >= table->rowCount()) {
         return false;
     }
-    return model->isRowShown(sourceRow);
+    return table->isRowShown(sourceRow);
 }
 
 bool KrokTableSortModel::lessThan(const QModelIndex& left, const QModelIndex& right) const
@@ -138,7 +138,11 @@ bool KrokTableSortModel::lessThan(const QModelIndex& left, const QModelIndex& ri
     if (l < 0 || r < 0 || l >= rows || r >= rows)
         return false;
 
-    if (column == ColumnFile) {
+    if (column == ColumnFullPath) {
+        const int byPath = comparePaths(l, r);
+        if (byPath != 0)
+            return byPath < 0;
+    } else if (column == ColumnFile) {
         const QVector<QCollatorSortKey>& keys = nameKeys();
         const int byName = keys.at(l).compare(keys.at(r));
         if (byName != 0)
@@ -156,6 +160,17 @@ bool KrokTableSortModel::lessThan(const QModelIndex& left, const QModelIndex& ri
     // Same name (or the same path): the full path keeps repeated sorts stable.
     if (column == ColumnFullPath)
         return false;
+    return comparePaths(l, r) < 0;
+}
+
+int KrokTableSortModel::comparePaths(int l, int r) const
+{
+    // Straight from the row list, past the root folder that all paths share:
+    // the end of a list sorts every row by path at once.
+    if (table && table->hasRows()) {
+        const int skip = table->commonPathPrefixLength();
+        return table->filePathRef(l).midRef(skip).compare(table->filePathRef(r).midRef(skip));
+    }
     const QVector<QVariant>& paths = sortValues(ColumnFullPath);
-    return compareValues(paths.at(l), paths.at(r)) < 0;
+    return compareValues(paths.at(l), paths.at(r));
 }

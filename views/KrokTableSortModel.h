@@ -8,6 +8,8 @@
 
 #include <optional>
 
+class krokTableModel;
+
 // The proxy over the file table: hides the rows the model reports not shown
 // (search, sort specification) and sorts by the model's sort values, names
 // naturally (take2 before take10), ties by file name and then full path.
@@ -44,7 +46,9 @@ private:
     const QVector<QVariant>& sortValues(int column) const;
     const QVector<QCollatorSortKey>& nameKeys() const;
     void dropKeys();
+    int comparePaths(int leftRow, int rightRow) const;
 
+    const krokTableModel* table = nullptr;
     QCollator collator;
     mutable Keys primary;
     mutable Keys fullPaths;

@@ -74,7 +74,7 @@ bool SearchRowMatcher::parseDurationMs(const QString& text, int* ms)
 bool SearchRowMatcher::matches(const krokTableModel& model, int row,
                                const SearchCriteriaStruct& criteria)
 {
-    if (!criteria.name.isEmpty() && !model.fileName(row).contains(criteria.name)) {
+    if (!criteria.name.isEmpty() && !model.fileNameRef(row).contains(criteria.name)) {
         return false;
     }
     if (!criteria.useDetail) {

@@ -13,8 +13,12 @@
 #include <QVBoxLayout>
 
 #include <array>
+#include <cmath>
+#include <limits>
 
 namespace {
+
+constexpr float kUnread = std::numeric_limits<float>::quiet_NaN();
 
 constexpr std::array<int, 13> kDefaultColumnWidths = {150, 180, 85, 135, 50, 80, 35,
                                                       65,  35,  60, 120, 60, 50};
@@ -72,6 +76,8 @@ WidgetTableBrowser::WidgetTableBrowser(TeskManager* manager,
             &WidgetTableBrowser::SlotSubSpacePressed);
     connect(view, &SubWidgetTableView::SigPressEscKey, this,
             &WidgetTableBrowser::SlotSubEscPressed);
+    connect(view, &SubWidgetTableView::SigUpdateFilesCalled, this,
+            &WidgetTableBrowser::forgetSelectedDurations);
     connect(view, &SubWidgetTableView::SigUpdateFilesCalled, this,
             &WidgetTableBrowser::SigUpdateFilesCalled);
 
@@ -191,16 +197,43 @@ bool WidgetTableBrowser::statusMessage(int count, float totalSeconds, QString* m
     return total > 0.0f;
 }
 
+float WidgetTableBrowser::rowDuration(int row)
+{
+    if (row < rowDurations.size() && !std::isnan(rowDurations[row])) {
+        return rowDurations[row];
+    }
+    const QVariant value = model->data(model->index(row, ColumnDuration), TableRoles::SortValue);
+    if (!value.isValid()) {
+        return 0.0f; // not analysed yet
+    }
+    const float seconds = value.toFloat();
+    if (row < rowDurations.size()) {
+        rowDurations[row] = seconds;
+    }
+    return seconds;
+}
+
+void WidgetTableBrowser::forgetSelectedDurations()
+{
+    const QModelIndexList selected = view->selectionModel()->selectedRows();
+    for (const QModelIndex& index : selected) {
+        const int row = proxy->mapToSource(index).row();
+        if (row >= 0 && row < rowDurations.size()) {
+            rowDurations[row] = kUnread;
+        }
+    }
+}
+
 void WidgetTableBrowser::updateStatusLine()
 {
     int count = 0;
     float total = 0.0f;
-    const int rows = model->rowCount();
+    const int rows = model->hasRows() ? model->rowCount() : 0;
     for (int row = 0; row < rows; ++row) {
         if (!model->isRowShown(row)) {
             continue;
         }
-        total += model->data(model->index(row, ColumnDuration), TableRoles::SortValue).toFloat();
+        total += rowDuration(row);
         ++count;
     }
     QString message;
@@ -218,6 +251,7 @@ void WidgetTableBrowser::SlotRootPathChanged()
 {
     view->setUpdateEnabled(false);
     model->clearRows();
+    rowDurations.clear();
     if (!columnWidthsInitialized) {
         setDefaultColumnWidths();
         columnWidthsInitialized = true;
@@ -237,6 +271,7 @@ void WidgetTableBrowser::SlotRowHeightChanged(int height)
 void WidgetTableBrowser::SlotFilePathListAcquired(QList<QString> pathList)
 {
     model->setFilePathList(pathList);
+    rowDurations.fill(kUnread, pathList.size());
 }
 
 void WidgetTableBrowser::SlotAnalyzedInfoAcquired(int i_from, int i_to)
@@ -245,6 +280,10 @@ void WidgetTableBrowser::SlotAnalyzedInfoAcquired(int i_from, int i_to)
     const int last = qMin(i_to, rows - 1);
     for (int row = qMax(i_from, 0); row <= last; ++row) {
         model->setDetailAcquired(row, true);
+        if (row < rowDurations.size()) {
+            rowDurations[row] = kUnread;
+            rowDuration(row);
+        }
     }
     model->refreshRows(qMax(i_from, 0), last);
 }

@@ -5,6 +5,7 @@
 #include "krokTableModel.h"
 
 #include <QItemSelection>
+#include <QVector>
 #include <QWidget>
 
 class KrokTableSortModel;
@@ -84,6 +85,8 @@ private:
     void setDefaultColumnWidths();
     QString currentPath() const;
     bool askAutoPlayback();
+    float rowDuration(int row);
+    void forgetSelectedDurations();
 
     TeskManager* manager;
     krokTableModel* model;
@@ -91,4 +94,8 @@ private:
     KrokTableSortModel* proxy;
     WaveformStyledItemDelegate* delegate;
     bool columnWidthsInitialized = false;
+    // Seconds per model row for the status line, read as each analysed range
+    // arrives so that totalling a whole list never copies every record at
+    // once; NaN until read.
+    QVector<float> rowDurations;
 };

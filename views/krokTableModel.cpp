@@ -6,7 +6,6 @@
 #include "TeskManager.h"
 #include "WaveformStyledItem.h"
 
-#include <QFileInfo>
 #include <QFont>
 #include <QSharedPointer>
 
@@ -142,7 +141,7 @@ QVariant krokTableModel::cellValue(int row, int column, bool forSorting) const
     const FileRowEntry& entry = rows[row];
     switch (column) {
     case ColumnFile:
-        return QFileInfo(entry.path).fileName();
+        return fileName(row);
     case ColumnFullPath:
         return entry.path;
     case ColumnSortSpecification:
@@ -158,10 +157,8 @@ QVariant krokTableModel::cellValue(int row, int column, bool forSorting) const
     if (!entry.detailAcquired || !registry) {
         return {};
     }
-    const AudioFileInfo info = registry->GetFileInfo(entry.path);
-    // The registry answers an unknown path with its default record, the only
-    // record without a modify time (a real analysis always stamps one).
-    if (info.isHeaderRead == 0 && info.modifyTime.empty()) {
+    AudioFileInfo info;
+    if (!registry->FindFileInfo(entry.path, info)) {
         return column == ColumnFormat ? QVariant(QStringLiteral("ERROR")) : QVariant();
     }
     if (column == ColumnPlots) {
@@ -204,6 +201,7 @@ void krokTableModel::clearRows()
     hasFiles = false;
     rows.clear();
     sortSpecActive = false;
+    commonPrefix = 0;
     endResetModel();
 }
 
@@ -221,11 +219,20 @@ void krokTableModel::setFilePathList(const QList<QString>& paths)
     beginInsertRows(QModelIndex(), 0, paths.size() - 1);
     rowTotal = paths.size();
     rows.reserve(paths.size());
+    const QString& first = paths.first();
+    int prefix = first.size();
     for (const QString& path : paths) {
         FileRowEntry entry;
         entry.path = path;
+        // Qt file APIs always separate with /.
+        entry.nameStart = path.lastIndexOf(QLatin1Char('/')) + 1;
+        prefix = std::min(prefix, path.size());
+        while (prefix > 0 && QStringRef(&path, 0, prefix) != QStringRef(&first, 0, prefix)) {
+            --prefix;
+        }
         rows.append(std::move(entry));
     }
+    commonPrefix = prefix;
     endInsertRows();
     hasFiles = true;
 }
@@ -255,7 +262,12 @@ QString krokTableModel::filePath(int row) const
 
 QString krokTableModel::fileName(int row) const
 {
-    return QFileInfo(rows[row].path).fileName();
+    return fileNameRef(row).toString();
+}
+
+QStringRef krokTableModel::fileNameRef(int row) const
+{
+    return rows[row].path.midRef(rows[row].nameStart);
 }
 
 void krokTableModel::resetSortSpecification()

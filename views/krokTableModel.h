@@ -26,6 +26,8 @@ struct FileRowEntry
     bool inSortSpec = false;
     std::int32_t sortIndex = -1;
     QString sortComment;
+    // Where the file name starts in path, so that name sorting needs no search.
+    std::int32_t nameStart = 0;
 };
 
 // A sort specification entry as the CSV reader delivers it: file path, comment.
@@ -61,6 +63,12 @@ public:
     bool hasRows() const { return hasFiles; }
     QString filePath(int row) const;
     QString fileName(int row) const;
+    // The file-name part of the row's path without a copy.
+    QStringRef fileNameRef(int row) const;
+    const QString& filePathRef(int row) const { return rows[row].path; }
+    // Every path of the list starts with this many equal characters (the root
+    // folder); comparisons of paths may skip them.
+    int commonPathPrefixLength() const { return commonPrefix; }
 
     QList<SortSpecEntry> applySortSpecification(const QList<SortSpecEntry>& entries);
     void resetSortSpecification();
@@ -88,4 +96,5 @@ private:
     bool loudnessVoltMode = false;
     bool multiPlot = false;
     bool sortSpecActive = false;
+    int commonPrefix = 0;
 };

@@ -48,6 +48,7 @@ private slots:
     void autoPlaybackOnSelection();
     void activationPlaysButNotFromPlotColumn();
     void columnVisibilityMask();
+    void sortsByPathAndName();
     void durationCellParsing_data();
     void durationCellParsing();
     void nameSearchIsCaseSensitive();
@@ -364,6 +365,31 @@ void TestTableBrowser::nameSearchIsCaseSensitive()
     criteria.useDetail = false;
     browser.SlotSearchExecute(criteria);
     QCOMPARE(browser.sortModel()->rowCount(), 3);
+}
+
+void TestTableBrowser::sortsByPathAndName()
+{
+    WidgetTableBrowser browser(nullptr, {});
+    browser.tableModel()->setFilePathList(
+        {QStringLiteral("/lib2/x.wav"), QStringLiteral("/lib/z/d.wav"),
+         QStringLiteral("/lib/a.wav"), QStringLiteral("/lib/b/c.wav"), QStringLiteral("/lib")});
+    browser.SlotGetDetailEnded();
+    KrokTableSortModel* proxy = browser.sortModel();
+    auto column = [proxy](int c) {
+        QStringList values;
+        for (int row = 0; row < proxy->rowCount(); ++row) {
+            values << proxy->index(row, c).data().toString();
+        }
+        return values;
+    };
+    browser.tableView()->sortByColumn(1, Qt::AscendingOrder);
+    QCOMPARE(column(1), (QStringList{QStringLiteral("/lib"), QStringLiteral("/lib/a.wav"),
+                                     QStringLiteral("/lib/b/c.wav"), QStringLiteral("/lib/z/d.wav"),
+                                     QStringLiteral("/lib2/x.wav")}));
+    browser.tableView()->sortByColumn(0, Qt::DescendingOrder);
+    QCOMPARE(column(0),
+             (QStringList{QStringLiteral("x.wav"), QStringLiteral("lib"), QStringLiteral("d.wav"),
+                          QStringLiteral("c.wav"), QStringLiteral("a.wav")}));
 }
 
 QTEST_MAIN(TestTableBrowser)

@@ -1,0 +1,361 @@
+#include "GacManager.h"
+#include "GacSdk.h"
+#include "VexGacMessages.h"
+
+#include <QtTest>
+
+using namespace Vexmw;
+
+namespace {
+
+// Control functions of the stand-in SDK, resolved from the same library file
+// the manager loads, so both see one server.
+struct FakeSdk
+{
+    void (*reset)() = nullptr;
+    void (*setResult)(const char*, int) = nullptr;
+    void (*setExportedAsset)(const char*) = nullptr;
+    int (*calls)(char*, int) = nullptr;
+    void (*fire)(int) = nullptr;
+
+    bool resolve(const QString& path)
+    {
+        QLibrary lib(path);
+        reset = reinterpret_cast<void (*)()>(lib.resolve("fakeGacReset"));
+        setResult = reinterpret_cast<void (*)(const char*, int)>(lib.resolve("fakeGacSetResult"));
+        setExportedAsset =
+            reinterpret_cast<void (*)(const char*)>(lib.resolve("fakeGacSetExportedAsset"));
+        calls = reinterpret_cast<int (*)(char*, int)>(lib.resolve("fakeGacCalls"));
+        fire = reinterpret_cast<void (*)(int)>(lib.resolve("fakeGacFire"));
+        return reset && setResult && setExportedAsset && calls && fire;
+    }
+
+    QStringList callList() const
+    {
+        QByteArray buffer(calls(nullptr, 0), '\0');
+        calls(buffer.data(), buffer.size());
+        return QString::fromUtf8(buffer.constData()).split('\n', Qt::SkipEmptyParts);
+    }
+};
+
+// Collects the manager's log lines as they arrive on this thread.
+struct LogRecorder
+{
+    QStringList lines;
+    explicit LogRecorder(GacManager& m)
+    {
+        QObject::connect(&m, &GacManager::SigGacLogMessage,
+                         [this](const QString& line) { lines << line; });
+    }
+};
+
+// Index of the first line at or after from that starts with prefix, or -1.
+int findFrom(const QStringList& lines, const QString& prefix, int from = 0)
+{
+    for (int i = qMax(from, 0); i < lines.size(); ++i)
+        if (lines.at(i).startsWith(prefix))
+            return i;
+    return -1;
+}
+
+// Every expected line, each found after the previous one.
+bool containsInOrder(const QStringList& lines, const QStringList& expected, int from = 0)
+{
+    int at = from - 1;
+    for (const QString& e : expected) {
+        at = findFrom(lines, e, at + 1);
+        if (at < 0)
+            return false;
+    }
+    return true;
+}
+
+const char* const kNotInitialised =
+    "[Warning] Vex GAC is necessary to initialize before start the connection process.";
+
+} // namespace
+
+class TestGacManager final : public QObject
+{
+    Q_OBJECT
+
+    FakeSdk m_sdk;
+    const QString m_sdkPath = QStringLiteral(FAKE_GAC_SDK_PATH);
+
+    void connectNow(GacManager& manager)
+    {
+        manager.StartConnecting();
+        QTRY_COMPARE_WITH_TIMEOUT(manager.GetState(), int(GacManager::Connected), 10000);
+    }
+
+private slots:
+    void initTestCase() { QVERIFY(m_sdk.resolve(m_sdkPath)); }
+
+    void init() { m_sdk.reset(); }
+
+    void initialisesTheSdk()
+    {
+        {
+            GacManager manager(nullptr, {m_sdkPath});
+            LogRecorder log(manager);
+            QCOMPARE(manager.GetState(), int(GacManager::NotConnected));
+            QTRY_VERIFY(log.lines.contains("[API] Vex GAC registerCallbacks()"));
+            QVERIFY(containsInOrder(
+                log.lines,
+                {"[API] Vex GAC constructor()", "[API] Vex GAC setGacEngineName()",
+                 "[API] Vex GAC initialize()", "[Info] GAC status: initialized",
+                 "[Info] GAC engine name: Vex Tesk", "[API] Vex GAC registerCallbacks()",
+                 "[API] Vex GAC setServerIpAddress()", "[API] Vex GAC setServerPort()"}));
+            QCOMPARE(m_sdk.callList(),
+                     QStringList({"gacInternalInitialize Vex Tesk 2 1",
+                                  "gacEnableCallbackExecutionInBackground", "gacRegisterCallback 0",
+                                  "gacRegisterCallback 1", "gacRegisterCallback 2",
+                                  "gacRegisterCallback 3", "gacRegisterCallback 4",
+                                  "gacRegisterPathTranslateCallback"}));
+        }
+        QCOMPARE(m_sdk.callList().constLast(), QString("gacDeinitialize"));
+    }
+
+    void connectsAfterFailuresAndReconnectsAfterDisconnect()
+    {
+        m_sdk.setResult("gacConnectToServer", 3);
+        GacManager manager(nullptr, {m_sdkPath});
+        LogRecorder log(manager);
+        QSignalSpy disconnected(&manager, &GacManager::SigGacServerDisconnected);
+
+        manager.StartConnecting();
+        QTRY_VERIFY(log.lines.contains("[Info] GAC connection status: failure"));
+        QCOMPARE(manager.GetState(), int(GacManager::WaitingConnection));
+
+        m_sdk.setResult("gacConnectToServer", 7);
+        QTRY_COMPARE_WITH_TIMEOUT(manager.GetState(), int(GacManager::Connected), 10000);
+        QTRY_VERIFY(log.lines.contains("[Info] GAC server version: 2.1.0-test"));
+        QTRY_VERIFY(findFrom(log.lines, "[Info] Set drop path: ") >= 0);
+        const int start = findFrom(log.lines, "[API] Vex GAC startConnectionThread()");
+        QVERIFY(start >= 0);
+        QVERIFY(containsInOrder(
+            log.lines,
+            {"[API] Vex GAC tryConnect()",
+             "[Info] Try connection:  IP Address: localhost Port: 4444",
+             "[Info] GAC connection status: failure", "[API] Vex GAC tryConnect()",
+             "[Info] GAC connection status: success", "[API] Vex GAC getServerVersion()",
+             "[Info] GAC server version: 2.1.0-test", "[Info] Set drop path: "},
+            start));
+        const QStringList calls = m_sdk.callList();
+        QVERIFY(calls.contains("gacSetServerPort 4444"));
+        QVERIFY(calls.contains("gacConnectToServer localhost"));
+        QVERIFY(calls.contains("gacGetServerVersion"));
+        QVERIFY(findFrom(calls, "gacSetClientDropPath ") >= 0);
+
+        // Connected: stopping is refused and the connection stays.
+        QVERIFY(!manager.StopConnecting());
+        QTRY_VERIFY(log.lines.contains("[Warning] Please disable the GAC server first."));
+        QCOMPARE(manager.GetState(), int(GacManager::Connected));
+
+        // The server goes away: back to waiting, by itself.
+        m_sdk.setResult("gacConnectToServer", 3);
+        const int before = log.lines.size();
+        m_sdk.fire(GacSdk::ServerDisconnected);
+        QTRY_COMPARE(manager.GetState(), int(GacManager::WaitingConnection));
+        QTRY_COMPARE(disconnected.count(), 1);
+        QTRY_VERIFY(containsInOrder(
+            log.lines,
+            {"[Callback] Vex GAC onServerDisconnected()", "[API] Vex GAC startConnectionThread()",
+             "[API] Vex GAC tryConnect()", "[Info] GAC connection status: failure"},
+            before));
+
+        // Waiting: stopping works and leaves a fresh, initialised client.
+        QVERIFY(manager.StopConnecting());
+        QCOMPARE(manager.GetState(), int(GacManager::NotConnected));
+        QTRY_VERIFY(findFrom(log.lines, "[API] Vex GAC stopConnectionThread()", before) >= 0);
+        QCOMPARE(m_sdk.callList().filter("gacInternalInitialize").size(), 2);
+
+        // The new client remembers the server and connects when asked again.
+        m_sdk.setResult("gacConnectToServer", 7);
+        connectNow(manager);
+    }
+
+    void stoppingWhileWaitingComesBackQuickly()
+    {
+        m_sdk.setResult("gacConnectToServer", 3);
+        GacManager manager(nullptr, {m_sdkPath});
+        manager.StartConnecting();
+        QTRY_COMPARE(manager.GetState(), int(GacManager::WaitingConnection));
+        QVERIFY(manager.StopConnecting());
+        QCOMPARE(manager.GetState(), int(GacManager::NotConnected));
+        // Nothing keeps trying after the stop.
+        const int attempts = m_sdk.callList().filter("gacConnectToServer").size();
+        QTest::qWait(1500);
+        QCOMPARE(m_sdk.callList().filter("gacConnectToServer").size(), attempts);
+    }
+
+    void setServerIsUsedForTheNextAttempt()
+    {
+        GacManager manager(nullptr, {m_sdkPath});
+        LogRecorder log(manager);
+        manager.SetServer("10.1.2.3", 5555);
+        connectNow(manager);
+        QTRY_VERIFY(log.lines.contains("[Info] Try connection:  IP Address: 10.1.2.3 Port: 5555"));
+        const QStringList calls = m_sdk.callList();
+        QVERIFY(calls.contains("gacSetServerPort 5555"));
+        QVERIFY(calls.contains("gacConnectToServer 10.1.2.3"));
+    }
+
+    void callbacksArriveOnTheManagersThread()
+    {
+        GacManager manager(nullptr, {m_sdkPath});
+        LogRecorder log(manager);
+        connectNow(manager);
+
+        std::vector<std::shared_ptr<const VexGacMessageBase>> messages;
+        bool allOnThisThread = true;
+        connect(&manager, &GacManager::SigGacMessageReceived, this,
+                [&](const std::shared_ptr<const VexGacMessageBase>& m) {
+                    allOnThisThread = allOnThisThread && QThread::currentThread() == thread();
+                    messages.push_back(m);
+                });
+        QSignalSpy progress(&manager, &GacManager::SigGacTransferProgress);
+
+        m_sdk.setExportedAsset("/lib/export/door.wav");
+        m_sdk.fire(GacSdk::NewAssetExported);
+        m_sdk.fire(GacSdk::AssetTransferred);
+        m_sdk.fire(GacSdk::SegmentTransferred);
+        m_sdk.fire(GacSdk::TransferProgress);
+        m_sdk.fire(9);
+        QTRY_COMPARE(messages.size(), size_t(3));
+        QTRY_COMPARE(progress.count(), 1);
+        QVERIFY(allOnThisThread);
+        QCOMPARE(progress.at(0).at(0).toDouble(), 0.5);
+
+        const auto* exported = dynamic_cast<const AssetExportedMessage*>(messages[0].get());
+        QVERIFY(exported);
+        QCOMPARE(exported->assetFiles.size(), size_t(1));
+        QCOMPARE(exported->assetFiles[0].filePath, std::string("/lib/export/door.wav"));
+        QCOMPARE(exported->assetFiles[0].metaData.startTime, 1.0);
+
+        const auto* transferred = dynamic_cast<const AssetTransferredMessage*>(messages[1].get());
+        QVERIFY(transferred);
+        QCOMPARE(transferred->assetFiles.size(), size_t(2));
+        QCOMPARE(transferred->assetFiles[1].filePath, std::string("/lib/forest/wind.wav"));
+        QCOMPARE(transferred->assetFiles[1].additionalMetaDataFilePath,
+                 std::string("/lib/forest/wind.wav.json"));
+        QCOMPARE(transferred->assetFiles[1].metaData.projectPath,
+                 std::string("/projects/Forest.npr"));
+        QCOMPARE(transferred->assetFiles[1].metaData.repositoryUrl,
+                 std::string("https://assets.example/forest"));
+        QCOMPARE(transferred->assetFiles[1].metaData.startTime, 2.5);
+        QCOMPARE(transferred->assetFiles[1].metaData.length, 2.5);
+
+        const auto* segment = dynamic_cast<const SegmentTransferredMessage*>(messages[2].get());
+        QVERIFY(segment);
+        const SegmentData& s = segment->assetSegmentData;
+        QCOMPARE(s.tracks.size(), size_t(1));
+        QCOMPARE(s.tracks[0].name, std::string("Ambience"));
+        QCOMPARE(s.tracks[0].events.size(), size_t(2));
+        QCOMPARE(s.tracks[0].events[1].asset.filePath, std::string("/lib/forest/wind.wav"));
+        QCOMPARE(s.tracks[0].events[1].startPosition, 4.0);
+        QCOMPARE(s.tracks[0].events[1].dataOffset, 0.25);
+        QCOMPARE(s.markers.size(), size_t(1));
+        QCOMPARE(s.markers[0].id, 7);
+        QCOMPARE(s.tempo, 96.0);
+        QCOMPARE(s.timeSignatureNumerator, 3);
+        QCOMPARE(s.timeSignatureDenominator, 4);
+
+        QTRY_VERIFY(log.lines.contains("[Info] Unsupported message"));
+        QVERIFY(containsInOrder(
+            log.lines,
+            {"[Callback] NewAssetExported", "[Info] Asset: /lib/export/door.wav",
+             "[Callback] AssetTransferred", "[Info] Asset: /lib/forest/birds.wav",
+             "[Info] Asset: /lib/forest/wind.wav", "[Callback] SegmentTransferred",
+             "[Info] Segment:", "[Callback] TransferProgress", "[Info] Unsupported message"}));
+    }
+
+    void openWithNuendo()
+    {
+        GacManager manager(nullptr, {m_sdkPath});
+        LogRecorder log(manager);
+        const QString path = QString::fromUtf8("/lib/森の音/birds \xC3\xA9t\xC3\xA9.wav");
+        const QString utf8Path = QString::fromUtf8(path.toUtf8());
+
+        // Not connected: nothing reaches the server.
+        QVERIFY(!manager.OpenByNuendo(path));
+        QCOMPARE(m_sdk.callList().filter("gacReadMetaData").size(), 0);
+
+        connectNow(manager);
+        QVERIFY(manager.OpenByNuendo(path));
+        QStringList calls = m_sdk.callList();
+        const int read = calls.indexOf("gacReadMetaData " + utf8Path);
+        QVERIFY(read >= 0);
+        // The record read for the file is the one handed on.
+        QCOMPARE(calls.value(read + 1),
+                 QString("gacOpenNuendoProject " + utf8Path + " | /projects/Forest.npr"));
+
+        QVERIFY(!manager.OpenByNuendo(QString()));
+        QCOMPARE(m_sdk.callList().filter("gacReadMetaData").size(), 1);
+
+        m_sdk.setResult("gacReadMetaData", 0);
+        m_sdk.setResult("gacOpenNuendoProject", 0);
+        QVERIFY(manager.OpenByNuendo(path));
+
+        m_sdk.setResult("gacOpenNuendoProject", 12);
+        QVERIFY(!manager.OpenByNuendo(path));
+        QTRY_VERIFY(log.lines.contains("[Warning] fake error 12"));
+
+        m_sdk.setResult("gacReadMetaData", 4);
+        const int opens = m_sdk.callList().filter("gacOpenNuendoProject").size();
+        QVERIFY(!manager.OpenByNuendo(path));
+        QTRY_VERIFY(log.lines.contains("[Warning] fake error 4"));
+        QCOMPARE(m_sdk.callList().filter("gacOpenNuendoProject").size(), opens);
+        QCOMPARE(log.lines.filter("[API] Vex GAC openNuendoProject()").size(), 6);
+    }
+
+    void sdkFolderIsSearched()
+    {
+        GacManager manager(nullptr, {"/nonexistent/folder", QFileInfo(m_sdkPath).absolutePath()});
+        connectNow(manager);
+    }
+
+    void unusableSdk_data()
+    {
+        QTest::addColumn<QString>("candidate");
+        QTest::addColumn<QString>("initFailure");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("missing") << "/nonexistent/folder" << QString()
+                                 << "[Warning] Game Audio Connect SDK not found";
+        QTest::newRow("incomplete") << QStringLiteral(INCOMPLETE_GAC_SDK_PATH) << QString()
+                                    << "[Warning] Game Audio Connect SDK";
+        QTest::newRow("refuses to initialise") << m_sdkPath << "gacInternalInitialize"
+                                               << "[Warning] fake error 5";
+    }
+
+    void unusableSdk()
+    {
+        QFETCH(QString, candidate);
+        QFETCH(QString, initFailure);
+        QFETCH(QString, reason);
+        if (!initFailure.isEmpty())
+            m_sdk.setResult(initFailure.toUtf8().constData(), 5);
+
+        GacManager manager(nullptr, {candidate});
+        LogRecorder log(manager);
+        QCOMPARE(manager.GetState(), int(GacManager::NotConnected));
+        QTRY_VERIFY(findFrom(log.lines, "[Info] GAC engine name: Vex Tesk") >= 0);
+        QVERIFY(containsInOrder(log.lines, {"[API] Vex GAC initialize()", reason}));
+        QVERIFY(!log.lines.contains("[Info] GAC status: initialized"));
+        if (QTest::currentDataTag() == QByteArray("incomplete"))
+            QVERIFY(findFrom(log.lines, reason) ==
+                    log.lines.indexOf(QRegularExpression(".*lacks: gacDeinitialize$")));
+
+        manager.StartConnecting();
+        QTRY_VERIFY(log.lines.contains(kNotInitialised));
+        QTRY_COMPARE(manager.GetState(), int(GacManager::NotConnected));
+        QVERIFY(containsInOrder(log.lines, {"[API] Vex GAC startConnectionThread()",
+                                            "[API] Vex GAC tryConnect()", kNotInitialised}));
+        QVERIFY(!manager.OpenByNuendo("/a.wav"));
+        QVERIFY(manager.StopConnecting());
+        QCOMPARE(m_sdk.callList().filter("gacConnectToServer").size(), 0);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestGacManager)
+#include "tst_gacmanager.moc"
