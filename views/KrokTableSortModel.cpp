@@ -44,6 +44,10 @@ KrokTableSortModel::KrokTableSortModel(QObject* parent)
     : QSortFilterProxyModel(parent)
     , collator(QLocale::system())
 {
+    // The C locale collates by code point and ignores numeric mode; take2
+    // must still sort before take10 there, so it collates as English.
+    if (QLocale::system().language() == QLocale::C)
+        collator.setLocale(QLocale(QLocale::English));
     collator.setNumericMode(true);
 }
 

@@ -189,6 +189,7 @@ private slots:
         stereo.useRate = true;
         stereo.rate = 44100;
         stereo.rateMode = SearchCriteriaStruct::GreaterOrEqual;
+        stereo.formatMask = SearchCriteriaStruct::FormatWav;
         QTest::newRow("rate and channels")
             << stereo
             << QStringList({QStringLiteral("Take_02.wav"), QStringLiteral("take_01.wav")});
