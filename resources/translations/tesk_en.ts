@@ -5,139 +5,159 @@
     <name>MenuBar</name>
     <message>
         <source>Folder</source>
-        <translation type="unfinished"></translation>
+        <translation>Folder</translation>
     </message>
     <message>
         <source>Recently viewed folders</source>
-        <translation type="unfinished"></translation>
+        <translation>Recently viewed folders</translation>
     </message>
     <message>
         <source>Show in Explorer</source>
-        <translation type="unfinished"></translation>
+        <translation>Show in Explorer</translation>
     </message>
     <message>
         <source>Exit</source>
-        <translation type="unfinished"></translation>
+        <translation>Exit</translation>
     </message>
     <message>
         <source>View</source>
-        <translation type="unfinished"></translation>
+        <translation>View</translation>
     </message>
     <message>
         <source>Display files in subfolders as well</source>
-        <translation type="unfinished"></translation>
+        <translation>Display files in subfolders as well</translation>
     </message>
     <message>
         <source>Row Height</source>
-        <translation type="unfinished"></translation>
+        <translation>Row Height</translation>
     </message>
     <message>
         <source>Enlarge</source>
-        <translation type="unfinished"></translation>
+        <translation>Enlarge</translation>
     </message>
     <message>
         <source>Shrink</source>
-        <translation type="unfinished"></translation>
+        <translation>Shrink</translation>
     </message>
     <message>
         <source>Reset to Default Settings</source>
-        <translation type="unfinished"></translation>
+        <translation>Reset to Default Settings</translation>
     </message>
     <message>
         <source>Analyze Loudness values</source>
-        <translation type="unfinished"></translation>
+        <translation>Analyze Loudness values</translation>
     </message>
     <message>
         <source>Display Loudness value of mono audio with raising 3dB</source>
-        <translation type="unfinished"></translation>
+        <translation>Display Loudness value of mono audio with raising 3dB</translation>
     </message>
     <message>
         <source>Display multi-channel plots</source>
-        <translation type="unfinished"></translation>
+        <translation>Display multi-channel plots</translation>
     </message>
     <message>
         <source>Show hidden files and folders</source>
-        <translation type="unfinished"></translation>
+        <translation>Show hidden files and folders</translation>
     </message>
     <message>
         <source>Preview</source>
-        <translation type="unfinished"></translation>
+        <translation>Preview</translation>
     </message>
     <message>
         <source>Stop</source>
-        <translation type="unfinished"></translation>
+        <translation>Stop</translation>
     </message>
     <message>
         <source>Seek forward</source>
-        <translation type="unfinished"></translation>
+        <translation>Seek forward</translation>
     </message>
     <message>
         <source>Seek backward</source>
-        <translation type="unfinished"></translation>
+        <translation>Seek backward</translation>
     </message>
     <message>
         <source>Play selected tracks</source>
-        <translation type="unfinished"></translation>
+        <translation>Play selected tracks</translation>
     </message>
     <message>
         <source>Enable Playlist Playback</source>
-        <translation type="unfinished"></translation>
+        <translation>Enable Playlist Playback</translation>
     </message>
     <message>
         <source>Bookmark</source>
-        <translation type="unfinished"></translation>
+        <translation>Bookmark</translation>
     </message>
     <message>
         <source>Add to Bookmarks</source>
-        <translation type="unfinished"></translation>
+        <translation>Add to Bookmarks</translation>
     </message>
     <message>
         <source>Delete Bookmarks</source>
-        <translation type="unfinished"></translation>
+        <translation>Delete Bookmarks</translation>
     </message>
     <message>
         <source>Help</source>
-        <translation type="unfinished"></translation>
+        <translation>Help</translation>
     </message>
     <message>
         <source>About Tesk</source>
-        <translation type="unfinished"></translation>
+        <translation>About Tesk</translation>
     </message>
     <message>
         <source>Open Sort Settings</source>
-        <translation type="unfinished"></translation>
+        <translation>Open Sort Settings</translation>
     </message>
     <message>
         <source>Tool</source>
-        <translation type="unfinished"></translation>
+        <translation>Tool</translation>
     </message>
     <message>
         <source>Settings...</source>
-        <translation type="unfinished"></translation>
+        <translation>Settings...</translation>
     </message>
     <message>
         <source>Font...</source>
-        <translation type="unfinished"></translation>
+        <translation>Font...</translation>
     </message>
     <message>
         <source>Theme</source>
-        <translation type="unfinished"></translation>
+        <translation>Theme</translation>
     </message>
     <message>
         <source>System</source>
-        <translation type="unfinished"></translation>
+        <translation>System</translation>
     </message>
     <message>
         <source>Light</source>
-        <translation type="unfinished"></translation>
+        <translation>Light</translation>
     </message>
     <message>
         <source>Dark</source>
-        <translation type="unfinished"></translation>
+        <translation>Dark</translation>
     </message>
     <message>
         <source>Manage Bookmarks...</source>
-        <translation type="unfinished"></translation>
+        <translation>Manage Bookmarks...</translation>
+    </message>
+    <message>
+        <source>Select a folder...</source>
+        <translation>Select a folder...</translation>
+    </message>
+    <message>
+        <source>Column</source>
+        <translation>Column</translation>
+    </message>
+    <message>
+        <source>Nuendo Connection</source>
+        <translation>Nuendo Connection</translation>
+    </message>
+    <message>
+        <source>Open Nuendo Connection Settings...</source>
+        <translation>Open Nuendo Connection Settings...</translation>
+    </message>
+    <message>
+        <source>Playback</source>
+        <translation>Playback</translation>
     </message>
 </context>
 <context>
@@ -161,6 +181,44 @@
     <message>
         <source>Fit to cell size</source>
         <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>SubWidgetTableView</name>
+    <message>
+        <source>Show in Explorer</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open with an external tool</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copy to Clipboard</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Update information</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open with Nuendo</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Error</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Failed to copy to the Clipboard: invalid data.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>SubWidgetTreeView</name>
+    <message>
+        <source>Show in Explorer</source>
+        <translation>Show in Explorer</translation>
     </message>
 </context>
 <context>
@@ -219,6 +277,110 @@
     </message>
 </context>
 <context>
+    <name>WidgetRootPath</name>
+    <message>
+        <source>Refresh</source>
+        <translation>Refresh</translation>
+    </message>
+    <message>
+        <source>Add to Bookmarks</source>
+        <translation>Add to Bookmarks</translation>
+    </message>
+    <message>
+        <source>Select a folder</source>
+        <translation>Select a folder</translation>
+    </message>
+    <message>
+        <source>Please select a folder</source>
+        <translation>Please select a folder</translation>
+    </message>
+</context>
+<context>
+    <name>WidgetSearch</name>
+    <message>
+        <source>Use Advanced Search Settings</source>
+        <translation>Use Advanced Search Settings</translation>
+    </message>
+    <message>
+        <source>Open Advanced Settings...</source>
+        <translation>Open Advanced Settings...</translation>
+    </message>
+</context>
+<context>
+    <name>WidgetTableBrowser</name>
+    <message>
+        <source>%1hr%2min%3sec</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Number of audio files displayed: %1 Total time: %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>krokTableModel</name>
+    <message>
+        <source>File</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Full Path</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Size</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Modify Time</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Format</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sampling Rate</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Channels</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Samples</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Duration</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Plots</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Loudness</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Loops</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sort Specification</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sort Comments</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>(no files)</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>subFormBookmark</name>
     <message>
         <source>Bookmark Name</source>
@@ -271,6 +433,80 @@
     <message>
         <source>Please select a folder</source>
         <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>subFormGAC</name>
+    <message>
+        <source>Nuendo Connection Settings</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Address</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Port Number</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>subFormSearch</name>
+    <message>
+        <source>Advanced Search Settings</source>
+        <translation>Advanced Search Settings</translation>
+    </message>
+    <message>
+        <source>Use Advanced Search Settings</source>
+        <translation>Use Advanced Search Settings</translation>
+    </message>
+    <message>
+        <source>Name (partial match)</source>
+        <translation>Name (partial match)</translation>
+    </message>
+    <message>
+        <source>If unspecified, the Name filter will not apply.</source>
+        <translation>If unspecified, the Name filter will not apply.</translation>
+    </message>
+    <message>
+        <source>Format</source>
+        <translation>Format</translation>
+    </message>
+    <message>
+        <source>Error</source>
+        <translation>Error</translation>
+    </message>
+    <message>
+        <source>Sampling rate</source>
+        <translation>Sampling rate</translation>
+    </message>
+    <message>
+        <source>Channels</source>
+        <translation>Channels</translation>
+    </message>
+    <message>
+        <source>Time</source>
+        <translation>Time</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Cancel</translation>
+    </message>
+    <message>
+        <source>Show only when greater than or equal to</source>
+        <translation>Show only when greater than or equal to</translation>
+    </message>
+    <message>
+        <source>Show only when less than or equal to</source>
+        <translation>Show only when less than or equal to</translation>
+    </message>
+    <message>
+        <source>Show only when equal to</source>
+        <translation>Show only when equal to</translation>
     </message>
 </context>
 <context>

@@ -139,6 +139,26 @@
         <source>Manage Bookmarks...</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Select a folder...</source>
+        <translation>选择文件夹...</translation>
+    </message>
+    <message>
+        <source>Column</source>
+        <translation>列</translation>
+    </message>
+    <message>
+        <source>Nuendo Connection</source>
+        <translation>Nuendo 连接</translation>
+    </message>
+    <message>
+        <source>Open Nuendo Connection Settings...</source>
+        <translation>打开 Nuendo 连接设置...</translation>
+    </message>
+    <message>
+        <source>Playback</source>
+        <translation>播放</translation>
+    </message>
 </context>
 <context>
     <name>SubFormFont</name>
@@ -161,6 +181,44 @@
     <message>
         <source>Fit to cell size</source>
         <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>SubWidgetTableView</name>
+    <message>
+        <source>Show in Explorer</source>
+        <translation type="unfinished">在资源管理器中显示</translation>
+    </message>
+    <message>
+        <source>Open with an external tool</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copy to Clipboard</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Update information</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open with Nuendo</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Error</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Failed to copy to the Clipboard: invalid data.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>SubWidgetTreeView</name>
+    <message>
+        <source>Show in Explorer</source>
+        <translation>在资源管理器中显示</translation>
     </message>
 </context>
 <context>
@@ -219,6 +277,110 @@
     </message>
 </context>
 <context>
+    <name>WidgetRootPath</name>
+    <message>
+        <source>Refresh</source>
+        <translation>刷新</translation>
+    </message>
+    <message>
+        <source>Add to Bookmarks</source>
+        <translation>添加到书签</translation>
+    </message>
+    <message>
+        <source>Select a folder</source>
+        <translation>选择文件夹</translation>
+    </message>
+    <message>
+        <source>Please select a folder</source>
+        <translation>请选择文件夹</translation>
+    </message>
+</context>
+<context>
+    <name>WidgetSearch</name>
+    <message>
+        <source>Use Advanced Search Settings</source>
+        <translation>使用高级搜索设置</translation>
+    </message>
+    <message>
+        <source>Open Advanced Settings...</source>
+        <translation>打开高级设置...</translation>
+    </message>
+</context>
+<context>
+    <name>WidgetTableBrowser</name>
+    <message>
+        <source>%1hr%2min%3sec</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Number of audio files displayed: %1 Total time: %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>krokTableModel</name>
+    <message>
+        <source>File</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Full Path</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Size</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Modify Time</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Format</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sampling Rate</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Channels</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Samples</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Duration</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Plots</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Loudness</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Loops</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sort Specification</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sort Comments</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>(no files)</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>subFormBookmark</name>
     <message>
         <source>Bookmark Name</source>
@@ -271,6 +433,80 @@
     <message>
         <source>Please select a folder</source>
         <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>subFormGAC</name>
+    <message>
+        <source>Nuendo Connection Settings</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Address</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Port Number</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>subFormSearch</name>
+    <message>
+        <source>Advanced Search Settings</source>
+        <translation>高级搜索设置</translation>
+    </message>
+    <message>
+        <source>Use Advanced Search Settings</source>
+        <translation>使用高级搜索设置</translation>
+    </message>
+    <message>
+        <source>Name (partial match)</source>
+        <translation>名称（部分匹配）</translation>
+    </message>
+    <message>
+        <source>If unspecified, the Name filter will not apply.</source>
+        <translation>如未指定，则不应用名称筛选。</translation>
+    </message>
+    <message>
+        <source>Format</source>
+        <translation>格式</translation>
+    </message>
+    <message>
+        <source>Error</source>
+        <translation>错误</translation>
+    </message>
+    <message>
+        <source>Sampling rate</source>
+        <translation>采样率</translation>
+    </message>
+    <message>
+        <source>Channels</source>
+        <translation>声道数</translation>
+    </message>
+    <message>
+        <source>Time</source>
+        <translation>时间</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>取消</translation>
+    </message>
+    <message>
+        <source>Show only when greater than or equal to</source>
+        <translation>仅在大于或等于时显示</translation>
+    </message>
+    <message>
+        <source>Show only when less than or equal to</source>
+        <translation>仅在小于或等于时显示</translation>
+    </message>
+    <message>
+        <source>Show only when equal to</source>
+        <translation>仅在等于时显示</translation>
     </message>
 </context>
 <context>
