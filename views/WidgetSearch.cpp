@@ -45,8 +45,10 @@ void WidgetSearch::SetManager(TeskManager* manager)
             &TeskManager::SlotSearchCriteriaApplied);
     connect(this, &WidgetSearch::SigSearchCriteriaRequired, manager,
             &TeskManager::SlotSearchCriteriaRequired, Qt::DirectConnection);
-    // Off while a new list is collected and analysed, on again at the end.
-    connect(manager, &TeskManager::SigRootPathChanged, this,
+    // Off from the moment a new list is in until its analysis ends. Not on the
+    // root change itself: a root that does not exist starts no analysis, and
+    // nothing would switch the bar on again.
+    connect(manager, &TeskManager::SigFilePathListAcquired, this,
             &WidgetSearch::SlotDisableSearchWidget);
     connect(manager, &TeskManager::SigEndGetDetailInfo, this,
             &WidgetSearch::SlotEnableSearchWidget);
