@@ -68,6 +68,12 @@ private slots:
         WidgetTreeBrowser tree(&manager);
         WidgetRootPath bar;
         bar.SetManager(&manager);
+        WidgetSearch search;
+        search.SetManager(&manager);
+        // A root that does not exist starts nothing and leaves the search bar usable.
+        manager.SlotChangeRootPathCalled(dir.filePath(QStringLiteral("missing")));
+        QVERIFY(search.isSearchEnabled());
+        QSignalSpy listed(&manager, &TeskManager::SigFilePathListAcquired);
         QSignalSpy status(&manager, &TeskManager::SigSetStatusMessage);
         QSignalSpy treeAsks(&tree, &WidgetTreeBrowser::SigChangeRootPathCalled);
         QSignalSpy ended(&manager, &TeskManager::SigEndGetDetailInfo);
@@ -78,7 +84,10 @@ private slots:
         QCOMPARE(tree.treeModel()->filePath(tree.treeView()->currentIndex()), folder);
         // The tree asked once more for the same root; the manager kept its work.
         QCOMPARE(treeAsks.count(), 1);
+        QTRY_COMPARE_WITH_TIMEOUT(listed.count(), 1, 20000);
+        QVERIFY(!search.isSearchEnabled() || ended.count() == 1);
         QTRY_COMPARE_WITH_TIMEOUT(ended.count(), 1, 20000);
+        QVERIFY(search.isSearchEnabled());
         QCOMPARE(countOf(status, QStringLiteral("Retrieving file list")), 1);
         QCOMPARE(countOf(status, QStringLiteral("Cancel file list acquisition")), 0);
         QCOMPARE(countOf(status, QStringLiteral("Cancel to acquire analyzed data")), 0);
