@@ -152,10 +152,14 @@ bool KrokTableSortModel::lessThan(const QModelIndex& left, const QModelIndex& ri
         if (byName != 0)
             return byName < 0;
     } else {
-        const QVector<QVariant>& values = sortValues(column);
-        const int byValue = compareValues(values.at(l), values.at(r));
-        if (byValue != 0)
-            return byValue < 0;
+        // Plot items have no order of their own: every pair ties, and building
+        // 100,000 of them only to find that out would cost a second.
+        if (column != ColumnPlots) {
+            const QVector<QVariant>& values = sortValues(column);
+            const int byValue = compareValues(values.at(l), values.at(r));
+            if (byValue != 0)
+                return byValue < 0;
+        }
         const QVector<QCollatorSortKey>& keys = nameKeys();
         const int byName = keys.at(l).compare(keys.at(r));
         if (byName != 0)
