@@ -1,5 +1,6 @@
 #include "SubWidgetTableView.h"
 
+#include "GacManager.h"
 #include "TableRoles.h"
 
 #include <QAction>
@@ -16,6 +17,10 @@
 
 #include <memory>
 #include <utility>
+
+SubWidgetTableView::SubWidgetTableView(GacManager* gac, QWidget* parent)
+    : SubWidgetTableView(ConnectionStateQuery([gac] { return gac ? gac->GetState() : 0; }), parent)
+{}
 
 SubWidgetTableView::SubWidgetTableView(ConnectionStateQuery nuendoState, QWidget* parent)
     : QTableView(parent)
@@ -45,12 +50,12 @@ SubWidgetTableView::SubWidgetTableView(ConnectionStateQuery nuendoState, QWidget
 
 SubWidgetTableView::~SubWidgetTableView() = default;
 
-void SubWidgetTableView::setUpdateEnabled(bool enabled)
+void SubWidgetTableView::setUpdateInformationEnabled(bool enabled)
 {
     actUpdate->setEnabled(enabled);
 }
 
-bool SubWidgetTableView::isUpdateEnabled() const
+bool SubWidgetTableView::isUpdateInformationEnabled() const
 {
     return actUpdate->isEnabled();
 }

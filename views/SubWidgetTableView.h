@@ -6,13 +6,13 @@
 
 #include <functional>
 
+class GacManager;
 class QAction;
 class QMenu;
 
 // The file table itself: keys, context menu, clipboard copy and the drag of
 // files out of the program. Whether "Open with Nuendo" is offered is asked of
-// the Nuendo connection (0 not connected, 1 waiting, 2 connected) through
-// `nuendoState`; the main window passes the GacManager's state there.
+// the Nuendo connection manager (0 not connected, 1 waiting, 2 connected).
 class SubWidgetTableView final : public QTableView
 {
     Q_OBJECT
@@ -20,11 +20,13 @@ class SubWidgetTableView final : public QTableView
 public:
     using ConnectionStateQuery = std::function<int()>;
 
+    // `gac` may be null: then Nuendo is never offered.
+    explicit SubWidgetTableView(GacManager* gac, QWidget* parent = nullptr);
     explicit SubWidgetTableView(ConnectionStateQuery nuendoState, QWidget* parent = nullptr);
     ~SubWidgetTableView() override;
 
-    void setUpdateEnabled(bool enabled);
-    bool isUpdateEnabled() const;
+    void setUpdateInformationEnabled(bool enabled);
+    bool isUpdateInformationEnabled() const;
 
     // The menu offered on a right click, built anew for the current row; the
     // caller owns it.

@@ -1,5 +1,6 @@
 #include "WidgetTableBrowser.h"
 
+#include "GacManager.h"
 #include "KrokTableSortModel.h"
 #include "SearchRowMatcher.h"
 #include "TeskManager.h"
@@ -24,6 +25,13 @@ constexpr std::array<int, 13> kDefaultColumnWidths = {150, 180, 85, 135, 50, 80,
                                                       65,  35,  60, 120, 60, 50};
 
 } // namespace
+
+WidgetTableBrowser::WidgetTableBrowser(TeskManager* manager, GacManager* gac, QWidget* parent)
+    : WidgetTableBrowser(manager, SubWidgetTableView::ConnectionStateQuery([gac] {
+                             return gac ? gac->GetState() : 0;
+                         }),
+                         parent)
+{}
 
 WidgetTableBrowser::WidgetTableBrowser(TeskManager* manager,
                                        SubWidgetTableView::ConnectionStateQuery nuendoState,
@@ -249,7 +257,7 @@ double WidgetTableBrowser::seekRatio(int x, int width)
 
 void WidgetTableBrowser::SlotRootPathChanged()
 {
-    view->setUpdateEnabled(false);
+    view->setUpdateInformationEnabled(false);
     model->clearRows();
     rowDurations.clear();
     if (!columnWidthsInitialized) {
@@ -292,7 +300,7 @@ void WidgetTableBrowser::SlotGetDetailEnded()
 {
     proxy->setDynamicSortFilter(true);
     view->setSortingEnabled(true);
-    view->setUpdateEnabled(true);
+    view->setUpdateInformationEnabled(true);
 }
 
 void WidgetTableBrowser::SlotSearchExecute(SearchCriteriaStruct criteria)

@@ -8,6 +8,7 @@
 #include <QVector>
 #include <QWidget>
 
+class GacManager;
 class KrokTableSortModel;
 class TeskManager;
 class WaveformStyledItemDelegate;
@@ -20,8 +21,8 @@ class WidgetTableBrowser final : public QWidget
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(WidgetTableBrowser)
 public:
-    // `nuendoState` answers the Nuendo connection state (2 = connected); the
-    // main window passes the GacManager's.
+    WidgetTableBrowser(TeskManager* manager, GacManager* gac, QWidget* parent = nullptr);
+    // `nuendoState` answers the Nuendo connection state (2 = connected).
     WidgetTableBrowser(TeskManager* manager, SubWidgetTableView::ConnectionStateQuery nuendoState,
                        QWidget* parent = nullptr);
     ~WidgetTableBrowser() override;

@@ -42,22 +42,8 @@ krokTableModel::~krokTableModel() = default;
 
 QStringList krokTableModel::columnHeaderLabels()
 {
-    // "BIT" stays as it is in every language.
-    return {tr("File"),
-            tr("Full Path"),
-            tr("Size"),
-            tr("Modify Time"),
-            tr("Format"),
-            tr("Sampling Rate"),
-            tr("Channels"),
-            tr("Samples"),
-            QStringLiteral("BIT"),
-            tr("Duration"),
-            tr("Plots"),
-            tr("Loudness"),
-            tr("Loops"),
-            tr("Sort Specification"),
-            tr("Sort Comments")};
+    // Shared with the command-line scanner, which prints the same headers.
+    return TableColumnHeaderLabels();
 }
 
 int krokTableModel::rowCount(const QModelIndex& parent) const

@@ -5,139 +5,103 @@
     <name>MenuBar</name>
     <message>
         <source>Folder</source>
-        <translation>Folder</translation>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>Recently viewed folders</source>
-        <translation>Recently viewed folders</translation>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>Show in Explorer</source>
-        <translation>Show in Explorer</translation>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>Exit</source>
-        <translation>Exit</translation>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>View</source>
-        <translation>View</translation>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>Display files in subfolders as well</source>
-        <translation>Display files in subfolders as well</translation>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>Row Height</source>
-        <translation>Row Height</translation>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>Enlarge</source>
-        <translation>Enlarge</translation>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>Shrink</source>
-        <translation>Shrink</translation>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>Reset to Default Settings</source>
-        <translation>Reset to Default Settings</translation>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>Analyze Loudness values</source>
-        <translation>Analyze Loudness values</translation>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>Display Loudness value of mono audio with raising 3dB</source>
-        <translation>Display Loudness value of mono audio with raising 3dB</translation>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>Display multi-channel plots</source>
-        <translation>Display multi-channel plots</translation>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>Show hidden files and folders</source>
-        <translation>Show hidden files and folders</translation>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>Preview</source>
-        <translation>Preview</translation>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>Stop</source>
-        <translation>Stop</translation>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>Seek forward</source>
-        <translation>Seek forward</translation>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>Seek backward</source>
-        <translation>Seek backward</translation>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>Play selected tracks</source>
-        <translation>Play selected tracks</translation>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>Enable Playlist Playback</source>
-        <translation>Enable Playlist Playback</translation>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>Bookmark</source>
-        <translation>Bookmark</translation>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>Add to Bookmarks</source>
-        <translation>Add to Bookmarks</translation>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>Delete Bookmarks</source>
-        <translation>Delete Bookmarks</translation>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>Help</source>
-        <translation>Help</translation>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>About Tesk</source>
-        <translation>About Tesk</translation>
-    </message>
-    <message>
-        <source>Open Sort Settings</source>
-        <translation>Open Sort Settings</translation>
-    </message>
-    <message>
-        <source>Tool</source>
-        <translation>Tool</translation>
-    </message>
-    <message>
-        <source>Settings...</source>
-        <translation>Settings...</translation>
-    </message>
-    <message>
-        <source>Font...</source>
-        <translation>Font...</translation>
-    </message>
-    <message>
-        <source>Theme</source>
-        <translation>Theme</translation>
-    </message>
-    <message>
-        <source>System</source>
-        <translation>System</translation>
-    </message>
-    <message>
-        <source>Light</source>
-        <translation>Light</translation>
-    </message>
-    <message>
-        <source>Dark</source>
-        <translation>Dark</translation>
-    </message>
-    <message>
-        <source>Manage Bookmarks...</source>
-        <translation>Manage Bookmarks...</translation>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>Select a folder...</source>
@@ -146,6 +110,38 @@
     <message>
         <source>Column</source>
         <translation>Column</translation>
+    </message>
+    <message>
+        <source>Open Sort Settings</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Tool</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Settings...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Font...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Theme</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>System</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Light</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Dark</source>
+        <translation type="unfinished"></translation>
     </message>
     <message>
         <source>Nuendo Connection</source>
@@ -158,6 +154,10 @@
     <message>
         <source>Playback</source>
         <translation>Playback</translation>
+    </message>
+    <message>
+        <source>Manage Bookmarks...</source>
+        <translation type="unfinished"></translation>
     </message>
 </context>
 <context>
@@ -319,62 +319,6 @@
 </context>
 <context>
     <name>krokTableModel</name>
-    <message>
-        <source>File</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Full Path</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Size</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Modify Time</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Format</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Sampling Rate</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Channels</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Samples</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Duration</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Plots</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Loudness</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Loops</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Sort Specification</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Sort Comments</source>
-        <translation type="unfinished"></translation>
-    </message>
     <message>
         <source>(no files)</source>
         <translation type="unfinished"></translation>

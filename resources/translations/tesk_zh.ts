@@ -104,6 +104,14 @@
         <translation type="unfinished"></translation>
     </message>
     <message>
+        <source>Select a folder...</source>
+        <translation>选择文件夹...</translation>
+    </message>
+    <message>
+        <source>Column</source>
+        <translation>列</translation>
+    </message>
+    <message>
         <source>Open Sort Settings</source>
         <translation type="unfinished"></translation>
     </message>
@@ -136,18 +144,6 @@
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Manage Bookmarks...</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Select a folder...</source>
-        <translation>选择文件夹...</translation>
-    </message>
-    <message>
-        <source>Column</source>
-        <translation>列</translation>
-    </message>
-    <message>
         <source>Nuendo Connection</source>
         <translation>Nuendo 连接</translation>
     </message>
@@ -158,6 +154,10 @@
     <message>
         <source>Playback</source>
         <translation>播放</translation>
+    </message>
+    <message>
+        <source>Manage Bookmarks...</source>
+        <translation type="unfinished"></translation>
     </message>
 </context>
 <context>
@@ -319,62 +319,6 @@
 </context>
 <context>
     <name>krokTableModel</name>
-    <message>
-        <source>File</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Full Path</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Size</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Modify Time</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Format</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Sampling Rate</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Channels</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Samples</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Duration</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Plots</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Loudness</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Loops</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Sort Specification</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Sort Comments</source>
-        <translation type="unfinished"></translation>
-    </message>
     <message>
         <source>(no files)</source>
         <translation type="unfinished"></translation>

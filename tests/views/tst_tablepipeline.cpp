@@ -64,7 +64,7 @@ void TestTablePipeline::fillsRowsRangeByRange()
     QVERIFY(rangesInOrder);
     QVERIFY(filledInTime);
     QVERIFY(browser.tableView()->isSortingEnabled());
-    QVERIFY(browser.tableView()->isUpdateEnabled());
+    QVERIFY(browser.tableView()->isUpdateInformationEnabled());
     QTRY_COMPARE(browser.sortModel()->rowCount(), count);
     // Column widths were set on this first root change.
     QCOMPARE(browser.tableView()->horizontalHeader()->sectionSize(1), 180);

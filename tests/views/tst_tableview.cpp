@@ -1,3 +1,4 @@
+#include "GacManager.h"
 #include "SubWidgetTableView.h"
 
 #include <QAction>
@@ -35,6 +36,7 @@ private slots:
     void ctrlRFollowsUpdateAvailability();
     void menuByConnectionState_data();
     void menuByConnectionState();
+    void disconnectedGacManagerOffersNoNuendo();
     void copyPutsFileUrlsOnClipboard();
     void copyOfEmptySelectionLeavesClipboard();
     void tabFocusSelectsFirstRow();
@@ -97,10 +99,10 @@ void TestTableView::ctrlRFollowsUpdateAvailability()
     QStandardItemModel model(2, 2);
     view.setModel(&model);
     QSignalSpy update(&view, &SubWidgetTableView::SigUpdateFilesCalled);
-    view.setUpdateEnabled(false);
+    view.setUpdateInformationEnabled(false);
     QTest::keyClick(&view, Qt::Key_R, Qt::ControlModifier);
     QCOMPARE(update.count(), 0);
-    view.setUpdateEnabled(true);
+    view.setUpdateInformationEnabled(true);
     QTest::keyClick(&view, Qt::Key_R, Qt::ControlModifier);
     QCOMPARE(update.count(), 1);
     QTest::keyClick(&view, Qt::Key_R, Qt::ControlModifier | Qt::ShiftModifier);
@@ -141,6 +143,20 @@ void TestTableView::menuByConnectionState()
     QCOMPARE(menu->actions().at(1)->shortcut(), QKeySequence(QStringLiteral("Ctrl+Shift+E")));
     QCOMPARE(menu->actions().at(2)->shortcut(), QKeySequence(QStringLiteral("Ctrl+C")));
     QCOMPARE(menu->actions().at(3)->shortcut(), QKeySequence(QStringLiteral("Ctrl+R")));
+}
+
+void TestTableView::disconnectedGacManagerOffersNoNuendo()
+{
+    GacManager gac(nullptr, {QStringLiteral("/nonexistent/gac_sdk")});
+    QCOMPARE(gac.GetState(), 0);
+    SubWidgetTableView view(&gac);
+    QStandardItemModel model(1, 2);
+    model.setData(model.index(0, 0), QStringLiteral("wav"), 258);
+    view.setModel(&model);
+    view.setCurrentIndex(model.index(0, 0));
+    std::unique_ptr<QMenu> menu(view.createContextMenu(nullptr));
+    QCOMPARE(menu->actions().size(), 4);
+    QVERIFY(!menuTexts(menu.get()).contains(QStringLiteral("Open with Nuendo")));
 }
 
 void TestTableView::copyPutsFileUrlsOnClipboard()
