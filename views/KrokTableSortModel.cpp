@@ -74,6 +74,12 @@ void KrokTableSortModel::setSourceModel(QAbstractItemModel* model)
     QSortFilterProxyModel::setSourceModel(model);
 }
 
+void KrokTableSortModel::sort(int column, Qt::SortOrder order)
+{
+    dropKeys();
+    QSortFilterProxyModel::sort(column, order);
+}
+
 void KrokTableSortModel::dropKeys()
 {
     primary = Keys();

@@ -22,6 +22,9 @@ public:
     ~KrokTableSortModel() override;
 
     void setSourceModel(QAbstractItemModel* model) override;
+    // Every requested sort takes fresh keys: the model changes some values
+    // (sort specification, loudness display) without telling its views.
+    void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
 
     // Re-runs the row filter after the model's shown flags changed.
     void refilter() { invalidateFilter(); }
