@@ -3,13 +3,19 @@
 #include "BookmarkNameDialog.h"
 #include "CommandLineRoot.h"
 #include "DefaultWindowGeometry.h"
+#include "FileManagerReveal.h"
+#include "GacManager.h"
 #include "MenuBar.h"
 #include "SortSettingsApplication.h"
 #include "SubFormFont.h"
 #include "TeskStyle.h"
 #include "WidgetPlayer.h"
+#include "WidgetRootPath.h"
+#include "WidgetSearch.h"
 #include "WidgetTableBrowser.h"
+#include "WidgetTreeBrowser.h"
 #include "subFormBookmark.h"
+#include "subFormGAC.h"
 #include "subFormSortSettings.h"
 #include "subFormToolSettings.h"
 
@@ -25,6 +31,7 @@
 #include <QShortcut>
 #include <QSplitter>
 #include <QStatusBar>
+#include <QTimer>
 #include <QToolBar>
 #include <QUrl>
 #include <QVBoxLayout>
@@ -40,28 +47,23 @@ MainWindow::MainWindow(QWidget* parent)
     : QMainWindow(parent)
     , manager(new TeskManager(this))
 {
+    gacManager = new GacManager(this);
     menuBarWidget = new MenuBar(this, manager);
     setupForm();
 
     auto* outer = new QVBoxLayout(centralWidget());
     auto* top = new QHBoxLayout();
-    widgetRootPath = new QWidget(centralWidget());
-    widgetRootPath->setObjectName(QStringLiteral("WidgetRootPath"));
+    widgetRootPath = new WidgetRootPath(centralWidget());
     widgetPlayer = new WidgetPlayer(centralWidget());
-    widgetSearch = new QWidget(centralWidget());
-    widgetSearch->setObjectName(QStringLiteral("WidgetSearch"));
-    widgetSearch->setFocusPolicy(Qt::StrongFocus);
+    widgetSearch = new WidgetSearch(centralWidget());
     top->addWidget(widgetRootPath, 7);
     top->addWidget(widgetPlayer, 3);
     top->addWidget(widgetSearch, 2);
     outer->addLayout(top);
 
     splitter = new QSplitter(Qt::Horizontal, centralWidget());
-    widgetTreeBrowser = new QWidget(splitter);
-    widgetTreeBrowser->setObjectName(QStringLiteral("WidgetTreeBrowser"));
-    // No Nuendo connection manager in this build yet: the state reads "not connected".
-    widgetTableBrowser = new WidgetTableBrowser(
-        manager, [] { return 0; }, splitter);
+    widgetTreeBrowser = new WidgetTreeBrowser(manager, splitter);
+    widgetTableBrowser = new WidgetTableBrowser(manager, gacManager, splitter);
     splitter->addWidget(widgetTreeBrowser);
     splitter->addWidget(widgetTableBrowser);
     splitter->setStretchFactor(0, 1);
@@ -94,19 +96,37 @@ MainWindow::MainWindow(QWidget* parent)
             &MainWindow::SlotOpenParentDirByExplorer);
     connect(widgetPlayer, &WidgetPlayer::SigStartCalled, widgetTableBrowser,
             &WidgetTableBrowser::SlotSelectedItemPlaybackCalled);
+    connect(widgetTreeBrowser, &WidgetTreeBrowser::SigShowInExplorer, this,
+            &MainWindow::SlotOpenParentDirByExplorer);
+    connect(widgetRootPath, &WidgetRootPath::SigBookmarkFlagChangeRequired, this,
+            &MainWindow::SlotChangeBookmarkCalled);
+    connect(menuBarWidget, &MenuBar::SigShowRootPathSelectDialog, widgetRootPath,
+            &WidgetRootPath::SlotShowRootPathSelectDialog);
+    connect(menuBarWidget, &MenuBar::SigColumnVisiblityChanged, widgetTableBrowser,
+            &WidgetTableBrowser::SlotColumnVisibleChanged);
+    connect(menuBarWidget, &MenuBar::SigStartPlayback, widgetTableBrowser,
+            &WidgetTableBrowser::SlotSelectedItemPlaybackCalled);
+    widgetRootPath->SetManager(manager);
+    widgetSearch->SetManager(manager);
     widgetPlayer->ConnectManager(manager);
+    connect(widgetTableBrowser, &WidgetTableBrowser::SigOpenByNuendoCalled, gacManager,
+            &GacManager::OpenByNuendo);
 
-    // Focuses the search field once the search widget takes its place.
     searchShortcut = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_F), this);
     searchShortcut->setContext(Qt::WindowShortcut);
     connect(searchShortcut, &QShortcut::activated, widgetSearch,
-            [this] { widgetSearch->setFocus(Qt::ShortcutFocusReason); });
+            &WidgetSearch::SlotFocusSearchTextbox);
     setWindowIcon(QIcon(QStringLiteral(":/images/tesk.png")));
 
     manager->GetFontSettings()->SetDefaultFont(QApplication::font().family(),
                                                QApplication::font().pointSize());
     manager->ApplyStoredSettings();
+    gacManager->SetServer(manager->GetGacAddress(), manager->GetGacPort());
     menuBarWidget->InitState();
+    gacMenuTimer = new QTimer(this);
+    gacMenuTimer->setInterval(1000);
+    connect(gacMenuTimer, &QTimer::timeout, this, &MainWindow::updateGacMenu);
+    gacMenuTimer->start();
 
     const QString root = CommandLineRoot(QCoreApplication::arguments());
     if (!root.isEmpty())
@@ -171,13 +191,7 @@ void MainWindow::SlotSetMainWindowGeometry(int left, int top, int wid, int hgt)
 
 void MainWindow::SlotOpenParentDirByExplorer(QString filePath)
 {
-#ifdef Q_OS_WIN
-    QProcess::startDetached(QStringLiteral("explorer"),
-                            {QStringLiteral("/select,"), QDir::toNativeSeparators(filePath)});
-#else
-    // No Explorer here: the desktop's file manager shows the containing folder.
-    QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(filePath).absolutePath()));
-#endif
+    RevealInFileManager(filePath, this);
 }
 
 void MainWindow::askBookmarkName()
@@ -338,4 +352,50 @@ void MainWindow::SlotSortSettingsApplied()
     // The table's place may still hold a plain placeholder; the order is
     // imposed once the real browser sits there.
     ApplySortSettings(sortSettings, qobject_cast<WidgetTableBrowser*>(widgetTableBrowser));
+}
+
+void MainWindow::SlotGacOpenSettings()
+{
+    subFormGAC dialog(manager->GetGacAddress(), manager->GetGacPort(), this);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    manager->SetGacAddress(dialog.address());
+    manager->SetGacPort(dialog.port());
+    gacManager->SetServer(manager->GetGacAddress(), manager->GetGacPort());
+}
+
+void MainWindow::SlotGacToggleConnection()
+{
+    switch (gacManager->GetState()) {
+    case GacManager::NotConnected:
+        gacManager->StartConnecting();
+        break;
+    case GacManager::WaitingConnection:
+        SlotSetWaitCursor();
+        gacManager->StopConnecting();
+        SlotRestoreCursor();
+        break;
+    case GacManager::Connected:
+        // The program never closes an established connection itself.
+        QMessageBox::information(
+            this, tr("Game Audio Connect"),
+            tr("To close the connection, please disable the network connection of Game Audio "
+               "Connect server."));
+        break;
+    }
+}
+
+void MainWindow::updateGacMenu()
+{
+    switch (gacManager->GetState()) {
+    case GacManager::WaitingConnection:
+        menuBarWidget->SetNuendoStatusText(tr("[Waiting Connection] Stop connection"));
+        break;
+    case GacManager::Connected:
+        menuBarWidget->SetNuendoStatusText(tr("[Connected]"));
+        break;
+    default:
+        menuBarWidget->SetNuendoStatusText(tr("[Not Connected] Start connection"));
+        break;
+    }
 }

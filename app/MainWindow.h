@@ -4,15 +4,19 @@
 
 #include <QMainWindow>
 
+class GacManager;
 class MenuBar;
 class SubFormFont;
+class WidgetRootPath;
+class WidgetSearch;
+class WidgetTableBrowser;
+class WidgetTreeBrowser;
 class subFormSortSettings;
 class QLabel;
 class QShortcut;
 class QSplitter;
 class QTimer;
 class WidgetPlayer;
-class WidgetTableBrowser;
 
 // The single top-level window: owns the manager, the menu bar and the five
 // browser widgets, lays them out and wires them, and carries the slots that
@@ -28,6 +32,11 @@ public:
 
     TeskManager* GetManager() const { return manager; }
     QSplitter* GetSplitter() const { return splitter; }
+    MenuBar* GetMenuBar() const { return menuBarWidget; }
+    WidgetRootPath* GetRootPathWidget() const { return widgetRootPath; }
+    WidgetSearch* GetSearchWidget() const { return widgetSearch; }
+    WidgetTreeBrowser* GetTreeBrowser() const { return widgetTreeBrowser; }
+    WidgetTableBrowser* GetTableBrowser() const { return widgetTableBrowser; }
     QLabel* GetStatusLabel() const { return statusLabel; }
 
 public slots:
@@ -57,6 +66,11 @@ public slots:
     void SlotOpenFontForm();
     void SlotOpenBookmarkManager();
     void SlotSortSettingsApplied();
+    void SlotGacOpenSettings();
+    void SlotGacToggleConnection();
+
+private slots:
+    void updateGacMenu();
 
 private:
     void setupForm();
@@ -64,13 +78,12 @@ private:
 
     // Constructed first: the menu bar and the widgets connect to it.
     TeskManager* manager;
+    GacManager* gacManager = nullptr;
     MenuBar* menuBarWidget = nullptr;
-    // Plain placeholders holding the places of the browser widgets not built
-    // yet; each is replaced by the real widget, with its wiring, when that lands.
-    QWidget* widgetRootPath = nullptr;
+    WidgetRootPath* widgetRootPath = nullptr;
     WidgetPlayer* widgetPlayer = nullptr;
-    QWidget* widgetSearch = nullptr;
-    QWidget* widgetTreeBrowser = nullptr;
+    WidgetSearch* widgetSearch = nullptr;
+    WidgetTreeBrowser* widgetTreeBrowser = nullptr;
     WidgetTableBrowser* widgetTableBrowser = nullptr;
     QSplitter* splitter = nullptr;
     QLabel* statusLabel = nullptr;
@@ -78,4 +91,5 @@ private:
     // Made on first use and kept, so their fields survive closing.
     subFormSortSettings* sortSettings = nullptr;
     SubFormFont* fontForm = nullptr;
+    QTimer* gacMenuTimer = nullptr;
 };

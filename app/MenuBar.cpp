@@ -3,6 +3,7 @@
 #include "KrokManager.h"
 #include "MainWindow.h"
 #include "TeskManager.h"
+#include "krokTableModel.h"
 
 #include <QActionGroup>
 #include <QMenu>
@@ -24,6 +25,9 @@ void MenuBar::buildFolderMenu()
 {
     QMenu* menu = addMenu(tr("Folder"));
     connect(menu, &QMenu::aboutToShow, this, &MenuBar::fileMenuOpening);
+    QAction* select = menu->addAction(tr("Select a folder..."));
+    select->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_O));
+    connect(select, &QAction::triggered, this, &MenuBar::SigShowRootPathSelectDialog);
     recentMenu = menu->addMenu(tr("Recently viewed folders"));
     for (int i = 0; i < kRecentActionCount; ++i) {
         QAction* action = recentMenu->addAction(QString());
@@ -80,6 +84,18 @@ void MenuBar::buildViewMenu()
             &TeskManager::SlotChangeShowHiddensCalled);
     connect(manager, &TeskManager::SigShowHiddensFlagChanged, actionShowHidden,
             &QAction::setChecked);
+    QMenu* columns = menu->addMenu(tr("Column"));
+    for (const QString& header : krokTableModel::columnHeaderLabels()) {
+        QAction* action = columns->addAction(header);
+        action->setCheckable(true);
+        action->setChecked(true);
+        connect(action, &QAction::toggled, this, &MenuBar::updateColumnVisibility);
+        columnActions.append(action);
+    }
+    connect(this, &MenuBar::SigColumnVisiblityChanged, manager,
+            &TeskManager::MemorizeColumnVisibleState);
+    connect(manager, &TeskManager::SigColumnVisibleLoaded, this,
+            &MenuBar::ColumnVisibleStateLoaded);
     QAction* sortSettings = menu->addAction(tr("Open Sort Settings"));
     connect(sortSettings, &QAction::triggered, window, &MainWindow::SlotShowSortSettings);
 }
@@ -106,6 +122,13 @@ void MenuBar::buildToolMenu()
         connect(action, &QAction::triggered, this, [this, value] { emit SigChangeTheme(value); });
         themeActions.append(action);
     }
+
+    QMenu* nuendo = menu->addMenu(tr("Nuendo Connection"));
+    QAction* gacSettings = nuendo->addAction(tr("Open Nuendo Connection Settings..."));
+    connectToWindowSlot(gacSettings, "SlotGacOpenSettings()");
+    // Not translated: replaced by the connection state within a second.
+    actionNuendoStatus = nuendo->addAction(QStringLiteral("(getting status)"));
+    connectToWindowSlot(actionNuendoStatus, "SlotGacToggleConnection()");
 }
 
 void MenuBar::buildPreviewMenu()
@@ -114,6 +137,9 @@ void MenuBar::buildPreviewMenu()
     connect(menu, &QMenu::aboutToShow, this, &MenuBar::previewMenuOpening);
     connect(menu, &QMenu::aboutToHide, this, &MenuBar::previewMenuClosing);
     // Single keys without modifier, on purpose: the preview keys sit under the left hand.
+    QAction* playback = menu->addAction(tr("Playback"));
+    playback->setShortcut(QKeySequence(Qt::Key_Space));
+    connect(playback, &QAction::triggered, this, &MenuBar::SigStartPlayback);
     QAction* stop = menu->addAction(tr("Stop"));
     stop->setShortcut(QKeySequence(Qt::Key_Escape));
     connect(stop, &QAction::triggered, manager, &TeskManager::SlotStopPlaybackCalled);
@@ -233,4 +259,40 @@ void MenuBar::updateBookmarkMenu()
     }
     for (int i = bookmarks.size(); i < bookmarkActions.size(); ++i)
         bookmarkActions.at(i)->setVisible(false);
+}
+
+void MenuBar::connectToWindowSlot(QAction* action, const char* slotSignature)
+{
+    // The Nuendo connection slots come with the connection manager; until the
+    // window has them, their entries stay disabled rather than do nothing.
+    const QByteArray normalized = QMetaObject::normalizedSignature(slotSignature);
+    if (window->metaObject()->indexOfSlot(normalized.constData()) < 0) {
+        action->setEnabled(false);
+        return;
+    }
+    connect(action, SIGNAL(triggered()), window, QByteArray("1" + normalized).constData());
+}
+
+void MenuBar::SetNuendoStatusText(const QString& text)
+{
+    actionNuendoStatus->setText(text);
+}
+
+void MenuBar::updateColumnVisibility()
+{
+    int state = 0;
+    for (int i = 0; i < columnActions.size(); ++i) {
+        if (columnActions.at(i)->isChecked())
+            state |= 1 << i;
+    }
+    emit SigColumnVisiblityChanged(state);
+}
+
+void MenuBar::ColumnVisibleStateLoaded(int state)
+{
+    // Reflecting the stored mask is no user change: nothing is emitted per action.
+    for (int i = 0; i < columnActions.size(); ++i) {
+        const QSignalBlocker blocker(columnActions.at(i));
+        columnActions.at(i)->setChecked((state & (1 << i)) != 0);
+    }
 }

@@ -26,17 +26,30 @@ public:
     // Checks the theme entry of the stored theme.
     void CheckThemeAction(TeskManager::ColorTheme theme);
 
+    // The Nuendo status entry, refreshed by the window every second.
+    void SetNuendoStatusText(const QString& text);
+    QAction* nuendoStatusAction() const { return actionNuendoStatus; }
+    const QList<QAction*>& columnVisibilityActions() const { return columnActions; }
+    const QList<QAction*>& recentFolderActions() const { return recentActions; }
+    QAction* seekForwardAction() const { return actionSeekForward; }
+    QAction* seekBackwardAction() const { return actionSeekBackward; }
+
 signals:
+    void SigShowRootPathSelectDialog();
+    void SigStartPlayback();
+    void SigColumnVisiblityChanged(int state);
     void SigChangeTheme(TeskManager::ColorTheme theme);
 
 public slots:
     void BookMarkStateUpdated(bool bookmarked);
+    void ColumnVisibleStateLoaded(int state);
 
 private slots:
     void fileMenuOpening();
     void previewMenuOpening();
     void previewMenuClosing();
     void updateBookmarkMenu();
+    void updateColumnVisibility();
 
 private:
     void buildFolderMenu();
@@ -45,6 +58,7 @@ private:
     void buildPreviewMenu();
     void buildBookmarkMenu();
     void buildHelpMenu();
+    void connectToWindowSlot(QAction* action, const char* slotSignature);
 
     MainWindow* window;
     TeskManager* manager;
@@ -66,4 +80,6 @@ private:
     QAction* bookmarkSeparator = nullptr;
     QList<QAction*> bookmarkActions;
     QList<QAction*> themeActions;
+    QList<QAction*> columnActions;
+    QAction* actionNuendoStatus = nullptr;
 };

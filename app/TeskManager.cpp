@@ -8,6 +8,7 @@
 #include "SubThreadGetList.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFileInfo>
 
 namespace {
@@ -221,6 +222,12 @@ void TeskManager::SetBookmarks(const BookmarkList& list)
 
 void TeskManager::SlotChangeRootPathCalled(QString path)
 {
+    // The folder tree follows every root change by selecting that folder, and
+    // its selection asks for that root again, while the announcement is still
+    // under way or the work has just begun. Restarting then would cancel the
+    // listing that was started for this very folder, so the repeat is dropped.
+    if (IsAcquiringRoot() && QDir::cleanPath(path) == QDir::cleanPath(s.rootPath))
+        return;
     timerPlaylist.stop();
     s.rootPath = path;
     SettingsStore::PushRecentFolder(s.recentDirs, path);
@@ -371,11 +378,19 @@ void TeskManager::StartDetailWorkerForUpdate()
     threadGetDetail->start(pendingUpdateFiles);
 }
 
+bool TeskManager::IsAcquiringRoot() const
+{
+    return announcingRoot || listCancelPending || detailCancelPending ||
+           threadGetList->isRunning() || threadGetDetail->isRunning();
+}
+
 void TeskManager::RestartAcquisition()
 {
     timerPlaylist.stop();
+    announcingRoot = true;
     emit SigRootPathChanged(s.rootPath);
     emit SigCurrentDirBookmarkChanged(IsRootBookmarked());
+    announcingRoot = false;
 
     if (s.rootPath.isEmpty() || !QFileInfo(s.rootPath).isDir())
         return;

@@ -68,6 +68,8 @@ public:
     int GetTotalFileCount() const { return totalFileCount; }
     bool IsListCancelPending() const { return listCancelPending; }
     bool IsDetailCancelPending() const { return detailCancelPending; }
+    // Whether the current root is being announced, listed or analysed.
+    bool IsAcquiringRoot() const;
     QStringList GetPendingUpdateFiles() const { return pendingUpdateFiles; }
     KrokManager* GetKrokManager() const { return krokManager; }
     FontSettings* GetFontSettings() { return &fontSettings; }
@@ -166,6 +168,8 @@ private:
     SubThreadGetList* threadGetList = nullptr;
     bool listCancelPending = false;
     bool detailCancelPending = false;
+    // Set while SigRootPathChanged is out, before any worker is started.
+    bool announcingRoot = false;
     QStringList pendingUpdateFiles;
     int totalFileCount = 0;
 };

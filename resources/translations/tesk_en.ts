@@ -1,572 +1,644 @@
 <?xml version="1.0" encoding="utf-8"?>
 <!DOCTYPE TS>
 <TS version="2.1" language="en">
-    <context>
-        <name>MainWindow</name>
-        <message>
-            <source>Bookmark Name</source>
-            <translation type="unfinished" />
-        </message>
-    </context>
-    <context>
-        <name>MenuBar</name>
-        <message>
-            <source>Folder</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Recently viewed folders</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Show in Explorer</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Exit</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>View</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Display files in subfolders as well</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Row Height</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Enlarge</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Shrink</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Reset to Default Settings</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Analyze Loudness values</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Display Loudness value of mono audio with raising 3dB</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Display multi-channel plots</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Show hidden files and folders</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Preview</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Stop</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Seek forward</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Seek backward</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Play selected tracks</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Enable Playlist Playback</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Bookmark</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Add to Bookmarks</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Delete Bookmarks</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Help</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>About Tesk</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Open Sort Settings</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Tool</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Settings...</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Font...</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Theme</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>System</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Light</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Dark</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Manage Bookmarks...</source>
-            <translation type="unfinished" />
-        </message>
-    </context>
-    <context>
-        <name>SubWidgetTableView</name>
-        <message>
-            <source>Show in Explorer</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Open with an external tool</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Copy to Clipboard</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Update information</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Open with Nuendo</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Error</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Failed to copy to the Clipboard: invalid data.</source>
-            <translation type="unfinished" />
-        </message>
-    </context>
-    <context>
-        <name>TeskManager</name>
-        <message>
-            <source>Saving Settings...</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Retrieving file list</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Cancel file list acquisition</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Cancel to acquire analyzed data</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Completed file list acquisition. System is registering files to Analysis Library...</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Completed adding files to Analysis Library  Waiting for analyzed data...</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>File registration failed. Max number of files that can be registered has been exceeded.</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Completed data analysis from %1 to %2 of %3</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Completed acquiring analyzed data</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Updating information</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Cancelled file list acquisition. Stopping acquisition of analyzed data...</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Warning</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Cannot preview because XAudio2 initialization failed. Please ensure that DirectX End-User Runtimes (June 2010) is installed.</source>
-            <translation type="unfinished" />
-        </message>
-    </context>
-    <context>
-        <name>WidgetPlayer</name>
-        <message>
-            <source>Playback</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Stop</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Play selected tracks</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Enable Playlist Playback</source>
-            <translation type="unfinished" />
-        </message>
-    </context>
-    <context>
-        <name>WidgetTableBrowser</name>
-        <message>
-            <source>%1hr%2min%3sec</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Number of audio files displayed: %1 Total time: %2</source>
-            <translation type="unfinished" />
-        </message>
-    </context>
-    <context>
-        <name>krokTableModel</name>
-        <message>
-            <source>(no files)</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>File</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Full Path</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Size</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Modify Time</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Format</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Sampling Rate</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Channels</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Samples</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Duration</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Plots</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Loudness</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Loops</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Sort Specification</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Sort Comments</source>
-            <translation type="unfinished" />
-        </message>
-    </context>
-    <context>
-        <name>subFormGAC</name>
-        <message>
-            <source>Nuendo Connection Settings</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Cancel</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Address</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Port Number</source>
-            <translation type="unfinished" />
-        </message>
-    </context>
-    <context>
-        <name>SubFormFont</name>
-        <message>
-            <source>Font Setting</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Tree</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Default</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Table</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Fit to cell size</source>
-            <translation type="unfinished" />
-        </message>
-    </context>
-    <context>
-        <name>subFormBookmark</name>
-        <message>
-            <source>Bookmark Name</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Bookmark Manager</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Name</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Folder Path</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Add</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Edit</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Delete</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Move to top</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Move Up</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Move Down</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Move to bottom</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Cancel</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Please select a folder</source>
-            <translation type="unfinished" />
-        </message>
-    </context>
-    <context>
-        <name>subFormSortSettings</name>
-        <message>
-            <source>Sort Settings</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Use CSV file for sorting</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>To import CSV file...</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Show the root of the relative path that the file was written to</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>To select relative path root...</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Ignore first line</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Start Analyzing</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>File Path</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Comments</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Move to the root folder of the relative path when sorting is applied</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Apply</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>CSV file</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Relative path root</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>File Path column</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Comments column</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Import CSV file</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Select relative path root</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Error</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>The CSV file could not be found.</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>CSV file analysis failed.</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>No files to reorder.</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>If the audio file is written to a relative path, ensure that the "Relative path root" folder in the "Sort Settings" dialog is correctly specified.</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>If the audio file is in a subfolder, please click the checkbox "Display all files from subfolders as well" in the View menu.</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>If the settings are changed, make sure to select "Start Analyzing" again.</source>
-            <translation type="unfinished" />
-        </message>
-    </context>
-    <context>
-        <name>subFormToolSettings</name>
-        <message>
-            <source>Tool Settings</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>External Tools</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Open an .exe or .app file...</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Executable file path</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Arguments: file path of the selected waveform is %FILEPATH%</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Seek Settings</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Set playback time seek range with 'R' and 'T' keys (msec)</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Cancel</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Select external .exe file</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Error</source>
-            <translation type="unfinished" />
-        </message>
-        <message>
-            <source>Specified .exe file cannot be found. %1</source>
-            <translation type="unfinished" />
-        </message>
-    </context>
+<context>
+    <name>MainWindow</name>
+    <message>
+        <source>Game Audio Connect</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>To close the connection, please disable the network connection of Game Audio Connect server.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>[Waiting Connection] Stop connection</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>[Connected]</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>[Not Connected] Start connection</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>MenuBar</name>
+    <message>
+        <source>Folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Recently viewed folders</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show in Explorer</source>
+        <translation type="unfinished">Show in Explorer</translation>
+    </message>
+    <message>
+        <source>Exit</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>View</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Display files in subfolders as well</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Row Height</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Enlarge</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Shrink</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Reset to Default Settings</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Analyze Loudness values</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Display Loudness value of mono audio with raising 3dB</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Display multi-channel plots</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show hidden files and folders</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Preview</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Stop</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Seek forward</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Seek backward</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Play selected tracks</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Enable Playlist Playback</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Bookmark</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Add to Bookmarks</source>
+        <translation type="unfinished">Add to Bookmarks</translation>
+    </message>
+    <message>
+        <source>Delete Bookmarks</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Help</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>About Tesk</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open Sort Settings</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Tool</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Settings...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Font...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Theme</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>System</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Light</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Dark</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Manage Bookmarks...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select a folder...</source>
+        <translation>Select a folder...</translation>
+    </message>
+    <message>
+        <source>Column</source>
+        <translation>Column</translation>
+    </message>
+    <message>
+        <source>Nuendo Connection</source>
+        <translation>Nuendo Connection</translation>
+    </message>
+    <message>
+        <source>Open Nuendo Connection Settings...</source>
+        <translation>Open Nuendo Connection Settings...</translation>
+    </message>
+    <message>
+        <source>Playback</source>
+        <translation>Playback</translation>
+    </message>
+</context>
+<context>
+    <name>SubFormFont</name>
+    <message>
+        <source>Font Setting</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Tree</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Default</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Table</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Fit to cell size</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>SubWidgetTableView</name>
+    <message>
+        <source>Show in Explorer</source>
+        <translation type="unfinished">Show in Explorer</translation>
+    </message>
+    <message>
+        <source>Open with an external tool</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copy to Clipboard</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Update information</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open with Nuendo</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Error</source>
+        <translation type="unfinished">Error</translation>
+    </message>
+    <message>
+        <source>Failed to copy to the Clipboard: invalid data.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>SubWidgetTreeView</name>
+    <message>
+        <source>Show in Explorer</source>
+        <translation>Show in Explorer</translation>
+    </message>
+</context>
+<context>
+    <name>TeskManager</name>
+    <message>
+        <source>Saving Settings...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Retrieving file list</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cancel file list acquisition</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cancel to acquire analyzed data</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Completed file list acquisition. System is registering files to Analysis Library...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Completed adding files to Analysis Library  Waiting for analyzed data...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>File registration failed. Max number of files that can be registered has been exceeded.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Completed data analysis from %1 to %2 of %3</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Completed acquiring analyzed data</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Updating information</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cancelled file list acquisition. Stopping acquisition of analyzed data...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Warning</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cannot preview because XAudio2 initialization failed. Please ensure that DirectX End-User Runtimes (June 2010) is installed.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>WidgetPlayer</name>
+    <message>
+        <source>Playback</source>
+        <translation type="unfinished">Playback</translation>
+    </message>
+    <message>
+        <source>Stop</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Play selected tracks</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Enable Playlist Playback</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>WidgetRootPath</name>
+    <message>
+        <source>Refresh</source>
+        <translation>Refresh</translation>
+    </message>
+    <message>
+        <source>Add to Bookmarks</source>
+        <translation>Add to Bookmarks</translation>
+    </message>
+    <message>
+        <source>Select a folder</source>
+        <translation>Select a folder</translation>
+    </message>
+    <message>
+        <source>Please select a folder</source>
+        <translation>Please select a folder</translation>
+    </message>
+</context>
+<context>
+    <name>WidgetSearch</name>
+    <message>
+        <source>Use Advanced Search Settings</source>
+        <translation>Use Advanced Search Settings</translation>
+    </message>
+    <message>
+        <source>Open Advanced Settings...</source>
+        <translation>Open Advanced Settings...</translation>
+    </message>
+</context>
+<context>
+    <name>WidgetTableBrowser</name>
+    <message>
+        <source>%1hr%2min%3sec</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Number of audio files displayed: %1 Total time: %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>krokTableModel</name>
+    <message>
+        <source>(no files)</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>subFormBookmark</name>
+    <message>
+        <source>Bookmark Name</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Bookmark Manager</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Name</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Folder Path</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Add</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Edit</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Delete</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move to top</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move Up</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move Down</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move to bottom</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation type="unfinished">Cancel</translation>
+    </message>
+    <message>
+        <source>Please select a folder</source>
+        <translation type="unfinished">Please select a folder</translation>
+    </message>
+</context>
+<context>
+    <name>subFormGAC</name>
+    <message>
+        <source>Nuendo Connection Settings</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation type="unfinished">Cancel</translation>
+    </message>
+    <message>
+        <source>Address</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Port Number</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>subFormSearch</name>
+    <message>
+        <source>Advanced Search Settings</source>
+        <translation>Advanced Search Settings</translation>
+    </message>
+    <message>
+        <source>Use Advanced Search Settings</source>
+        <translation>Use Advanced Search Settings</translation>
+    </message>
+    <message>
+        <source>Name (partial match)</source>
+        <translation>Name (partial match)</translation>
+    </message>
+    <message>
+        <source>If unspecified, the Name filter will not apply.</source>
+        <translation>If unspecified, the Name filter will not apply.</translation>
+    </message>
+    <message>
+        <source>Format</source>
+        <translation>Format</translation>
+    </message>
+    <message>
+        <source>Error</source>
+        <translation>Error</translation>
+    </message>
+    <message>
+        <source>Sampling rate</source>
+        <translation>Sampling rate</translation>
+    </message>
+    <message>
+        <source>Channels</source>
+        <translation>Channels</translation>
+    </message>
+    <message>
+        <source>Time</source>
+        <translation>Time</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Cancel</translation>
+    </message>
+    <message>
+        <source>Show only when greater than or equal to</source>
+        <translation>Show only when greater than or equal to</translation>
+    </message>
+    <message>
+        <source>Show only when less than or equal to</source>
+        <translation>Show only when less than or equal to</translation>
+    </message>
+    <message>
+        <source>Show only when equal to</source>
+        <translation>Show only when equal to</translation>
+    </message>
+</context>
+<context>
+    <name>subFormSortSettings</name>
+    <message>
+        <source>Sort Settings</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Use CSV file for sorting</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>To import CSV file...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show the root of the relative path that the file was written to</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>To select relative path root...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Ignore first line</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Start Analyzing</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>File Path</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Comments</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move to the root folder of the relative path when sorting is applied</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Apply</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>CSV file</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Relative path root</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>File Path column</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Comments column</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Import CSV file</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select relative path root</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Error</source>
+        <translation type="unfinished">Error</translation>
+    </message>
+    <message>
+        <source>The CSV file could not be found.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>CSV file analysis failed.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No files to reorder.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>If the audio file is written to a relative path, ensure that the &quot;Relative path root&quot; folder in the &quot;Sort Settings&quot; dialog is correctly specified.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>If the audio file is in a subfolder, please click the checkbox &quot;Display all files from subfolders as well&quot; in the View menu.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>If the settings are changed, make sure to select &quot;Start Analyzing&quot; again.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>subFormToolSettings</name>
+    <message>
+        <source>Tool Settings</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>External Tools</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open an .exe or .app file...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Executable file path</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Arguments: file path of the selected waveform is %FILEPATH%</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Seek Settings</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Set playback time seek range with &apos;R&apos; and &apos;T&apos; keys (msec)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation type="unfinished">Cancel</translation>
+    </message>
+    <message>
+        <source>Select external .exe file</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Error</source>
+        <translation type="unfinished">Error</translation>
+    </message>
+    <message>
+        <source>Specified .exe file cannot be found. %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
 </TS>

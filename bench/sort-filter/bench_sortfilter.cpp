@@ -1,0 +1,185 @@
+// Sorts 100,000 analysed rows of the file table by every column and filters
+// them by name, offscreen, and prints the times beside those of a plain
+// QSortFilterProxyModel (default string sort on the display role, fixed-string
+// filter) over the same model. Also prints the cost of one cell request.
+//
+//   bench_sortfilter [FILE_COUNT=100000] [FOLDER]
+//
+// The folder of small WAV files is generated once and reused on later runs.
+
+#include "KrokManager.h"
+#include "KrokTableSortModel.h"
+#include "SearchCriteriaStruct.h"
+#include "TeskManager.h"
+#include "WidgetTableBrowser.h"
+#include "krokTableModel.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QSortFilterProxyModel>
+#include <QtEndian>
+
+#include <cstdio>
+
+namespace {
+
+// Rate, channels and length vary with the index so every column has spread.
+QByteArray smallWav(int k)
+{
+    static const int rates[] = {8000, 11025, 22050, 44100, 48000, 96000};
+    const int rate = rates[k % 6];
+    const int channels = 1 + (k / 6) % 2;
+    const int frames = 40 + (k * 37) % 400;
+    const quint32 bytes = static_cast<quint32>(frames * channels);
+    QByteArray out;
+    auto u32 = [&out](quint32 v) {
+        char b[4];
+        qToLittleEndian(v, b);
+        out.append(b, 4);
+    };
+    auto u16 = [&out](quint16 v) {
+        char b[2];
+        qToLittleEndian(v, b);
+        out.append(b, 2);
+    };
+    out.append("RIFF", 4);
+    u32(36 + bytes);
+    out.append("WAVEfmt ", 8);
+    u32(16);
+    u16(1);
+    u16(static_cast<quint16>(channels));
+    u32(static_cast<quint32>(rate));
+    u32(static_cast<quint32>(rate * channels));
+    u16(static_cast<quint16>(channels));
+    u16(8);
+    out.append("data", 4);
+    u32(bytes);
+    for (quint32 i = 0; i < bytes; ++i)
+        out.append(static_cast<char>(128 + static_cast<int>((i * 13 + k) % 90) - 45));
+    return out;
+}
+
+QStringList ensureFolder(const QString& folder, int count)
+{
+    QDir().mkpath(folder);
+    QStringList paths;
+    paths.reserve(count);
+    for (int k = 0; k < count; ++k) {
+        // Names with numbers in them, as libraries have: natural order matters.
+        const QString path = folder + QStringLiteral("/%1_take%2.wav")
+                                          .arg(QLatin1String(k % 3 == 0 ? "door" : "foot"))
+                                          .arg(k);
+        if (!QFile::exists(path)) {
+            QFile f(path);
+            if (!f.open(QIODevice::WriteOnly) || f.write(smallWav(k)) < 0)
+                return {};
+        }
+        paths << path;
+    }
+    return paths;
+}
+
+double msSince(const QElapsedTimer& t)
+{
+    return static_cast<double>(t.nsecsElapsed()) / 1e6;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    const int count = argc > 1 ? QString::fromLocal8Bit(argv[1]).toInt() : 100000;
+    const QString folder =
+        argc > 2 ? QString::fromLocal8Bit(argv[2])
+                 : QDir::tempPath() + QStringLiteral("/tesk-sortfilter-%1").arg(count);
+
+    QElapsedTimer timer;
+    timer.start();
+    const QStringList paths = ensureFolder(folder, count);
+    if (paths.size() != count) {
+        std::fprintf(stderr, "cannot write the files under %s\n", qPrintable(folder));
+        return 1;
+    }
+    std::printf("files: %d in %s (ready in %.0f ms)\n", count, qPrintable(folder), msSince(timer));
+
+    TeskManager manager;
+    KrokManager* registry = manager.GetKrokManager();
+    timer.restart();
+    registry->RegisterFiles(paths);
+    for (const QString& p : paths)
+        registry->AnalyzeFile(p);
+    std::printf("analysed in %.0f ms\n\n", msSince(timer));
+
+    WidgetTableBrowser browser(&manager, {});
+    krokTableModel* model = browser.tableModel();
+    model->setFilePathList(paths);
+    for (int row = 0; row < count; ++row)
+        model->setDetailAcquired(row, true);
+    browser.SlotGetDetailEnded();
+    KrokTableSortModel* proxy = browser.sortModel();
+
+    QSortFilterProxyModel peer;
+    peer.setSourceModel(model);
+
+    const QStringList headers = krokTableModel::columnHeaderLabels();
+    std::printf("%-20s %14s %14s %14s\n", "sort by column", "tesk asc ms", "tesk desc ms",
+                "peer asc ms");
+    double worst = 0.0;
+    for (int c = 0; c < headers.size(); ++c) {
+        timer.restart();
+        proxy->sort(c, Qt::AscendingOrder);
+        const double asc = msSince(timer);
+        timer.restart();
+        proxy->sort(c, Qt::DescendingOrder);
+        const double desc = msSince(timer);
+        timer.restart();
+        peer.sort(c, Qt::AscendingOrder);
+        const double peerAsc = msSince(timer);
+        worst = qMax(worst, qMax(asc, desc));
+        std::printf("%-20s %14.1f %14.1f %14.1f\n", qPrintable(headers.at(c)), asc, desc, peerAsc);
+    }
+    std::printf("slowest tesk sort: %.1f ms (limit 1500 ms) %s\n\n", worst,
+                worst <= 1500.0 ? "OK" : "OVER");
+
+    // Name filtering with the table sorted by name, as after a fresh listing.
+    proxy->sort(ColumnFile, Qt::AscendingOrder);
+    peer.sort(ColumnFile, Qt::AscendingOrder);
+    std::printf("%-20s %14s %14s %14s\n", "filter by name", "tesk ms", "shown", "peer ms");
+    peer.setFilterCaseSensitivity(Qt::CaseSensitive);
+    peer.setFilterKeyColumn(ColumnFile);
+    const QStringList needles{QStringLiteral("take1"), QStringLiteral("door"),
+                              QStringLiteral("Take"), QString()};
+    double worstFilter = 0.0;
+    for (const QString& needle : needles) {
+        SearchCriteriaStruct criteria;
+        criteria.name = needle;
+        timer.restart();
+        browser.SlotSearchExecute(criteria);
+        const double ms = msSince(timer);
+        worstFilter = qMax(worstFilter, ms);
+        const int shown = proxy->rowCount();
+        timer.restart();
+        peer.setFilterFixedString(needle);
+        const double peerMs = msSince(timer);
+        const QString label =
+            needle.isEmpty() ? QStringLiteral("(cleared)") : QStringLiteral("\"%1\"").arg(needle);
+        std::printf("%-20s %14.1f %14d %14.1f\n", qPrintable(label), ms, shown, peerMs);
+    }
+    std::printf("slowest tesk filter: %.1f ms (limit 1500 ms) %s\n\n", worstFilter,
+                worstFilter <= 1500.0 ? "OK" : "OVER");
+
+    // One cell request on the GUI thread: a registry lookup plus formatting.
+    const int cells = qMin(count, 100000);
+    timer.restart();
+    qint64 chars = 0;
+    for (int row = 0; row < cells; ++row)
+        chars += model->index(row, ColumnDuration).data().toString().size();
+    const double perCell = static_cast<double>(timer.nsecsElapsed()) / cells / 1000.0;
+    std::printf("one Duration cell request: %.2f us (%lld chars)\n", perCell,
+                static_cast<long long>(chars));
+    return worst <= 1500.0 && worstFilter <= 1500.0 ? 0 : 2;
+}

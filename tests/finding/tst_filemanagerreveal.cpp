@@ -1,0 +1,99 @@
+#include "FileManagerReveal.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDesktopServices>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QUrl>
+#include <QtTest>
+
+// Stands in for the desktop's file manager on the test's private session bus.
+class FakeFileManager final : public QObject
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.FileManager1")
+public:
+    QStringList shown;
+    QString startupId;
+
+public slots:
+    void ShowItems(const QStringList& uris, const QString& startup)
+    {
+        shown = uris;
+        startupId = startup;
+        emit called();
+    }
+
+signals:
+    void called();
+};
+
+// Records what would be handed to the desktop's default handler.
+class UrlRecorder final : public QObject
+{
+    Q_OBJECT
+public:
+    QList<QUrl> opened;
+public slots:
+    void open(const QUrl& url) { opened << url; }
+};
+
+class TestFileManagerReveal : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir dir;
+    UrlRecorder recorder;
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(dir.isValid());
+        QDesktopServices::setUrlHandler(QStringLiteral("file"), &recorder, "open");
+    }
+
+    void cleanupTestCase() { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
+
+    void noFileManagerOpensTheFolder()
+    {
+        const QString file = dir.filePath(QStringLiteral("door slam.wav"));
+        QDBusConnection bus = QDBusConnection::sessionBus();
+        if (bus.isConnected() &&
+            bus.interface()->isServiceRegistered(QStringLiteral("org.freedesktop.FileManager1")))
+            QSKIP("a real file manager answers on this bus");
+        recorder.opened.clear();
+        RevealInFileManager(file, this);
+        QTRY_COMPARE_WITH_TIMEOUT(recorder.opened.size(), 1, 10000);
+        QCOMPARE(recorder.opened.first(), QUrl::fromLocalFile(dir.path()));
+    }
+
+    void fileManagerShowsTheFileSelected()
+    {
+        QDBusConnection bus = QDBusConnection::sessionBus();
+        if (!bus.isConnected())
+            QSKIP("no session bus (run under dbus-run-session)");
+        FakeFileManager fake;
+        QVERIFY(bus.registerObject(QStringLiteral("/org/freedesktop/FileManager1"), &fake,
+                                   QDBusConnection::ExportAllSlots));
+        QVERIFY(bus.registerService(QStringLiteral("org.freedesktop.FileManager1")));
+        QSignalSpy called(&fake, &FakeFileManager::called);
+
+        recorder.opened.clear();
+        const QString file = dir.filePath(QStringLiteral("door slam.wav"));
+        RevealInFileManager(file, this);
+        QTRY_COMPARE_WITH_TIMEOUT(called.count(), 1, 10000);
+        QCOMPARE(fake.shown, QStringList{QUrl::fromLocalFile(file).toString()});
+        QVERIFY(fake.shown.first().startsWith(QLatin1String("file:///")));
+        QVERIFY(fake.startupId.isEmpty());
+        // Answered: no folder is opened besides.
+        QTest::qWait(100);
+        QCOMPARE(recorder.opened.size(), 0);
+
+        bus.unregisterService(QStringLiteral("org.freedesktop.FileManager1"));
+        bus.unregisterObject(QStringLiteral("/org/freedesktop/FileManager1"));
+    }
+};
+
+QTEST_MAIN(TestFileManagerReveal)
+#include "tst_filemanagerreveal.moc"

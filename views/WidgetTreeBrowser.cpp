@@ -1,0 +1,91 @@
+#include "WidgetTreeBrowser.h"
+
+#include "IconProv.h"
+#include "SubWidgetTreeView.h"
+#include "TeskManager.h"
+#include "TreeViewItemModel.h"
+
+#include <QFileInfo>
+#include <QHBoxLayout>
+#include <QHeaderView>
+
+static_assert(int(WidgetTreeBrowser::kFolderFilter) == 25601);
+
+WidgetTreeBrowser::WidgetTreeBrowser(TeskManager* manager, QWidget* parent)
+    : QWidget(parent)
+    , icons(std::make_unique<IconProv>())
+    , model(new TreeViewItemModel(manager, this))
+    , view(new SubWidgetTreeView(this))
+{
+    auto* layout = new QHBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(view);
+
+    model->setIconProvider(icons.get());
+    // The empty root lists every drive at the top level.
+    model->setRootPath(QString());
+    model->setFilter(kFolderFilter);
+
+    view->setModel(model);
+    view->setUniformRowHeights(true);
+    view->header()->hide();
+    for (int column = 1; column < model->columnCount(); ++column)
+        view->hideColumn(column);
+
+    connect(view->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            &WidgetTreeBrowser::SlotFolderSelected);
+    connect(view, &SubWidgetTreeView::SigShowInExplorer, this,
+            &WidgetTreeBrowser::SlotShowInExplorer);
+
+    if (manager) {
+        connect(this, &WidgetTreeBrowser::SigChangeRootPathCalled, manager,
+                &TeskManager::SlotChangeRootPathCalled);
+        connect(manager, &TeskManager::SigRootPathChanged, this,
+                &WidgetTreeBrowser::SlotRootPathChanged);
+        connect(manager, &TeskManager::SigShowHiddensFlagChanged, this,
+                &WidgetTreeBrowser::SlotShowHiddenFolderFlagChanged);
+        // Rows take their font and height from the model; lay them out anew.
+        connect(manager, &TeskManager::SigChangeFont, view, [this] { view->doItemsLayout(); });
+    }
+}
+
+WidgetTreeBrowser::~WidgetTreeBrowser()
+{
+    // The model keeps a raw pointer to the icon provider; it goes first.
+    delete view;
+    delete model;
+}
+
+void WidgetTreeBrowser::SlotRootPathChanged(QString path)
+{
+    if (model->rootPath() == path)
+        return;
+    const QModelIndex index = model->index(path, 0);
+    if (!index.isValid())
+        return;
+    view->setCurrentIndex(index);
+    view->scrollTo(index, QAbstractItemView::EnsureVisible);
+}
+
+void WidgetTreeBrowser::SlotShowHiddenFolderFlagChanged(bool flag)
+{
+    QDir::Filters filters = model->filter();
+    filters.setFlag(QDir::Hidden, flag);
+    model->setFilter(filters);
+}
+
+void WidgetTreeBrowser::SlotFolderSelected(const QModelIndex& index,
+                                           const QModelIndex& previousIndex)
+{
+    Q_UNUSED(previousIndex)
+    const QString path = model->filePath(index);
+    if (!path.isEmpty() && QFileInfo(path).isDir())
+        emit SigChangeRootPathCalled(path);
+}
+
+void WidgetTreeBrowser::SlotShowInExplorer(const QModelIndex& index)
+{
+    const QString path = model->filePath(index);
+    if (!path.isEmpty() && QFileInfo(path).isDir())
+        emit SigShowInExplorer(path);
+}
