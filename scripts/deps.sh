@@ -14,7 +14,7 @@ build_pkgs=(
 test_pkgs=(
     clang libclang-rt-14-dev
     lame vorbis-tools
-    xvfb xauth
+    xvfb xauth dbus-daemon
 )
 bench_pkgs=(
     libebur128-dev bs1770gain loudgain

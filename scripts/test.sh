@@ -20,8 +20,8 @@ echo "== GUI-free tests under AddressSanitizer and UndefinedBehaviorSanitizer"
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
     ctest --test-dir "$asan" -L core --output-on-failure -j"$jobs"
 
-echo "== Full test suite"
-ctest --test-dir "$main" --output-on-failure -j"$jobs"
-
 echo "== Short fuzzing run of the wave header reader"
 "$root/scripts/fuzz.sh" 20
+
+echo "== Full test suite"
+ctest --test-dir "$main" --output-on-failure -j"$jobs"
