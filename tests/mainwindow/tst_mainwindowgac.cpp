@@ -1,0 +1,125 @@
+// The main window's Nuendo entries over the real connection manager: built
+// twice, once with no SDK anywhere and once beside the stand-in SDK, which
+// accepts every connection.
+#include "GacManager.h"
+#include "MainWindow.h"
+#include "MenuBar.h"
+#include "subFormGAC.h"
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QSpinBox>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+class tst_MainWindowGac final : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir configDir;
+
+    static QString statusText(MainWindow& window)
+    {
+        return static_cast<MenuBar*>(window.menuBar())->nuendoStatusAction()->text();
+    }
+
+    // Runs `answer` on the next modal window the GUI thread shows.
+    static void answerNextModal(std::function<void(QWidget*)> answer)
+    {
+        auto* poll = new QTimer(qApp);
+        poll->setInterval(10);
+        QObject::connect(poll, &QTimer::timeout, poll, [poll, answer] {
+            if (QWidget* modal = QApplication::activeModalWidget()) {
+                poll->stop();
+                poll->deleteLater();
+                answer(modal);
+            }
+        });
+        poll->start();
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(configDir.isValid());
+        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, configDir.path());
+    }
+
+#ifndef TESK_TEST_SDK_BESIDE
+    void missingSdkKeepsTheMenuNotConnected()
+    {
+        MainWindow window;
+        auto* gac = window.findChild<GacManager*>();
+        QVERIFY(gac);
+        QSignalSpy log(gac, &GacManager::SigGacLogMessage);
+        QCOMPARE(statusText(window), QStringLiteral("(getting status)"));
+        QTRY_COMPARE_WITH_TIMEOUT(statusText(window),
+                                  QStringLiteral("[Not Connected] Start connection"), 3000);
+
+        static_cast<MenuBar*>(window.menuBar())->nuendoStatusAction()->trigger();
+        QTRY_VERIFY(std::any_of(log.cbegin(), log.cend(), [](const QList<QVariant>& line) {
+            return line.at(0).toString() ==
+                   QLatin1String("[Warning] Vex GAC is necessary to initialize before start "
+                                 "the connection process.");
+        }));
+        QTRY_COMPARE(gac->GetState(), int(GacManager::NotConnected));
+        QTRY_COMPARE_WITH_TIMEOUT(statusText(window),
+                                  QStringLiteral("[Not Connected] Start connection"), 3000);
+    }
+
+    void settingsDialogStoresAddressAndPort()
+    {
+        MainWindow window;
+        answerNextModal([](QWidget* modal) {
+            auto* form = qobject_cast<subFormGAC*>(modal);
+            QVERIFY(form);
+            form->findChild<QLineEdit*>()->setText(QStringLiteral("studio-b"));
+            form->findChild<QSpinBox*>()->setValue(4500);
+            form->accept();
+        });
+        window.SlotGacOpenSettings();
+        QCOMPARE(window.GetManager()->GetGacAddress(), QStringLiteral("studio-b"));
+        QCOMPARE(window.GetManager()->GetGacPort(), 4500);
+
+        answerNextModal([](QWidget* modal) {
+            auto* form = qobject_cast<subFormGAC*>(modal);
+            QVERIFY(form);
+            form->findChild<QLineEdit*>()->setText(QStringLiteral("elsewhere"));
+            form->reject();
+        });
+        window.SlotGacOpenSettings();
+        QCOMPARE(window.GetManager()->GetGacAddress(), QStringLiteral("studio-b"));
+    }
+#else
+    void toggleWhileConnectedOnlyInforms()
+    {
+        MainWindow window;
+        auto* gac = window.findChild<GacManager*>();
+        QVERIFY(gac);
+        window.SlotGacToggleConnection();
+        QTRY_COMPARE_WITH_TIMEOUT(gac->GetState(), int(GacManager::Connected), 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(statusText(window), QStringLiteral("[Connected]"), 3000);
+
+        QString shown;
+        answerNextModal([&shown](QWidget* modal) {
+            auto* box = qobject_cast<QMessageBox*>(modal);
+            QVERIFY(box);
+            shown = box->windowTitle() + QLatin1Char('|') + box->text();
+            box->accept();
+        });
+        window.SlotGacToggleConnection();
+        QCOMPARE(shown, QStringLiteral("Game Audio Connect|To close the connection, please disable "
+                                       "the network connection of Game Audio Connect server."));
+        QTest::qWait(200);
+        QCOMPARE(gac->GetState(), int(GacManager::Connected));
+    }
+#endif
+};
+
+QTEST_MAIN(tst_MainWindowGac)
+#include "tst_mainwindowgac.moc"
