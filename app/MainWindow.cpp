@@ -133,6 +133,18 @@ MainWindow::MainWindow(QWidget* parent)
         manager->SlotChangeRootPathCalled(root);
 }
 
+void MainWindow::showEvent(QShowEvent* event)
+{
+    QMainWindow::showEvent(event);
+    // Before the first show the splitter has only its default width, so the
+    // quarter for the tree is taken again once the layout has given it its own.
+    if (!splitterSized) {
+        splitterSized = true;
+        const int w = splitter->width();
+        splitter->setSizes({w / 4, 3 * w / 4});
+    }
+}
+
 MainWindow::~MainWindow()
 {
     if (manager) {

@@ -72,6 +72,9 @@ public slots:
 private slots:
     void updateGacMenu();
 
+protected:
+    void showEvent(QShowEvent* event) override;
+
 private:
     void setupForm();
     void askBookmarkName();
@@ -92,4 +95,5 @@ private:
     subFormSortSettings* sortSettings = nullptr;
     SubFormFont* fontForm = nullptr;
     QTimer* gacMenuTimer = nullptr;
+    bool splitterSized = false;
 };
