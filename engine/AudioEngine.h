@@ -9,8 +9,8 @@
 // All functions are meant for one control thread (the GUI thread). Every sound
 // plays from the memory its player was given: WAVE/AIFF samples are converted
 // to float a block at a time inside the mixer, so starting a sound costs the
-// same whatever its length, and the device callback neither allocates, reads
-// files nor takes a lock.
+// same whatever its length; the device callback takes no lock, allocates nothing
+// and reads no file.
 //
 // Device rate: the engine asks SDL for 48000 Hz float stereo (most game audio is
 // authored at 48 kHz, so the common file plays unresampled) and accepts the

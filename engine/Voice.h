@@ -34,7 +34,7 @@ struct Voice
     const void* samples = nullptr;
     SampleEncoding encoding = SampleEncoding::Float32Native;
     std::int64_t valuesInMemory = 0; // values past it (a truncated file) play as silence
-    float* scratch = nullptr;        // Mixer::kMaxPull frames
+    float* scratch = nullptr;        // Mixer::kMaxPull frames, filled by the mixer
     std::int64_t frameCount = 0;
     std::int32_t channels = 0;
     std::int32_t rate = 0;
