@@ -212,7 +212,6 @@ void Finalize()
     for (VoicePool* pool : g_engine.pools)
         Destroy(pool);
     g_engine.pools.clear();
-    ReleaseSpareSampleBuffer();
     Destroy(g_engine.mixer);
     g_engine.mixer = nullptr;
     g_engine.initialized = false;

@@ -6,8 +6,11 @@
 // Tesk's preview engine: voice pools, players, a float mixer with sample-exact
 // loops and click-free volume and stop ramps, output through SDL2.
 //
-// All functions are meant for one control thread (the GUI thread); the device
-// callback only mixes buffers that were decoded before a voice started.
+// All functions are meant for one control thread (the GUI thread). Every sound
+// plays from the memory its player was given: WAVE/AIFF samples are converted
+// to float a block at a time inside the mixer, so starting a sound costs the
+// same whatever its length; the device callback takes no lock, allocates nothing
+// and reads no file.
 //
 // Device rate: the engine asks SDL for 48000 Hz float stereo (most game audio is
 // authored at 48 kHz, so the common file plays unresampled) and accepts the
@@ -116,8 +119,8 @@ void SetDataFormat(PlayerHandle player, DataFormat format);
 void SetNumChannels(PlayerHandle player, std::int32_t channels);
 void SetSamplingRate(PlayerHandle player, std::int32_t rate);
 void SetVoicePoolId(PlayerHandle player, std::uint32_t identifier);
-// The memory must stay valid while the player may read it (raw PCM plays from it
-// directly; WAVE/AIFF are decoded at Start).
+// The memory must stay valid and unchanged until the player's status reads
+// Stopped or PlayEnd: every format plays straight from it.
 void SetData(PlayerHandle player, const void* data, std::size_t size);
 void SetStartTimeMs(PlayerHandle player, std::int32_t milliseconds);
 void Start(PlayerHandle player);

@@ -13,8 +13,6 @@ namespace {
 std::atomic<ErrorCallback> g_errorCallback{nullptr};
 AllocFunction g_alloc = nullptr;
 FreeFunction g_free = nullptr;
-float* g_spare = nullptr;
-std::size_t g_spareCapacity = 0;
 
 } // namespace
 
@@ -38,35 +36,6 @@ void Release(void* pointer)
         g_free(pointer);
     else
         std::free(pointer);
-}
-
-float* AcquireSampleBuffer(std::size_t count, std::size_t* capacity)
-{
-    if (g_spare && g_spareCapacity >= count) {
-        float* buffer = g_spare;
-        *capacity = g_spareCapacity;
-        g_spare = nullptr;
-        g_spareCapacity = 0;
-        return buffer;
-    }
-    *capacity = count;
-    return static_cast<float*>(Allocate(count * sizeof(float)));
-}
-
-void ReturnSampleBuffer(float* buffer, std::size_t capacity)
-{
-    if (!buffer)
-        return;
-    ReleaseSpareSampleBuffer();
-    g_spare = buffer;
-    g_spareCapacity = capacity;
-}
-
-void ReleaseSpareSampleBuffer()
-{
-    Release(g_spare);
-    g_spare = nullptr;
-    g_spareCapacity = 0;
 }
 
 void ReportError(const char* code, const char* message)

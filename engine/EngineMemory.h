@@ -30,13 +30,6 @@ void Destroy(T* object)
     Release(object);
 }
 
-// Decoded-sample buffers: the most recently returned one is kept and handed out
-// again when large enough, so that previewing file after file does not pay for
-// fresh pages each time. Control thread only.
-float* AcquireSampleBuffer(std::size_t count, std::size_t* capacity);
-void ReturnSampleBuffer(float* buffer, std::size_t capacity);
-void ReleaseSpareSampleBuffer();
-
 // "E" + 10 digits + " : " + message, to the registered error callback.
 void ReportError(const char* code, const char* message);
 

@@ -42,15 +42,36 @@ Mixer::Mixer(std::int32_t outputRate, std::int32_t maxVoices)
     active_.reserve(capacity_);
 }
 
+void Mixer::ConvertBlock(const Voice& voice, std::int64_t frame, long frames)
+{
+    const std::int64_t first = frame * voice.channels;
+    const std::int64_t count = static_cast<std::int64_t>(frames) * voice.channels;
+    const std::int64_t present = std::clamp<std::int64_t>(voice.valuesInMemory - first, 0, count);
+    if (present > 0) {
+        const auto* bytes = static_cast<const unsigned char*>(voice.samples) +
+                            first * BytesPerSample(voice.encoding);
+        ConvertSamples(voice.encoding, bytes, voice.scratch, static_cast<std::size_t>(present));
+    }
+    std::fill(voice.scratch + present, voice.scratch + count, 0.0f);
+}
+
 long Mixer::PullSource(Voice& voice, const float** data, long maxFrames)
 {
+    const bool inPlace = voice.encoding == SampleEncoding::Float32Native;
+    if (!inPlace)
+        maxFrames = std::min(maxFrames, static_cast<long>(kMaxPull));
     for (;;) {
         const bool inLoop = voice.loopActive;
         const std::int64_t boundary = inLoop ? voice.loopEnd : voice.frameCount;
         if (voice.readPos < boundary) {
             const long n =
                 static_cast<long>(std::min<std::int64_t>(maxFrames, boundary - voice.readPos));
-            *data = voice.frames + voice.readPos * voice.channels;
+            if (inPlace) {
+                *data = static_cast<const float*>(voice.samples) + voice.readPos * voice.channels;
+            } else {
+                ConvertBlock(voice, voice.readPos, n);
+                *data = voice.scratch;
+            }
             voice.readPos += n;
             return n;
         }

@@ -49,10 +49,14 @@ public:
     // Finishes every voice at once (device closed, engine finalised).
     void ReleaseAll();
 
-    // Feeds the resampler straight from the sound's memory, jumping at the loop.
+    // Hands out the sound's next frames as float, jumping at the loop: host floats
+    // straight from their memory, other encodings converted into the voice's
+    // scratch (at most kMaxPull frames a call). The frames stay valid until the
+    // next call for the same voice, which the resampler relies on.
     static long PullSource(Voice& voice, const float** data, long maxFrames);
 
 private:
+    static void ConvertBlock(const Voice& voice, std::int64_t frame, long frames);
     void Apply(const MixerCommand& command);
     // Returns false once the voice has finished.
     bool MixVoice(Voice& voice, float* out, std::size_t frames);

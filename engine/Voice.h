@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AudioEngine.h"
+#include "SampleConversion.h"
 
 #include <atomic>
 #include <cstdint>
@@ -27,7 +28,13 @@ constexpr int kMaxVoiceChannels = 8;
 struct Voice
 {
     // Control thread, read-only once queued.
-    const float* frames = nullptr; // interleaved, `channels` per frame
+    // The sound's samples, interleaved, `channels` per frame, in the memory the
+    // player was given: host floats are read in place, anything else is
+    // converted block by block into `scratch` as the mixer reaches it.
+    const void* samples = nullptr;
+    SampleEncoding encoding = SampleEncoding::Float32Native;
+    std::int64_t valuesInMemory = 0; // values past it (a truncated file) play as silence
+    float* scratch = nullptr;        // Mixer::kMaxPull frames, filled by the mixer
     std::int64_t frameCount = 0;
     std::int32_t channels = 0;
     std::int32_t rate = 0;
@@ -35,8 +42,6 @@ struct Voice
     std::int64_t loopEnd = 0; // exclusive; looped when loopEnd > loopStart
     std::int64_t startFrame = 0;
     PlaybackId id = kInvalidPlaybackId;
-    float* ownedFrames = nullptr; // decoded WAVE/AIFF data, returned with the voice
-    std::size_t ownedCapacity = 0;
     SRC_STATE* resampler = nullptr;
     double resampleRatio = 1.0; // output rate / sound rate
     float* resampleBuffer = nullptr;

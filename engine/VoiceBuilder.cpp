@@ -16,7 +16,7 @@ void FreeVoice(Voice* voice)
     if (voice->resampler)
         src_delete(voice->resampler);
     Release(voice->resampleBuffer);
-    ReturnSampleBuffer(voice->ownedFrames, voice->ownedCapacity);
+    Release(voice->scratch);
     Destroy(voice);
 }
 
@@ -32,30 +32,34 @@ Voice* BuildVoice(Player& player, VoicePool& pool, std::int32_t outputRate)
             ReportError(kErrBadConfig, "Invalid channel count or sampling rate.");
             return nullptr;
         }
+        sound.encoding = SampleEncoding::Float32Native;
         sound.channels = player.channels;
         sound.rate = player.rate;
         sound.frameCount = static_cast<std::int64_t>(
             player.size / (sizeof(float) * static_cast<std::size_t>(player.channels)));
-    } else if (!DecodeMemorySound(player.data, player.size, sound)) {
+        sound.valuesInMemory = sound.frameCount * sound.channels;
+        sound.samples = static_cast<const unsigned char*>(player.data);
+    } else if (!DescribeMemorySound(player.data, player.size, sound)) {
         return nullptr;
     }
 
-    auto fail = [&sound](const char* code, const char* text) -> Voice* {
-        ReturnSampleBuffer(sound.frames, sound.capacity);
-        ReportError(code, text);
+    if (sound.channels > pool.maxChannels || sound.channels > kMaxVoiceChannels) {
+        ReportError(kErrTooManyChannels, "The number of channels exceeds the voice pool's limit.");
         return nullptr;
-    };
-    if (sound.channels > pool.maxChannels || sound.channels > kMaxVoiceChannels)
-        return fail(kErrTooManyChannels, "The number of channels exceeds the voice pool's limit.");
-    if (sound.rate > pool.maxSamplingRate)
-        return fail(kErrRateTooHigh, "The sampling rate exceeds the voice pool's limit.");
+    }
+    if (sound.rate > pool.maxSamplingRate) {
+        ReportError(kErrRateTooHigh, "The sampling rate exceeds the voice pool's limit.");
+        return nullptr;
+    }
 
     Voice* voice = Create<Voice>();
-    if (!voice)
-        return fail(kErrNoMemory, "Can not allocate memory.");
-    voice->ownedFrames = sound.frames;
-    voice->ownedCapacity = sound.capacity;
-    voice->frames = sound.frames ? sound.frames : static_cast<const float*>(player.data);
+    if (!voice) {
+        ReportError(kErrNoMemory, "Can not allocate memory.");
+        return nullptr;
+    }
+    voice->samples = sound.samples;
+    voice->encoding = sound.encoding;
+    voice->valuesInMemory = sound.valuesInMemory;
     voice->frameCount = sound.frameCount;
     voice->channels = sound.channels;
     voice->rate = sound.rate;
@@ -67,6 +71,16 @@ Voice* BuildVoice(Player& player, VoicePool& pool, std::int32_t outputRate)
     voice->pool = &pool;
     voice->player = &player;
     SetStereoFold(*voice);
+
+    const auto channels = static_cast<std::size_t>(sound.channels);
+    if (sound.encoding != SampleEncoding::Float32Native) {
+        voice->scratch = static_cast<float*>(Allocate(Mixer::kMaxPull * channels * sizeof(float)));
+        if (!voice->scratch) {
+            FreeVoice(voice);
+            ReportError(kErrNoMemory, "Can not allocate memory.");
+            return nullptr;
+        }
+    }
 
     if (sound.rate != outputRate) {
         int err = 0;
@@ -81,8 +95,8 @@ Voice* BuildVoice(Player& player, VoicePool& pool, std::int32_t outputRate)
                 return n;
             },
             SRC_SINC_FASTEST, sound.channels, &err, voice);
-        voice->resampleBuffer = static_cast<float*>(Allocate(
-            Mixer::kBlockFrames * static_cast<std::size_t>(sound.channels) * sizeof(float)));
+        voice->resampleBuffer =
+            static_cast<float*>(Allocate(Mixer::kBlockFrames * channels * sizeof(float)));
         if (!voice->resampler || !voice->resampleBuffer) {
             FreeVoice(voice);
             ReportError(kErrResampler, "Can not create the resampler.");

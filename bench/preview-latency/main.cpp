@@ -11,6 +11,7 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -52,7 +53,14 @@ Latency measure(LumoManager& lumo, const QString& path)
     lumo.Stop();
     while (lumo.IsPlaying() || lumo.IsPreparing()) {
     }
-    QThread::msleep(3); // start at a random point of the device period
+    // The stop was seen right after a callback; a fixed sleep here would issue every
+    // request at the same point of the device period and round each figure to the
+    // callback after it. A spread of phases gives the wait a user really meets.
+    static std::uint32_t seed = 1;
+    seed = seed * 1664525u + 1013904223u;
+    const double periodUs = 1e6 * AudioEngine::InitConfig{}.deviceBufferFrames /
+                            std::max(1, AudioEngine::GetOutputRate());
+    QThread::usleep(static_cast<unsigned long>((seed >> 8) % 1000 * periodUs / 1000.0));
     QElapsedTimer t;
     t.start();
     lumo.Play(path);
@@ -76,6 +84,27 @@ void report(const char* what, std::vector<Latency> runs)
         "%-44s play call %7.2f ms (max %7.2f)   first frame median %7.2f ms, max %7.2f ms\n", what,
         stat(&Latency::callMs, 0.5), stat(&Latency::callMs, 1.0), stat(&Latency::firstMs, 0.5),
         stat(&Latency::firstMs, 1.0));
+}
+
+// The part of a WAVE/AIFF start that still grows with the file: reading its
+// bytes into memory (from the page cache here), which the player keeps.
+void readAlone(const QString& path, int repeats)
+{
+    QByteArray buffer;
+    std::vector<double> ms;
+    for (int i = 0; i < repeats; ++i) {
+        QElapsedTimer t;
+        t.start();
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly))
+            return;
+        buffer.resize(static_cast<int>(file.size()));
+        file.read(buffer.data(), buffer.size());
+        ms.push_back(t.nsecsElapsed() / 1e6);
+    }
+    std::sort(ms.begin(), ms.end());
+    std::printf("%-44s read alone %7.2f ms median (%.1f MB)\n", "  of which reading the 60 s file",
+                ms[ms.size() / 2], buffer.size() / 1e6);
 }
 
 void callbackLoad(LumoManager& lumo, const QString& path, const char* what)
@@ -109,10 +138,17 @@ int main(int argc, char** argv)
     QTemporaryDir dir;
     const QString shortWav = dir.filePath(QStringLiteral("short-48k-stereo-3s.wav"));
     const QString longWav = dir.filePath(QStringLiteral("long-48k-stereo-60s.wav"));
+    const QString longAiff = dir.filePath(QStringLiteral("long-44k-stereo-24bit-60s.aiff"));
     const QString mp3Source = dir.filePath(QStringLiteral("music-44k-180s.wav"));
     const QString mp3 = dir.filePath(QStringLiteral("music-44k-180s.mp3"));
     TestSounds::writeFile(shortWav, TestSounds::wavPcm(2, 48000, 16, music(48000 * 3, 2, 48000)));
     TestSounds::writeFile(longWav, TestSounds::wavPcm(2, 48000, 16, music(48000 * 60, 2, 48000)));
+    {
+        std::vector<std::int32_t> v = music(44100 * 60, 2, 44100);
+        for (auto& x : v)
+            x = x * 256 + (x & 0xff); // 24-bit, low byte busy
+        TestSounds::writeFile(longAiff, TestSounds::aiffPcm(2, 44100, 24, v));
+    }
     bool haveMp3 = false;
     if (!QStandardPaths::findExecutable(QStringLiteral("lame")).isEmpty()) {
         TestSounds::writeFile(mp3Source,
@@ -137,6 +173,12 @@ int main(int argc, char** argv)
     for (int i = 0; i < repeats; ++i)
         runs.push_back(measure(lumo, longWav));
     report("WAV 60 s 48 kHz stereo 16-bit (cached)", runs);
+    readAlone(longWav, repeats);
+    measure(lumo, longAiff);
+    runs.clear();
+    for (int i = 0; i < repeats; ++i)
+        runs.push_back(measure(lumo, longAiff));
+    report("AIFF 60 s 44.1 kHz stereo 24-bit (cached)", runs);
     if (haveMp3) {
         runs.clear();
         for (int i = 0; i < std::min(repeats, 5); ++i)
@@ -147,6 +189,7 @@ int main(int argc, char** argv)
     }
 
     callbackLoad(lumo, longWav, "playing 48 kHz WAV (no resampling)");
+    callbackLoad(lumo, longAiff, "playing 44.1 kHz 24-bit AIFF (resampled)");
     if (haveMp3)
         callbackLoad(lumo, mp3, "playing 44.1 kHz MP3 (resampled to 48 kHz)");
 

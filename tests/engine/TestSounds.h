@@ -107,6 +107,34 @@ inline QByteArray wavFloat(int channels, int rate, const std::vector<float>& val
     return file;
 }
 
+// A WAVE file of 64-bit floats.
+inline QByteArray wavFloat64(int channels, int rate, const std::vector<double>& values)
+{
+    QByteArray data;
+    for (double v : values) {
+        std::uint64_t bits = 0;
+        std::memcpy(&bits, &v, 8);
+        putLe(data, static_cast<std::uint32_t>(bits), 4);
+        putLe(data, static_cast<std::uint32_t>(bits >> 32), 4);
+    }
+    QByteArray body("WAVE");
+    body.append("fmt ");
+    putLe(body, 16, 4);
+    putLe(body, 3, 2);
+    putLe(body, static_cast<std::uint32_t>(channels), 2);
+    putLe(body, static_cast<std::uint32_t>(rate), 4);
+    putLe(body, static_cast<std::uint32_t>(rate * channels * 8), 4);
+    putLe(body, static_cast<std::uint32_t>(channels * 8), 2);
+    putLe(body, 64, 2);
+    body.append("data");
+    putLe(body, static_cast<std::uint32_t>(data.size()), 4);
+    body.append(data);
+    QByteArray file("RIFF");
+    putLe(file, static_cast<std::uint32_t>(body.size()), 4);
+    file.append(body);
+    return file;
+}
+
 // 80-bit IEEE extended, as AIFF stores its sampling rate.
 inline void putExtended(QByteArray& b, double value)
 {
@@ -159,6 +187,38 @@ inline QByteArray aiffPcm(int channels, int rate, int bits, const std::vector<st
     QByteArray data;
     for (std::int32_t v : values)
         putBe(data, static_cast<std::uint32_t>(v), bytes);
+    body.append("SSND");
+    putBe(body, static_cast<std::uint32_t>(8 + data.size()), 4);
+    putBe(body, 0, 4);
+    putBe(body, 0, 4);
+    body.append(data);
+    if (data.size() & 1)
+        body.append('\0');
+    QByteArray file("FORM");
+    putBe(file, static_cast<std::uint32_t>(body.size()), 4);
+    file.append(body);
+    return file;
+}
+
+// AIFF-C with the given compression type ("fl32", "fl64", "sowt", ...) around
+// sample bytes already in that encoding.
+inline QByteArray aifc(int channels, int rate, int bits, const char* compression,
+                       const QByteArray& data)
+{
+    const int bytes = (bits + 7) / 8;
+    QByteArray body("AIFC");
+    body.append("FVER");
+    putBe(body, 4, 4);
+    putBe(body, 0xA2805140u, 4);
+    body.append("COMM");
+    putBe(body, 24, 4);
+    putBe(body, static_cast<std::uint32_t>(channels), 2);
+    putBe(body, static_cast<std::uint32_t>(data.size() / (channels * bytes)), 4);
+    putBe(body, static_cast<std::uint32_t>(bits), 2);
+    putExtended(body, rate);
+    body.append(compression, 4);
+    body.append('\0'); // empty compression name, padded
+    body.append('\0');
     body.append("SSND");
     putBe(body, static_cast<std::uint32_t>(8 + data.size()), 4);
     putBe(body, 0, 4);

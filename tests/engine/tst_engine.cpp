@@ -3,6 +3,7 @@
 
 #include "AudioEngine.h"
 #include "Mixer.h"
+#include "SampleConversion.h"
 #include "TestSounds.h"
 
 #include <QRegularExpression>
@@ -24,9 +25,11 @@ void collectError(const char* text)
 
 std::atomic<int> g_allocs{0};
 std::atomic<int> g_frees{0};
+std::atomic<std::int64_t> g_allocBytes{0};
 void* countingAlloc(std::size_t n)
 {
     ++g_allocs;
+    g_allocBytes += static_cast<std::int64_t>(n);
     return std::malloc(n);
 }
 void countingFree(void* p)
@@ -40,6 +43,64 @@ std::vector<float> render(std::size_t frames)
     std::vector<float> out(frames * 2);
     RenderOffline(out.data(), frames);
     return out;
+}
+
+// Renders in uneven pieces, so that block and loop boundaries fall mid-buffer.
+std::vector<float> renderInPieces(std::size_t frames)
+{
+    static const std::size_t pieces[] = {1, 255, 257, 3, 511, 1000, 64};
+    std::vector<float> out;
+    for (std::size_t i = 0; out.size() < frames * 2; ++i) {
+        const std::size_t n = std::min(pieces[i % 7], frames - out.size() / 2);
+        const auto part = render(n);
+        out.insert(out.end(), part.begin(), part.end());
+    }
+    return out;
+}
+
+// Little- or big-endian bytes of integers in the range of `bits`.
+QByteArray intBytes(const std::vector<std::int32_t>& values, int bits, bool bigEndian)
+{
+    QByteArray b;
+    for (std::int32_t v : values) {
+        const auto u = static_cast<std::uint32_t>(v);
+        if (bigEndian)
+            TestSounds::putBe(b, u, bits / 8);
+        else
+            TestSounds::putLe(b, u, bits / 8);
+    }
+    return b;
+}
+
+QByteArray floatBytesBe(const std::vector<double>& values, int bits)
+{
+    QByteArray b;
+    for (double v : values) {
+        if (bits == 32) {
+            const float f = static_cast<float>(v);
+            std::uint32_t u = 0;
+            std::memcpy(&u, &f, 4);
+            TestSounds::putBe(b, u, 4);
+        } else {
+            std::uint64_t u = 0;
+            std::memcpy(&u, &v, 8);
+            TestSounds::putBe(b, static_cast<std::uint32_t>(u >> 32), 4);
+            TestSounds::putBe(b, static_cast<std::uint32_t>(u), 4);
+        }
+    }
+    return b;
+}
+
+// Sine with a period of 400 frames in the range of `bits`.
+std::vector<std::int32_t> sine(int frames, int channels, int bits)
+{
+    const double amplitude = 0.6 * std::ldexp(1.0, bits - 1);
+    std::vector<std::int32_t> v(static_cast<std::size_t>(frames) * channels);
+    for (int i = 0; i < frames; ++i)
+        for (int c = 0; c < channels; ++c)
+            v[static_cast<std::size_t>(i) * channels + c] = static_cast<std::int32_t>(
+                std::lround(amplitude * std::sin(2 * M_PI * (i + 100 * c) / 400.0)));
+    return v;
 }
 
 } // namespace
@@ -419,6 +480,218 @@ private slots:
         DestroyPlayer(other);
     }
 
+    // Every sample format the header reader knows plays its own values, converted
+    // block by block from the file's bytes while the mixer runs.
+    void everyEncodingRendersItsOwnSamples_data()
+    {
+        QTest::addColumn<QString>("kind"); // wav, aiff, sowt, wavfloat, aifcfloat
+        QTest::addColumn<int>("bits");
+        QTest::addColumn<int>("channels");
+        QTest::newRow("WAV 8-bit stereo") << "wav" << 8 << 2;
+        QTest::newRow("WAV 32-bit stereo") << "wav" << 32 << 2;
+        QTest::newRow("WAV 24-bit 5 channels") << "wav" << 24 << 5;
+        QTest::newRow("WAV 64-bit float stereo") << "wavfloat" << 64 << 2;
+        QTest::newRow("AIFF 8-bit mono") << "aiff" << 8 << 1;
+        QTest::newRow("AIFF 16-bit stereo") << "aiff" << 16 << 2;
+        QTest::newRow("AIFF 24-bit stereo") << "aiff" << 24 << 2;
+        QTest::newRow("AIFF 32-bit mono") << "aiff" << 32 << 1;
+        QTest::newRow("AIFC little-endian 16-bit") << "sowt" << 16 << 2;
+        QTest::newRow("AIFC 32-bit float") << "aifcfloat" << 32 << 2;
+        QTest::newRow("AIFC 64-bit float") << "aifcfloat" << 64 << 1;
+    }
+
+    void everyEncodingRendersItsOwnSamples()
+    {
+        QFETCH(QString, kind);
+        QFETCH(int, bits);
+        QFETCH(int, channels);
+        const int frames = 1500;
+        const std::size_t count = static_cast<std::size_t>(frames) * channels;
+        // Independent of the engine's arithmetic: the value each sample stands for.
+        std::vector<double> want(count);
+        QByteArray file;
+        DataFormat format = DataFormat::Aiff;
+        if (kind.endsWith(QLatin1String("float"))) {
+            std::vector<double> d(count);
+            std::uint32_t x = 7;
+            for (auto& v : d) {
+                x = x * 1664525u + 1013904223u;
+                v = (static_cast<double>(x) / 4294967296.0 - 0.5) * 1.9; // finer than a float
+            }
+            for (std::size_t i = 0; i < count; ++i)
+                want[i] = bits == 32 ? static_cast<double>(static_cast<float>(d[i])) : d[i];
+            if (kind == QLatin1String("wavfloat")) {
+                file = TestSounds::wavFloat64(channels, 48000, d);
+                format = DataFormat::Wave;
+            } else {
+                file = TestSounds::aifc(channels, 48000, bits, bits == 32 ? "fl32" : "fl64",
+                                        floatBytesBe(d, bits));
+            }
+        } else {
+            std::vector<std::int32_t> values = TestSounds::distinct16(count, 3);
+            for (auto& v : values) {
+                v = bits <= 16 ? v >> (16 - bits)
+                               : v * (1 << (bits - 16)) + (v & ((1 << (bits - 16)) - 1));
+            }
+            for (std::size_t i = 0; i < count; ++i)
+                want[i] = std::ldexp(static_cast<double>(values[i]), 1 - bits);
+            if (kind == QLatin1String("wav")) {
+                file = TestSounds::wavPcm(channels, 48000, bits, values);
+                format = DataFormat::Wave;
+            } else if (kind == QLatin1String("aiff")) {
+                file = TestSounds::aiffPcm(channels, 48000, bits, values);
+            } else {
+                file =
+                    TestSounds::aifc(channels, 48000, bits, "sowt", intBytes(values, bits, false));
+            }
+        }
+        startWave(file, format);
+        const auto out = renderInPieces(static_cast<std::size_t>(frames) + 50);
+        for (int i = 0; i < frames; ++i) {
+            const std::size_t f = static_cast<std::size_t>(i) * channels;
+            if (channels <= 2) {
+                QCOMPARE(out[2 * i], static_cast<float>(want[f]));
+                QCOMPARE(out[2 * i + 1], static_cast<float>(want[f + channels - 1]));
+            } else {
+                // 5 channels: L R C Ls Rs, the centre at -3 dB to both sides.
+                const double l = want[f] + 0.70710678 * want[f + 2] + want[f + 3];
+                const double r = want[f + 1] + 0.70710678 * want[f + 2] + want[f + 4];
+                QVERIFY(std::fabs(out[2 * i] - std::clamp(l, -1.0, 1.0)) < 1e-6);
+                QVERIFY(std::fabs(out[2 * i + 1] - std::clamp(r, -1.0, 1.0)) < 1e-6);
+            }
+        }
+        for (std::size_t i = 2 * frames; i < out.size(); ++i)
+            QCOMPARE(out[i], 0.0f);
+        QCOMPARE(GetStatus(player_), PlayerStatus::PlayEnd);
+        QCOMPARE(GetPlayedSamples(GetLastPlaybackId(player_)), std::int64_t(frames));
+        QVERIFY2(g_errors.isEmpty(), qPrintable(g_errors.join('\n')));
+    }
+
+    // Starting a long sound costs no memory the size of the sound: it plays from
+    // the bytes it was given.
+    void startAllocatesNothingTheSizeOfTheFile()
+    {
+        Finalize();
+        SetAllocationFunctions(countingAlloc, countingFree);
+        initEngine(48000);
+        const int frames = 48000 * 20;
+        const auto values = sine(frames, 2, 24);
+        const QByteArray file = TestSounds::aiffPcm(2, 48000, 24, values);
+        g_allocBytes = 0;
+        startWave(file, DataFormat::Aiff, 19000);
+        const std::int64_t atStart = g_allocBytes.load();
+        const auto out = render(48000 + 10);
+        QVERIFY2(atStart < 64 * 1024, qPrintable(QString::number(atStart)));
+        QCOMPARE(g_allocBytes.load(), atStart); // and the mixer allocates nothing
+        QCOMPARE(out[0], static_cast<float>(std::ldexp(values[2 * 912000], -23)));
+        QCOMPARE(GetStatus(player_), PlayerStatus::PlayEnd);
+        Finalize();
+        SetAllocationFunctions(nullptr, nullptr);
+        initEngine(48000);
+    }
+
+    // A 24-bit loop seam falls between conversion blocks and render buffers and
+    // still joins sample-exactly.
+    void loopSeamInA24BitFile_data()
+    {
+        QTest::addColumn<bool>("aiff");
+        QTest::newRow("WAVE 24-bit little-endian") << false;
+        QTest::newRow("AIFF 24-bit big-endian") << true;
+    }
+
+    void loopSeamInA24BitFile()
+    {
+        QFETCH(bool, aiff);
+        const int start = 777; // neither on a block boundary nor a multiple of the period
+        const int end = start + 400 * 9;
+        const int total = end + 500;
+        std::vector<std::int32_t> v = sine(total, 2, 24);
+        for (std::size_t i = 2 * static_cast<std::size_t>(end); i < v.size(); ++i)
+            v[i] = 8000000; // the release tail, never reached while the loop runs
+        startWave(aiff ? TestSounds::aiffPcm(2, 48000, 24, v, start, end)
+                       : TestSounds::wavPcm(2, 48000, 24, v, {{start, end - 1}}),
+                  aiff ? DataFormat::Aiff : DataFormat::Wave);
+        const int frames = 3 * total;
+        const auto out = renderInPieces(static_cast<std::size_t>(frames));
+        float maxStep = 0.0f;
+        for (int i = 0; i < frames; ++i) {
+            const int src = i < end ? i : start + (i - start) % (end - start);
+            QCOMPARE(out[2 * i], static_cast<float>(std::ldexp(v[2 * src], -23)));
+            QCOMPARE(out[2 * i + 1], static_cast<float>(std::ldexp(v[2 * src + 1], -23)));
+            if (i > 0)
+                maxStep = std::max(maxStep, std::fabs(out[2 * i] - out[2 * i - 2]));
+        }
+        // The sine's largest step is 2*pi/400 * 0.6 = 0.0094.
+        QVERIFY2(maxStep < 0.0095f, qPrintable(QString::number(maxStep)));
+        QCOMPARE(GetPlayedSamples(GetLastPlaybackId(player_)), std::int64_t(frames));
+    }
+
+    // A file cut short inside its data chunk plays the whole frames it holds and
+    // never reads past its bytes (the buffer is exactly the file, so a sanitizer
+    // build catches any overread).
+    void truncatedDataChunkPlaysWhatIsThere_data()
+    {
+        QTest::addColumn<bool>("aiff");
+        QTest::addColumn<int>("cut");
+        QTest::newRow("WAVE 24-bit stereo, cut mid-frame") << false << 4;
+        QTest::newRow("AIFF 24-bit stereo, cut mid-frame") << true << 2;
+        QTest::newRow("AIFF 24-bit stereo, cut mid-sample") << true << 301;
+    }
+
+    void truncatedDataChunkPlaysWhatIsThere()
+    {
+        QFETCH(bool, aiff);
+        QFETCH(int, cut);
+        const int frames = 1000;
+        const auto values = sine(frames, 2, 24);
+        QByteArray file = aiff ? TestSounds::aiffPcm(2, 48000, 24, values)
+                               : TestSounds::wavPcm(2, 48000, 24, values);
+        file.chop(cut); // the header still claims 1000 frames
+        const std::vector<char> exact(file.begin(), file.end());
+        SetDataFormat(player_, aiff ? DataFormat::Aiff : DataFormat::Wave);
+        SetData(player_, exact.data(), exact.size());
+        SetStartTimeMs(player_, 0);
+        Start(player_);
+        const int whole = frames - (cut + 5) / 6;
+        const auto out = renderInPieces(static_cast<std::size_t>(frames + 100));
+        for (int i = 0; i < whole; ++i) {
+            QCOMPARE(out[2 * i], static_cast<float>(std::ldexp(values[2 * i], -23)));
+            QCOMPARE(out[2 * i + 1], static_cast<float>(std::ldexp(values[2 * i + 1], -23)));
+        }
+        for (std::size_t i = 2 * static_cast<std::size_t>(whole); i < out.size(); ++i)
+            QCOMPARE(out[i], 0.0f);
+        QCOMPARE(GetStatus(player_), PlayerStatus::PlayEnd);
+        QCOMPARE(GetPlayedSamples(GetLastPlaybackId(player_)), std::int64_t(whole));
+        Stop(player_);
+    }
+
+    // Converting in the mixer feeds the resampler exactly what a float copy of the
+    // same sound would: a 44.1 kHz 24-bit AIFF and its float twin come out alike.
+    void resampledFileMatchesItsFloatTwin()
+    {
+        const int frames = 44100;
+        const auto values = sine(frames, 2, 24);
+        std::vector<float> twin(values.size());
+        for (std::size_t i = 0; i < values.size(); ++i)
+            twin[i] = static_cast<float>(std::ldexp(values[i], -23));
+        startWave(TestSounds::aiffPcm(2, 44100, 24, values), DataFormat::Aiff);
+        const auto fromFile = renderInPieces(48000 + 500);
+        QCOMPARE(GetStatus(player_), PlayerStatus::PlayEnd);
+        const std::int64_t played = GetPlayedSamples(GetLastPlaybackId(player_));
+        startPcm(twin, 2, 44100);
+        const auto fromFloat = renderInPieces(48000 + 500);
+        QCOMPARE(fromFile.size(), fromFloat.size());
+        double energy = 0.0;
+        for (std::size_t i = 0; i < fromFile.size(); ++i) {
+            QCOMPARE(fromFile[i], fromFloat[i]);
+            energy += fromFile[i] * fromFile[i];
+        }
+        // A 0.6 sine over one second on two channels: 0.18 * 48000 * 2.
+        QVERIFY2(std::fabs(energy - 17280.0) < 200.0, qPrintable(QString::number(energy)));
+        QCOMPARE(played, GetPlayedSamples(GetLastPlaybackId(player_)));
+        QVERIFY2(std::llabs(played - frames) < 50, qPrintable(QString::number(played)));
+    }
+
     void allocationGoesThroughTheHostFunctions()
     {
         Finalize();
@@ -446,7 +719,7 @@ private slots:
         Mixer mixer(48000, 4);
         std::vector<float> pcm(48000, 0.5f);
         Voice voice;
-        voice.frames = pcm.data();
+        voice.samples = pcm.data();
         voice.frameCount = 48000;
         voice.channels = 1;
         voice.rate = 48000;
@@ -473,7 +746,7 @@ private slots:
     {
         std::vector<float> pcm = {0, 1, 2, 3, 4, 5};
         Voice voice;
-        voice.frames = pcm.data();
+        voice.samples = pcm.data();
         voice.frameCount = 6;
         voice.channels = 1;
         voice.loopStart = 2;
@@ -488,6 +761,99 @@ private slots:
         }
         const std::vector<float> want = {0, 1, 2, 3, 2, 3, 2, 3, 2, 3, 2, 3};
         QVERIFY(std::equal(want.begin(), want.end(), got.begin()));
+    }
+
+    // Stated frames beyond the bytes in memory play as silence, down to the value:
+    // the left half of a cut frame still sounds.
+    void valuesPastTheMemoryAreSilence()
+    {
+        const unsigned char bytes[] = {0x00, 0x40, 0x00, 0xc0, 0x00, 0x20};
+        float scratch[Mixer::kMaxPull * 2];
+        Voice voice;
+        voice.samples = bytes;
+        voice.encoding = SampleEncoding::Int16Le;
+        voice.valuesInMemory = 3;
+        voice.scratch = scratch;
+        voice.channels = 2;
+        voice.frameCount = 4;
+        const float* p = nullptr;
+        QCOMPARE(Mixer::PullSource(voice, &p, 100), 4L);
+        const float want[] = {0.5f, -0.5f, 0.25f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f};
+        for (int i = 0; i < 8; ++i)
+            QCOMPARE(p[i], want[i]);
+        QCOMPARE(Mixer::PullSource(voice, &p, 100), 0L);
+    }
+
+    // The converter against byte patterns worked out by hand.
+    void conversionOfEachEncoding_data()
+    {
+        QTest::addColumn<int>("encoding");
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QVector<float>>("want");
+        const auto e = [](SampleEncoding x) { return static_cast<int>(x); };
+        const auto b = [](std::initializer_list<int> v) {
+            QByteArray a;
+            for (int x : v)
+                a.append(static_cast<char>(x));
+            return a;
+        };
+        const float q15 = 1.0f / 32768.0f;
+        const float q23 = 1.0f / 8388608.0f;
+        QTest::newRow("8-bit offset") << e(SampleEncoding::UInt8) << b({0x00, 0x80, 0xff})
+                                      << QVector<float>{-1.0f, 0.0f, 127.0f / 128.0f};
+        QTest::newRow("8-bit signed") << e(SampleEncoding::Int8) << b({0x80, 0x00, 0x7f})
+                                      << QVector<float>{-1.0f, 0.0f, 127.0f / 128.0f};
+        QTest::newRow("16 LE") << e(SampleEncoding::Int16Le)
+                               << b({0x00, 0x80, 0xff, 0x7f, 0x01, 0x00})
+                               << QVector<float>{-1.0f, 32767 * q15, q15};
+        QTest::newRow("16 BE") << e(SampleEncoding::Int16Be)
+                               << b({0x80, 0x00, 0x7f, 0xff, 0x00, 0x01})
+                               << QVector<float>{-1.0f, 32767 * q15, q15};
+        QTest::newRow("24 LE") << e(SampleEncoding::Int24Le)
+                               << b({0x00, 0x00, 0x80, 0xff, 0xff, 0x7f, 0xff, 0xff, 0xff})
+                               << QVector<float>{-1.0f, 8388607 * q23, -q23};
+        QTest::newRow("24 BE") << e(SampleEncoding::Int24Be)
+                               << b({0x80, 0x00, 0x00, 0x7f, 0xff, 0xff, 0xff, 0xff, 0xff})
+                               << QVector<float>{-1.0f, 8388607 * q23, -q23};
+        QTest::newRow("32 LE") << e(SampleEncoding::Int32Le)
+                               << b({0x00, 0x00, 0x00, 0x80, 0x00, 0x00, 0x00, 0x40})
+                               << QVector<float>{-1.0f, 0.5f};
+        QTest::newRow("32 BE") << e(SampleEncoding::Int32Be)
+                               << b({0x80, 0x00, 0x00, 0x00, 0xc0, 0x00, 0x00, 0x00})
+                               << QVector<float>{-1.0f, -0.5f};
+        // 0.5, -2, NaN, +inf, -inf
+        QTest::newRow("float LE") << e(SampleEncoding::Float32Le)
+                                  << b({0,    0,    0, 0x3f, 0,    0,    0, 0xc0, 0,    0,
+                                        0xc0, 0x7f, 0, 0,    0x80, 0x7f, 0, 0,    0x80, 0xff})
+                                  << QVector<float>{0.5f, -2.0f, 0.0f, 1.0f, -1.0f};
+        QTest::newRow("float BE") << e(SampleEncoding::Float32Be)
+                                  << b({0x3f, 0, 0,    0,    0xc0, 0, 0,    0,    0x7f, 0xc0,
+                                        0,    0, 0x7f, 0x80, 0,    0, 0xff, 0x80, 0,    0})
+                                  << QVector<float>{0.5f, -2.0f, 0.0f, 1.0f, -1.0f};
+        // 0.25, -0.75
+        QTest::newRow("double LE")
+            << e(SampleEncoding::Float64Le)
+            << b({0, 0, 0, 0, 0, 0, 0xd0, 0x3f, 0, 0, 0, 0, 0, 0, 0xe8, 0xbf})
+            << QVector<float>{0.25f, -0.75f};
+        QTest::newRow("double BE")
+            << e(SampleEncoding::Float64Be)
+            << b({0x3f, 0xd0, 0, 0, 0, 0, 0, 0, 0xbf, 0xe8, 0, 0, 0, 0, 0, 0})
+            << QVector<float>{0.25f, -0.75f};
+    }
+
+    void conversionOfEachEncoding()
+    {
+        QFETCH(int, encoding);
+        QFETCH(QByteArray, bytes);
+        QFETCH(QVector<float>, want);
+        const auto enc = static_cast<SampleEncoding>(encoding);
+        QCOMPARE(BytesPerSample(enc) * want.size(), bytes.size());
+        std::vector<float> got(static_cast<std::size_t>(want.size()) + 1, 9.0f);
+        ConvertSamples(enc, reinterpret_cast<const unsigned char*>(bytes.constData()), got.data(),
+                       static_cast<std::size_t>(want.size()));
+        for (int i = 0; i < want.size(); ++i)
+            QCOMPARE(got[static_cast<std::size_t>(i)], want[i]);
+        QCOMPARE(got.back(), 9.0f); // nothing written past the count
     }
 };
 
