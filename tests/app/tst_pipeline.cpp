@@ -251,9 +251,13 @@ private slots:
         QSignalSpy status(&manager, &TeskManager::SigSetStatusMessage);
         QSignalSpy lists(&manager, &TeskManager::SigFilePathListAcquired);
         QSignalSpy ends(&manager, &TeskManager::SigEndGetDetailInfo);
+        QSignalSpy ranges(&manager, &TeskManager::SigAnalyzedInfoAcquired);
 
         manager.SlotChangeRootPathCalled(slow);
-        QTRY_COMPARE_WITH_TIMEOUT(lists.count(), 1, 30000);
+        // The first range proves the detail worker runs and the list worker's
+        // thread, which ends right after handing over its list, has finished.
+        QTRY_COMPARE_WITH_TIMEOUT(ranges.count(), 1, 30000);
+        QCOMPARE(lists.count(), 1);
         manager.SlotChangeRootPathCalled(next);
         QVERIFY(manager.IsDetailCancelPending());
         QTRY_COMPARE_WITH_TIMEOUT(lists.count(), 2, 60000);
