@@ -198,8 +198,8 @@ int main(int argc, char** argv)
     std::printf("    (the longest stall ended %lld ms after the root change)\n",
                 static_cast<long long>(longestStallEnd));
     for (const auto& stall : stalls) {
-        std::printf("    stall of %lld ms ending at %lld ms\n", static_cast<long long>(stall.second),
-                    static_cast<long long>(stall.first));
+        std::printf("    stall of %lld ms ending at %lld ms\n",
+                    static_cast<long long>(stall.second), static_cast<long long>(stall.first));
     }
     std::printf("  end of list: sorting switched on in    %8lld ms\n",
                 static_cast<long long>(endSignalMs - endStatusMs));
