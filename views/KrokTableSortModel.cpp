@@ -144,7 +144,7 @@ bool KrokTableSortModel::lessThan(const QModelIndex& left, const QModelIndex& ri
     const int column = left.column();
     const int l = left.row();
     const int r = right.row();
-    const int rows = sourceModel()->rowCount();
+    const int rows = table ? table->rowCount() : sourceModel()->rowCount();
     if (l < 0 || r < 0 || l >= rows || r >= rows)
         return false;
 
@@ -179,9 +179,13 @@ bool KrokTableSortModel::lessThan(const QModelIndex& left, const QModelIndex& ri
 
 int KrokTableSortModel::comparePaths(int l, int r) const
 {
-    // Straight from the row list, past the root folder that all paths share:
-    // the end of a list sorts every row by path at once.
+    // The end of a list sorts every row by path at once: ranks worked out
+    // while the list was analysed make that an integer comparison.
     if (table && table->hasRows()) {
+        const QVector<int>& ranks = table->pathRanks();
+        if (ranks.size() == table->rowCount())
+            return threeWay(ranks.at(l), ranks.at(r));
+        // Past the root folder that all paths share.
         const int skip = table->commonPathPrefixLength();
         return table->filePathRef(l).midRef(skip).compare(table->filePathRef(r).midRef(skip));
     }

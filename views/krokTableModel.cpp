@@ -48,6 +48,17 @@ QStringList krokTableModel::columnHeaderLabels()
     return TableColumnHeaderLabels();
 }
 
+QModelIndex krokTableModel::index(int row, int column, const QModelIndex& parent) const
+{
+    // The proxy asks for two indexes per comparison while it sorts; the base
+    // class would ask the virtual row and column counts each time.
+    if (parent.isValid() || row < 0 || column < 0 || row >= rowTotal ||
+        column >= headerLabels.size()) {
+        return {};
+    }
+    return createIndex(row, column);
+}
+
 int krokTableModel::rowCount(const QModelIndex& parent) const
 {
     return parent.isValid() ? 0 : rowTotal;
@@ -190,6 +201,7 @@ void krokTableModel::clearRows()
     rows.clear();
     sortSpecActive = false;
     commonPrefix = 0;
+    pathOrder.clear();
     endResetModel();
 }
 
@@ -221,6 +233,7 @@ void krokTableModel::setFilePathList(const QList<QString>& paths)
         rows.append(std::move(entry));
     }
     commonPrefix = prefix;
+    pathOrder.start(paths, prefix);
     endInsertRows();
     hasFiles = true;
 }

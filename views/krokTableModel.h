@@ -1,5 +1,6 @@
 #pragma once
 
+#include "PathRanking.h"
 #include "TableRoles.h"
 
 #include <QAbstractTableModel>
@@ -47,6 +48,8 @@ public:
     // manager all take them from here so that they agree.
     static QStringList columnHeaderLabels();
 
+    QModelIndex index(int row, int column,
+                      const QModelIndex& parent = QModelIndex()) const override;
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
@@ -69,6 +72,10 @@ public:
     // Every path of the list starts with this many equal characters (the root
     // folder); comparisons of paths may skip them.
     int commonPathPrefixLength() const { return commonPrefix; }
+    // Rank of each row's path in path order, one per row (empty for the
+    // placeholder). Worked out off the GUI thread after the list arrives; asked
+    // before that has finished, it is worked out at once.
+    const QVector<int>& pathRanks() const { return pathOrder.ranks(); }
 
     QList<SortSpecEntry> applySortSpecification(const QList<SortSpecEntry>& entries);
     void resetSortSpecification();
@@ -97,4 +104,5 @@ private:
     bool multiPlot = false;
     bool sortSpecActive = false;
     int commonPrefix = 0;
+    mutable PathRanking pathOrder;
 };

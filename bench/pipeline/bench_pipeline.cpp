@@ -18,6 +18,7 @@
 #include <QFile>
 #include <QProcess>
 #include <QTimer>
+#include <QVector>
 #include <QtEndian>
 
 #include <cstdio>
@@ -135,11 +136,21 @@ int main(int argc, char** argv)
     qint64 longestStall = 0;
     qint64 longestStallEnd = 0;
     int ranges = 0;
+    // Every stall over 50 ms (end time, length), and the steps of the end of
+    // the list: the browser's slots run between these marks because they were
+    // connected to the manager first.
+    QVector<QPair<qint64, qint64>> stalls;
+    qint64 endStatusMs = -1;
+    qint64 endSignalMs = -1;
+    qint64 searchMs = -1;
 
     QTimer tick;
     tick.setInterval(1);
     QObject::connect(&tick, &QTimer::timeout, [&] {
         const qint64 now = clock.elapsed();
+        if (now - lastTick > 50) {
+            stalls.append({now, now - lastTick});
+        }
         if (now - lastTick > longestStall) {
             longestStall = now - lastTick;
             longestStallEnd = now;
@@ -155,11 +166,19 @@ int main(int argc, char** argv)
     QObject::connect(manager, &TeskManager::SigSetStatusMessage, [&](const QString& message) {
         if (message == QLatin1String("Completed acquiring analyzed data")) {
             doneMs = clock.elapsed();
+            endStatusMs = doneMs;
         }
     });
     // Let the filter and sort that follow the end run before stopping.
-    QObject::connect(manager, &TeskManager::SigEndGetDetailInfo,
-                     [&] { QTimer::singleShot(200, &app, &QCoreApplication::quit); });
+    QObject::connect(manager, &TeskManager::SigEndGetDetailInfo, [&] {
+        endSignalMs = clock.elapsed();
+        QTimer::singleShot(200, &app, &QCoreApplication::quit);
+    });
+    QObject::connect(manager, &TeskManager::SigSearchExecute, [&] {
+        if (endSignalMs >= 0 && searchMs < 0) {
+            searchMs = clock.elapsed();
+        }
+    });
 
     clock.start();
     tick.start();
@@ -178,6 +197,14 @@ int main(int argc, char** argv)
                 static_cast<long long>(longestStall));
     std::printf("    (the longest stall ended %lld ms after the root change)\n",
                 static_cast<long long>(longestStallEnd));
+    for (const auto& stall : stalls) {
+        std::printf("    stall of %lld ms ending at %lld ms\n",
+                    static_cast<long long>(stall.second), static_cast<long long>(stall.first));
+    }
+    std::printf("  end of list: sorting switched on in    %8lld ms\n",
+                static_cast<long long>(endSignalMs - endStatusMs));
+    std::printf("  end of list: search and status line in %8lld ms\n",
+                static_cast<long long>(searchMs - endSignalMs));
     std::printf("  resident memory per analysed file:      %8.2f KB  (goal < 6)\n",
                 (rssAfter - rssBefore) / count);
     std::printf("  rows shown after the end:               %8lld\n",

@@ -18,6 +18,9 @@
 #include <QVBoxLayout>
 #include <QtTest>
 
+#include <algorithm>
+#include <random>
+
 namespace {
 
 QStringList paths(const QTemporaryDir& dir, int count)
@@ -49,6 +52,8 @@ private slots:
     void activationPlaysButNotFromPlotColumn();
     void columnVisibilityMask();
     void sortsByPathAndName();
+    void endOfListOrderEqualsAFreshSort_data();
+    void endOfListOrderEqualsAFreshSort();
     void durationCellParsing_data();
     void durationCellParsing();
     void nameSearchIsCaseSensitive();
@@ -390,6 +395,72 @@ void TestTableBrowser::sortsByPathAndName()
     QCOMPARE(column(0),
              (QStringList{QStringLiteral("x.wav"), QStringLiteral("lib"), QStringLiteral("d.wav"),
                           QStringLiteral("c.wav"), QStringLiteral("a.wav")}));
+}
+
+void TestTableBrowser::endOfListOrderEqualsAFreshSort_data()
+{
+    QTest::addColumn<int>("count");
+    QTest::addColumn<bool>("replaceListFirst");
+    QTest::addColumn<bool>("letThePoolFinish");
+    QTest::newRow("small, ended at once") << 7 << false << false;
+    QTest::newRow("large, ended at once") << 30000 << false << false;
+    QTest::newRow("large, ranks ready") << 30000 << false << true;
+    QTest::newRow("a second folder replaced the first") << 5000 << true << true;
+}
+
+void TestTableBrowser::endOfListOrderEqualsAFreshSort()
+{
+    QFETCH(int, count);
+    QFETCH(bool, replaceListFirst);
+    QFETCH(bool, letThePoolFinish);
+    QStringList listed;
+    for (int k = 0; k < count; ++k) {
+        listed << QStringLiteral("/lib/%1/take%2.wav")
+                      .arg(QLatin1String(k % 4 == 0 ? "Foley"
+                                                    : (k % 4 == 1 ? "foley" : "foley/sub")))
+                      .arg(k);
+    }
+    std::mt19937 random(static_cast<unsigned>(count));
+    std::shuffle(listed.begin(), listed.end(), random);
+
+    WidgetTableBrowser browser(nullptr, {});
+    if (replaceListFirst) {
+        browser.SlotRootPathChanged();
+        browser.SlotFilePathListAcquired({QStringLiteral("/old/z.wav"),
+                                          QStringLiteral("/old/a.wav"),
+                                          QStringLiteral("/old/m.wav")});
+    }
+    browser.SlotRootPathChanged();
+    browser.SlotFilePathListAcquired(listed);
+    if (letThePoolFinish) {
+        QTRY_VERIFY(browser.tableModel()->pathRanks().size() == count);
+    }
+    KrokTableSortModel* proxy = browser.sortModel();
+    // While analysed the table keeps the listed order.
+    QCOMPARE(proxy->index(0, 1).data().toString(), listed.first());
+    browser.SlotAnalyzedInfoAcquired(0, count / 2);
+    browser.SlotAnalyzedInfoAcquired(count / 2 + 1, count - 1);
+    browser.SlotGetDetailEnded();
+    browser.SlotSearchExecute(SearchCriteriaStruct());
+
+    auto shownPaths = [proxy] {
+        QStringList values;
+        for (int row = 0; row < proxy->rowCount(); ++row) {
+            values << proxy->index(row, 1).data().toString();
+        }
+        return values;
+    };
+    QStringList expected = listed;
+    std::sort(expected.begin(), expected.end());
+    const QStringList afterEnd = shownPaths();
+    QCOMPARE(afterEnd, expected);
+    // A click on another header and back re-sorts from scratch.
+    browser.tableView()->sortByColumn(0, Qt::AscendingOrder);
+    browser.tableView()->sortByColumn(1, Qt::AscendingOrder);
+    QCOMPARE(shownPaths(), afterEnd);
+    browser.tableView()->sortByColumn(1, Qt::DescendingOrder);
+    std::reverse(expected.begin(), expected.end());
+    QCOMPARE(shownPaths(), expected);
 }
 
 QTEST_MAIN(TestTableBrowser)
