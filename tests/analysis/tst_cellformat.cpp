@@ -141,16 +141,6 @@ private slots:
         QCOMPARE(RecordCellValue(ColumnFormat, broken, true, false).toString(),
                  QStringLiteral("ERROR"));
     }
-
-    void headers()
-    {
-        const QStringList labels = TableColumnHeaderLabels();
-        QCOMPARE(labels.size(), int(TableColumnCount));
-        QCOMPARE(labels.first(), QStringLiteral("File"));
-        QCOMPARE(labels.at(ColumnBits), QStringLiteral("BIT"));
-        QCOMPARE(labels.at(ColumnLoudness), QStringLiteral("Loudness"));
-        QCOMPARE(labels.last(), QStringLiteral("Sort Comments"));
-    }
 };
 
 QTEST_GUILESS_MAIN(TestCellFormat)

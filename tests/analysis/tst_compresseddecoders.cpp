@@ -70,35 +70,6 @@ class TestCompressedDecoders final : public QObject
     Q_OBJECT
 
 private slots:
-    void mp3BitRates_data()
-    {
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<int>("rate");
-        QTest::addColumn<int>("channels");
-        QTest::addColumn<int>("minKbps");
-        QTest::addColumn<int>("maxKbps");
-        QTest::newRow("frames of 96 and 320")
-            << Fixture("vbr-96-320.mp3") << 44100 << 2 << 96 << 320;
-        QTest::newRow("cbr 128 stereo") << Fixture("cbr128.mp3") << 44100 << 2 << 128 << 128;
-        QTest::newRow("cbr 128 mono") << Fixture("mono-cbr128.mp3") << 44100 << 1 << 128 << 128;
-    }
-
-    void mp3BitRates()
-    {
-        QFETCH(QString, file);
-        QFETCH(int, rate);
-        QFETCH(int, channels);
-        QFETCH(int, minKbps);
-        QFETCH(int, maxKbps);
-        Mp3Decoder decoder;
-        QVERIFY(decoder.Open(file.toLocal8Bit().constData()));
-        QVERIFY(decoder.CountFrames());
-        QCOMPARE(decoder.SamplingRate(), rate);
-        QCOMPARE(decoder.Channels(), channels);
-        QCOMPARE(decoder.MinKbps(), minKbps);
-        QCOMPARE(decoder.MaxKbps(), maxKbps);
-    }
-
     void mp3GaplessDecodeMatchesSource()
     {
         int channels = 0;
