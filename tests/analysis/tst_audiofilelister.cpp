@@ -1,20 +1,13 @@
 #include "AudioFileLister.h"
+#include "TestSettings.h"
 
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <algorithm>
 
 namespace {
-
-void Touch(const QString& path)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-}
 
 QStringList Relative(const QString& root, QList<QString> files)
 {
@@ -33,81 +26,75 @@ class TestAudioFileLister final : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void rules_data();
-    void rules();
-    void cancelStopsTheWalk();
-    void missingRoot();
+    void initTestCase()
+    {
+        QVERIFY(dir.isValid());
+        for (const char* name : {"a.wav", "B.WAV", "c.Aiff", "d.aif", "e.mp3", "f.OGG", "notes.txt",
+                                 "take.mp3.bak", "noext", ".hidden.wav", "sub/g.ogg",
+                                 "sub/deeper/h.wav", "sub/.i.mp3", "sub/readme.md"})
+            QVERIFY(fixtures::WriteBytes(dir.filePath(QLatin1String(name))));
+        // A folder with an audio suffix is not a file.
+        QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("folder.wav")));
+    }
+
+    void rules_data()
+    {
+        QTest::addColumn<bool>("recursive");
+        QTest::addColumn<bool>("hidden");
+        QTest::addColumn<QStringList>("expected");
+        const QStringList top{"B.WAV", "a.wav", "c.Aiff", "d.aif", "e.mp3", "f.OGG"};
+        QTest::newRow("top folder") << false << false << top;
+        QTest::newRow("with hidden") << false << true << (QStringList(top) << ".hidden.wav");
+        QTest::newRow("recursive") << true << false
+                                   << (QStringList(top) << "sub/deeper/h.wav"
+                                                        << "sub/g.ogg");
+        QTest::newRow("recursive with hidden") << true << true
+                                               << (QStringList(top) << ".hidden.wav"
+                                                                    << "sub/.i.mp3"
+                                                                    << "sub/deeper/h.wav"
+                                                                    << "sub/g.ogg");
+    }
+
+    void rules()
+    {
+        QFETCH(bool, recursive);
+        QFETCH(bool, hidden);
+        QFETCH(QStringList, expected);
+        expected.sort();
+        bool cancelled = true;
+        const QList<QString> files = ListAudioFiles(dir.path(), recursive, hidden, {}, &cancelled);
+        QVERIFY(!cancelled);
+        QCOMPARE(Relative(dir.path(), files), expected);
+    }
+
+    void cancelStopsTheWalk()
+    {
+        bool cancelled = false;
+        QVERIFY(ListAudioFiles(
+                    dir.path(), true, true, [] { return true; }, &cancelled)
+                    .isEmpty());
+        QVERIFY(cancelled);
+
+        // Cancelled after three steps: the walk stops there.
+        int asked = 0;
+        const QList<QString> part = ListAudioFiles(
+            dir.path(), true, true, [&asked] { return ++asked > 3; }, &cancelled);
+        QVERIFY(cancelled);
+        QCOMPARE(asked, 4);
+        QVERIFY(part.size() <= 3);
+    }
+
+    void missingRoot()
+    {
+        bool cancelled = true;
+        QVERIFY(ListAudioFiles(dir.filePath(QStringLiteral("nope")), true, false, {}, &cancelled)
+                    .isEmpty());
+        QVERIFY(!cancelled);
+    }
 
 private:
     QTemporaryDir dir;
 };
-
-void TestAudioFileLister::initTestCase()
-{
-    QVERIFY(dir.isValid());
-    for (const char* name :
-         {"a.wav", "B.WAV", "c.Aiff", "d.aif", "e.mp3", "f.OGG", "notes.txt", "take.mp3.bak",
-          "noext", ".hidden.wav", "sub/g.ogg", "sub/deeper/h.wav", "sub/.i.mp3", "sub/readme.md"})
-        Touch(dir.filePath(QLatin1String(name)));
-    // A folder with an audio suffix is not a file.
-    QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("folder.wav")));
-}
-
-void TestAudioFileLister::rules_data()
-{
-    QTest::addColumn<bool>("recursive");
-    QTest::addColumn<bool>("hidden");
-    QTest::addColumn<QStringList>("expected");
-    const QStringList top{"B.WAV", "a.wav", "c.Aiff", "d.aif", "e.mp3", "f.OGG"};
-    QTest::newRow("top folder") << false << false << top;
-    QTest::newRow("with hidden") << false << true << (QStringList(top) << ".hidden.wav");
-    QTest::newRow("recursive") << true << false
-                               << (QStringList(top) << "sub/deeper/h.wav"
-                                                    << "sub/g.ogg");
-    QTest::newRow("recursive with hidden") << true << true
-                                           << (QStringList(top) << ".hidden.wav"
-                                                                << "sub/.i.mp3"
-                                                                << "sub/deeper/h.wav"
-                                                                << "sub/g.ogg");
-}
-
-void TestAudioFileLister::rules()
-{
-    QFETCH(bool, recursive);
-    QFETCH(bool, hidden);
-    QFETCH(QStringList, expected);
-    expected.sort();
-    bool cancelled = true;
-    const QList<QString> files = ListAudioFiles(dir.path(), recursive, hidden, {}, &cancelled);
-    QVERIFY(!cancelled);
-    QCOMPARE(Relative(dir.path(), files), expected);
-}
-
-void TestAudioFileLister::cancelStopsTheWalk()
-{
-    bool cancelled = false;
-    QVERIFY(ListAudioFiles(
-                dir.path(), true, true, [] { return true; }, &cancelled)
-                .isEmpty());
-    QVERIFY(cancelled);
-
-    // Cancelled after three steps: the walk stops there.
-    int asked = 0;
-    const QList<QString> part = ListAudioFiles(
-        dir.path(), true, true, [&asked] { return ++asked > 3; }, &cancelled);
-    QVERIFY(cancelled);
-    QCOMPARE(asked, 4);
-    QVERIFY(part.size() <= 3);
-}
-
-void TestAudioFileLister::missingRoot()
-{
-    bool cancelled = true;
-    QVERIFY(ListAudioFiles(dir.filePath(QStringLiteral("nope")), true, false, {}, &cancelled)
-                .isEmpty());
-    QVERIFY(!cancelled);
-}
 
 QTEST_GUILESS_MAIN(TestAudioFileLister)
 #include "tst_audiofilelister.moc"

@@ -1,5 +1,5 @@
+#include "WaveBuilder.h"
 #include "WaveFileAnalysis.h"
-#include "WaveFixtures.h"
 
 #include <QTemporaryDir>
 #include <QtTest>

@@ -1,4 +1,4 @@
-#include "WaveFixtures.h"
+#include "WaveBuilder.h"
 #include "WaveHeaderReader.h"
 #include "WaveformPlot.h"
 
@@ -41,18 +41,6 @@ bool allZero(const PlotPoint* p, int from, int to)
             return false;
     }
     return true;
-}
-
-// 24-bit little-endian samples.
-Bytes pcm24(const std::vector<int>& values)
-{
-    Bytes b;
-    for (const int v : values) {
-        b.push_back(v & 0xff);
-        b.push_back((v >> 8) & 0xff);
-        b.push_back((v >> 16) & 0xff);
-    }
-    return b;
 }
 
 } // namespace

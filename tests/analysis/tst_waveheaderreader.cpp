@@ -1,4 +1,4 @@
-#include "WaveFixtures.h"
+#include "WaveBuilder.h"
 #include "WaveHeaderReader.h"
 
 #include <QTemporaryDir>

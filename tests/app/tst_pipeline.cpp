@@ -2,67 +2,18 @@
 #include "KrokManager.h"
 #include "SubThreadGetDetail.h"
 #include "TeskManager.h"
+#include "TestSettings.h"
+#include "WaveBuilder.h"
 
 #include <QDir>
 #include <QFile>
-#include <QSettings>
 #include <QSignalSpy>
 #include <QTemporaryDir>
-#include <QtEndian>
 #include <QtTest>
-
-#include <cmath>
 
 namespace {
 
 const QString kDone = QStringLiteral("Completed acquiring analyzed data");
-
-// A 16-bit PCM WAV of a sine at -12 dBFS.
-bool WriteWav(const QString& path, int rate, int channels, int frames)
-{
-    QFile f(path);
-    if (!f.open(QIODevice::WriteOnly))
-        return false;
-    const quint32 dataBytes = quint32(frames) * quint32(channels) * 2;
-    QByteArray head;
-    auto u32 = [&head](quint32 v) {
-        const quint32 le = qToLittleEndian(v);
-        head.append(reinterpret_cast<const char*>(&le), 4);
-    };
-    auto u16 = [&head](quint16 v) {
-        const quint16 le = qToLittleEndian(v);
-        head.append(reinterpret_cast<const char*>(&le), 2);
-    };
-    head.append("RIFF", 4);
-    u32(36 + dataBytes);
-    head.append("WAVEfmt ", 8);
-    u32(16);
-    u16(1);
-    u16(quint16(channels));
-    u32(quint32(rate));
-    u32(quint32(rate * channels * 2));
-    u16(quint16(channels * 2));
-    u16(16);
-    head.append("data", 4);
-    u32(dataBytes);
-    f.write(head);
-    QByteArray data(int(dataBytes), Qt::Uninitialized);
-    auto* samples = reinterpret_cast<qint16*>(data.data());
-    for (int i = 0; i < frames; ++i) {
-        const auto v = qint16(8192.0 * std::sin(2.0 * M_PI * 997.0 * i / rate));
-        for (int c = 0; c < channels; ++c)
-            samples[i * channels + c] = qToLittleEndian(v);
-    }
-    return f.write(data) == data.size();
-}
-
-QStringList StatusTexts(const QSignalSpy& spy)
-{
-    QStringList texts;
-    for (const QList<QVariant>& args : spy)
-        texts << args.at(0).toString();
-    return texts;
-}
 
 QList<QPair<int, int>> Ranges(const QSignalSpy& spy)
 {
@@ -96,7 +47,7 @@ class TestPipeline : public QObject
     Q_OBJECT
 
 private:
-    QTemporaryDir configDir;
+    fixtures::TestSettings settings;
     QTemporaryDir data;
 
     QString makeFolder(const QString& name, int files, int frames = 4800)
@@ -104,7 +55,8 @@ private:
         const QString folder = data.filePath(name);
         QDir().mkpath(folder);
         for (int i = 0; i < files; ++i)
-            WriteWav(QStringLiteral("%1/take%2.wav").arg(folder).arg(i), 48000, 1, frames);
+            fixtures::writeSineWav(QStringLiteral("%1/take%2.wav").arg(folder).arg(i), 48000, 1,
+                                   frames);
         return folder;
     }
 
@@ -120,17 +72,14 @@ private:
 private slots:
     void initTestCase()
     {
-        QVERIFY(configDir.isValid());
+        QVERIFY(settings.isValid());
         QVERIFY(data.isValid());
-        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, configDir.path());
     }
 
     void fullRunEndsCompleted()
     {
         const QString root = makeFolder(QStringLiteral("full"), 6);
-        QFile junk(root + QStringLiteral("/readme.txt"));
-        QVERIFY(junk.open(QIODevice::WriteOnly));
-        junk.close();
+        QVERIFY(fixtures::WriteBytes(root + QStringLiteral("/readme.txt")));
 
         TeskManager manager;
         QSignalSpy status(&manager, &TeskManager::SigSetStatusMessage);
@@ -142,7 +91,7 @@ private slots:
 
         manager.SlotChangeRootPathCalled(root);
         QTRY_COMPARE_WITH_TIMEOUT(ends.count(), 1, 30000);
-        QCOMPARE(StatusTexts(status).last(), kDone);
+        QCOMPARE(fixtures::SpiedTexts(status).last(), kDone);
         QCOMPARE(roots.count(), 1);
         QCOMPARE(roots.first().at(0).toString(), root);
 
@@ -155,7 +104,7 @@ private slots:
             QVERIFY(manager.GetKrokManager()->IsAnalyzed(path));
         QCOMPARE(searches.count(), 1);
 
-        const QStringList texts = StatusTexts(status);
+        const QStringList texts = fixtures::SpiedTexts(status);
         const QStringList expectedOrder{
             QStringLiteral("Retrieving file list"),
             QStringLiteral("Completed file list acquisition. System is registering files to "
@@ -188,7 +137,7 @@ private slots:
         QCOMPARE(lists.count(), 1);
         QVERIFY(lists.first().at(0).value<QList<QString>>().isEmpty());
         QCOMPARE(ranges.count(), 0);
-        QCOMPARE(StatusTexts(status).last(), kDone);
+        QCOMPARE(fixtures::SpiedTexts(status).last(), kDone);
     }
 
     void missingRootStartsNothing()
@@ -228,8 +177,8 @@ private slots:
                                      AsSet(lists.last().at(0).value<QList<QString>>()) ==
                                          AsSet(listOf(c)),
                                  30000);
-        QTRY_VERIFY_WITH_TIMEOUT(StatusTexts(status).last() == kDone, 30000);
-        const QStringList texts = StatusTexts(status);
+        QTRY_VERIFY_WITH_TIMEOUT(fixtures::SpiedTexts(status).last() == kDone, 30000);
+        const QStringList texts = fixtures::SpiedTexts(status);
         QCOMPARE(texts.count(QStringLiteral("Cancel file list acquisition")), 1);
         // b was never listed: its request came while the cancel was pending.
         for (const QList<QVariant>& args : lists)
@@ -262,10 +211,10 @@ private slots:
         QVERIFY(manager.IsDetailCancelPending());
         QTRY_COMPARE_WITH_TIMEOUT(lists.count(), 2, 60000);
         QCOMPARE(AsSet(lists.last().at(0).value<QList<QString>>()), AsSet(listOf(next)));
-        QTRY_COMPARE_WITH_TIMEOUT(StatusTexts(status).last(), kDone, 30000);
+        QTRY_COMPARE_WITH_TIMEOUT(fixtures::SpiedTexts(status).last(), kDone, 30000);
         QCOMPARE(ends.count(), 1);
 
-        const QStringList texts = StatusTexts(status);
+        const QStringList texts = fixtures::SpiedTexts(status);
         const int cancel = texts.indexOf(QStringLiteral("Cancel to acquire analyzed data"));
         QVERIFY(cancel >= 0);
         QVERIFY(texts.indexOf(QStringLiteral("Retrieving file list"), cancel) > cancel);
@@ -290,14 +239,14 @@ private slots:
         QCOMPARE(registry->GetFileInfo(files.at(1)).samplingRate, 48000);
 
         // Both files change on disk; only the first is asked for.
-        QVERIFY(WriteWav(files.at(1), 44100, 2, 4410));
-        QVERIFY(WriteWav(files.at(2), 22050, 2, 2205));
+        QVERIFY(fixtures::writeSineWav(files.at(1), 44100, 2, 4410));
+        QVERIFY(fixtures::writeSineWav(files.at(2), 22050, 2, 2205));
         ranges.clear();
         status.clear();
         manager.SlotSelectedFileUpdateCalled({files.at(1)});
         QTRY_COMPARE_WITH_TIMEOUT(ends.count(), 2, 30000);
-        QCOMPARE(StatusTexts(status).first(), QStringLiteral("Updating information"));
-        QCOMPARE(StatusTexts(status).last(), kDone);
+        QCOMPARE(fixtures::SpiedTexts(status).first(), QStringLiteral("Updating information"));
+        QCOMPARE(fixtures::SpiedTexts(status).last(), kDone);
         QCOMPARE(Ranges(ranges), (QList<QPair<int, int>>{{0, 0}}));
         QCOMPARE(registry->GetFileInfo(files.at(1)).samplingRate, 44100);
         QCOMPARE(registry->GetFileInfo(files.at(1)).channels, 2);
@@ -330,13 +279,12 @@ private slots:
     {
         // Loudness over ten minutes of audio takes well over the 250 ms budget.
         const QString folder = data.filePath(QStringLiteral("slowOne"));
-        QDir().mkpath(folder);
         const QString slowFile = folder + QStringLiteral("/long.wav");
-        QVERIFY(WriteWav(slowFile, 48000, 2, 48000 * 600));
+        QVERIFY(fixtures::writeSineWav(slowFile, 48000, 2, 48000 * 600));
         QStringList list{slowFile};
         for (int i = 0; i < 3; ++i) {
             list << QStringLiteral("%1/short%2.wav").arg(folder).arg(i);
-            QVERIFY(WriteWav(list.last(), 48000, 1, 480));
+            QVERIFY(fixtures::writeSineWav(list.last(), 48000, 1, 480));
         }
 
         KrokManager registry;
@@ -378,12 +326,12 @@ private slots:
         QCOMPARE(ends.count(), 2);
 
         // An invalidate request makes analysed files count as new again, once.
-        QVERIFY(WriteWav(listOf(root).first(), 32000, 1, 320));
+        QVERIFY(fixtures::writeSineWav(listOf(root).first(), 32000, 1, 320));
         worker.requestInvalidate();
         worker.start(listOf(root));
         QVERIFY(worker.wait(10000));
         QCOMPARE(registry.GetFileInfo(listOf(root).first()).samplingRate, 32000);
-        QVERIFY(WriteWav(listOf(root).first(), 16000, 1, 160));
+        QVERIFY(fixtures::writeSineWav(listOf(root).first(), 16000, 1, 160));
         worker.start(listOf(root));
         QVERIFY(worker.wait(10000));
         QCOMPARE(registry.GetFileInfo(listOf(root).first()).samplingRate, 32000);

@@ -3,14 +3,14 @@
 // plays in real time, so positions advance and files end as they would.
 #include "KrokManager.h"
 #include "TeskManager.h"
+#include "TestSettings.h"
+#include "WaveBuilder.h"
 
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QSettings>
 #include <QSignalSpy>
 #include <QTemporaryDir>
-#include <QtEndian>
 #include <QtTest>
 
 #include <cmath>
@@ -22,34 +22,7 @@ constexpr int kRate = 48000;
 // A 16-bit mono PCM WAV of a quiet 440 Hz sine.
 bool WriteWav(const QString& path, double seconds)
 {
-    const auto frames = static_cast<quint32>(std::lround(seconds * kRate));
-    const quint32 dataBytes = frames * 2;
-    QByteArray out;
-    auto u32 = [&out](quint32 v) {
-        const quint32 le = qToLittleEndian(v);
-        out.append(reinterpret_cast<const char*>(&le), 4);
-    };
-    auto u16 = [&out](quint16 v) {
-        const quint16 le = qToLittleEndian(v);
-        out.append(reinterpret_cast<const char*>(&le), 2);
-    };
-    out.append("RIFF", 4);
-    u32(36 + dataBytes);
-    out.append("WAVEfmt ", 8);
-    u32(16);
-    u16(1);
-    u16(1);
-    u32(kRate);
-    u32(kRate * 2);
-    u16(2);
-    u16(16);
-    out.append("data", 4);
-    u32(dataBytes);
-    for (quint32 i = 0; i < frames; ++i)
-        u16(static_cast<quint16>(
-            static_cast<qint16>(2000.0 * std::sin(2.0 * M_PI * 440.0 * i / kRate))));
-    QFile f(path);
-    return f.open(QIODevice::WriteOnly) && f.write(out) == out.size();
+    return fixtures::writeSineWav(path, kRate, 1, int(std::lround(seconds * kRate)), 0.06, 440.0);
 }
 
 qint64 Samples(double ms)
@@ -63,7 +36,7 @@ class TestPlaybackSlots : public QObject
 {
     Q_OBJECT
 
-    QTemporaryDir configDir;
+    fixtures::TestSettings settings;
     QTemporaryDir data;
     TeskManager* manager = nullptr;
     KrokManager* registry = nullptr;
@@ -102,9 +75,8 @@ class TestPlaybackSlots : public QObject
 private slots:
     void initTestCase()
     {
-        QVERIFY(configDir.isValid());
+        QVERIFY(settings.isValid());
         QVERIFY(data.isValid());
-        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, configDir.path());
         longA = data.filePath(QStringLiteral("a_long.wav"));
         longB = data.filePath(QStringLiteral("b_long.wav"));
         medium = data.filePath(QStringLiteral("c_medium.wav"));
@@ -195,26 +167,23 @@ private slots:
         QVERIFY2(after < Samples(300), qPrintable(QString::number(after)));
     }
 
-    void seekBackwardByTheStep()
+    void seekByTheStep_data()
     {
-        manager->SlotStartPlaybackCalled(longA);
-        const qint64 before = waitForPosition(1400);
-        QVERIFY(before > 0);
-        manager->SeekPlayback(true);
-        const qint64 after = firstPlayingPosition();
-        const qint64 target = before - Samples(1000);
-        QVERIFY2(after >= target && after < target + Samples(400),
-                 qPrintable(QStringLiteral("%1 -> %2").arg(before).arg(after)));
+        QTest::addColumn<bool>("backward");
+        QTest::addColumn<double>("fromMs");
+        QTest::newRow("backward") << true << 1400.0;
+        QTest::newRow("forward") << false << 200.0;
     }
-
-    void seekForwardByTheStep()
+    void seekByTheStep()
     {
+        QFETCH(bool, backward);
+        QFETCH(double, fromMs);
         manager->SlotStartPlaybackCalled(longA);
-        const qint64 before = waitForPosition(200);
+        const qint64 before = waitForPosition(fromMs);
         QVERIFY(before > 0);
-        manager->SeekPlayback(false);
+        manager->SeekPlayback(backward);
         const qint64 after = firstPlayingPosition();
-        const qint64 target = before + Samples(1000);
+        const qint64 target = before + (backward ? -1 : 1) * Samples(1000);
         QVERIFY2(after >= target && after < target + Samples(400),
                  qPrintable(QStringLiteral("%1 -> %2").arg(before).arg(after)));
     }
@@ -372,10 +341,7 @@ private slots:
     {
         // A WAVE file that is not one: the engine reports it through the registry.
         const QString broken = data.filePath(QStringLiteral("broken.wav"));
-        QFile f(broken);
-        QVERIFY(f.open(QIODevice::WriteOnly));
-        f.write("RIFF not really");
-        f.close();
+        QVERIFY(fixtures::WriteBytes(broken, "RIFF not really"));
         QSignalSpy status(manager, &TeskManager::SigSetStatusMessage);
         manager->SlotStartPlaybackCalled(broken);
         QTRY_VERIFY(!status.isEmpty());

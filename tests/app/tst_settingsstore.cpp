@@ -1,4 +1,5 @@
 #include "SettingsStore.h"
+#include "TestSettings.h"
 
 #include <QDir>
 #include <QSettings>
@@ -10,10 +11,10 @@ class TestSettingsStore : public QObject
     Q_OBJECT
 
 private:
-    QTemporaryDir configDir;
+    fixtures::TestSettings settings;
     QTemporaryDir folders;
 
-    QString iniPath() const { return configDir.filePath(QStringLiteral("Orvane Works/Tesk.ini")); }
+    QString iniPath() const { return settings.iniPath(); }
     QString makeFolder(const QString& name)
     {
         const QString path = folders.filePath(name);
@@ -22,13 +23,8 @@ private:
     }
 
 private slots:
-    void initTestCase()
-    {
-        QVERIFY(configDir.isValid());
-        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, configDir.path());
-    }
-
-    void init() { QFile::remove(iniPath()); }
+    void initTestCase() { QVERIFY(settings.isValid()); }
+    void init() { settings.clear(); }
 
     void storeLivesUnderOrganisationAndApplication()
     {

@@ -2,7 +2,9 @@
 // behind the menu and the star toggle, and persistence through the settings.
 #include "MainWindow.h"
 #include "MenuBar.h"
+#include "ModalAnswer.h"
 #include "TeskManager.h"
+#include "TestSettings.h"
 
 #include <QApplication>
 #include <QDir>
@@ -18,12 +20,7 @@ namespace {
 // Answers the next bookmark-name prompt with `text`, or cancels it.
 void AnswerName(const QString& text, bool confirm, QString* shown = nullptr)
 {
-    QTimer::singleShot(10, [=] {
-        auto* input = qobject_cast<QInputDialog*>(QApplication::activeModalWidget());
-        if (!input) {
-            AnswerName(text, confirm, shown);
-            return;
-        }
+    fixtures::AnswerNextModal<QInputDialog>([=](QInputDialog* input) {
         if (shown)
             *shown = input->textValue();
         input->setTextValue(text);
@@ -38,7 +35,7 @@ class tst_Bookmarks final : public QObject
     Q_OBJECT
 
 private:
-    QTemporaryDir configDir;
+    fixtures::TestSettings configDir;
     QTemporaryDir folders;
     QString sfx, music;
 
@@ -54,14 +51,13 @@ private slots:
     void initTestCase()
     {
         QVERIFY(configDir.isValid());
-        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, configDir.path());
         sfx = QDir(folders.path()).filePath(QStringLiteral("Sfx"));
         music = QDir(folders.path()).filePath(QStringLiteral("Music"));
         QVERIFY(QDir().mkpath(sfx));
         QVERIFY(QDir().mkpath(music));
     }
 
-    void init() { QFile::remove(configDir.filePath(QStringLiteral("Orvane Works/Tesk.ini"))); }
+    void init() { configDir.clear(); }
 
     void addingTwiceRenames()
     {

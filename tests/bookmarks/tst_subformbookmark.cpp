@@ -1,3 +1,4 @@
+#include "ModalAnswer.h"
 #include "subFormBookmark.h"
 
 #include <QApplication>
@@ -15,24 +16,10 @@
 
 namespace {
 
-// Runs `answer` on the next modal dialog once it is up, so that the prompts
-// opened inside the dialog's slots do not block the test.
-void AnswerNextModal(std::function<void(QDialog*)> answer)
-{
-    QTimer::singleShot(10, [answer] {
-        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-        if (!dialog) {
-            AnswerNextModal(answer);
-            return;
-        }
-        answer(dialog);
-    });
-}
-
 void AnswerName(const QString& text, bool confirm, QString* seenTitle = nullptr,
                 QString* seenLabel = nullptr, QString* seenDefault = nullptr)
 {
-    AnswerNextModal([=](QDialog* d) {
+    fixtures::AnswerNextModal<QDialog>([=](QDialog* d) {
         auto* input = qobject_cast<QInputDialog*>(d);
         if (!input) {
             d->reject();
@@ -51,7 +38,7 @@ void AnswerName(const QString& text, bool confirm, QString* seenTitle = nullptr,
 
 void AnswerFolder(const QString& folder)
 {
-    AnswerNextModal([=](QDialog* d) {
+    fixtures::AnswerNextModal<QDialog>([=](QDialog* d) {
         auto* files = qobject_cast<QFileDialog*>(d);
         if (!files || folder.isEmpty()) {
             d->reject();

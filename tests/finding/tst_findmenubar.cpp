@@ -2,6 +2,7 @@
 #include "MainWindow.h"
 #include "MenuBar.h"
 #include "TeskManager.h"
+#include "TestSettings.h"
 #include "krokTableModel.h"
 
 #include <QAction>
@@ -47,14 +48,13 @@ class TestFindMenuBar : public QObject
 {
     Q_OBJECT
 
-    QTemporaryDir config;
+    fixtures::TestSettings config;
     QStringList twelve;
 
 private slots:
     void initTestCase()
     {
         QVERIFY(config.isValid());
-        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, config.path());
         for (int k = 0; k < 12; ++k)
             twelve << QStringLiteral("/library/folder%1").arg(k);
         QSettings store(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("Orvane Works"),

@@ -2,7 +2,8 @@
 #include "KrokTableSortModel.h"
 #include "SearchRowMatcher.h"
 #include "TeskManager.h"
-#include "WavFixture.h"
+#include "TestSettings.h"
+#include "WaveBuilder.h"
 #include "WidgetTableBrowser.h"
 
 #include <QTemporaryDir>
@@ -34,8 +35,7 @@ class TestFindSortFilter : public QObject
         QStringList paths;
         for (const Take& t : takes) {
             const QString path = dir.filePath(t.name);
-            QDir().mkpath(QFileInfo(path).absolutePath());
-            if (!WriteTestWav(path, t.rate, t.channels, 16, t.frames))
+            if (!fixtures::writeSineWav(path, t.rate, t.channels, t.frames, 0.0))
                 return {};
             paths << path;
         }
@@ -216,13 +216,11 @@ private slots:
                                 {QStringLiteral("flt/short.wav"), 1000, 4, 1499}};
         QStringList paths = load(manager, browser, takes);
         QVERIFY(!paths.isEmpty());
-        QFile broken(dir.filePath(QStringLiteral("flt/broken.wav")));
-        QVERIFY(broken.open(QIODevice::WriteOnly));
-        broken.write("RIFF\0\0");
-        broken.close();
-        paths << broken.fileName();
+        const QString broken = dir.filePath(QStringLiteral("flt/broken.wav"));
+        QVERIFY(fixtures::WriteBytes(broken, "RIFF"));
+        paths << broken;
         QVERIFY(manager.GetKrokManager()->RegisterFiles(paths));
-        manager.GetKrokManager()->AnalyzeFile(broken.fileName());
+        manager.GetKrokManager()->AnalyzeFile(broken);
         browser.tableModel()->setFilePathList(paths);
         for (int row = 0; row < paths.size(); ++row)
             browser.tableModel()->setDetailAcquired(row, true);

@@ -1,7 +1,8 @@
 #include "SubWidgetTreeView.h"
 #include "TeskManager.h"
+#include "TestSettings.h"
 #include "TreeViewItemModel.h"
-#include "WavFixture.h"
+#include "WaveBuilder.h"
 #include "WidgetRootPath.h"
 #include "WidgetSearch.h"
 #include "WidgetTreeBrowser.h"
@@ -46,14 +47,13 @@ class TestFindWidgets : public QObject
     Q_OBJECT
 
     QTemporaryDir dir;
-    QTemporaryDir config;
+    fixtures::TestSettings config;
 
 private slots:
     void initTestCase()
     {
         QVERIFY(dir.isValid());
         QVERIFY(config.isValid());
-        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, config.path());
     }
 
     void pathLineMovesTreeWithoutSecondAcquisition()
@@ -61,8 +61,8 @@ private slots:
         const QString folder = dir.filePath(QStringLiteral("lib/ambience"));
         QVERIFY(QDir().mkpath(folder));
         for (int k = 0; k < 3; ++k)
-            QVERIFY(
-                WriteTestWav(folder + QStringLiteral("/wind%1.wav").arg(k), 48000, 1, 16, 4800));
+            QVERIFY(fixtures::writeSineWav(folder + QStringLiteral("/wind%1.wav").arg(k), 48000, 1,
+                                           4800, 0.0));
 
         TeskManager manager;
         WidgetTreeBrowser tree(&manager);
@@ -133,10 +133,8 @@ private slots:
         QFETCH(QString, name);
         QFETCH(bool, accepted);
         QVERIFY(QDir().mkpath(dir.filePath(QStringLiteral("drag"))));
-        for (const char* file : {"drag/a.flac", "drag/X.WAV", "drag/b.aiff", "drag/notes.txt"}) {
-            QFile f(dir.filePath(QLatin1String(file)));
-            QVERIFY(f.open(QIODevice::WriteOnly));
-        }
+        for (const char* file : {"drag/a.flac", "drag/X.WAV", "drag/b.aiff", "drag/notes.txt"})
+            QVERIFY(fixtures::WriteBytes(dir.filePath(QLatin1String(file))));
         const QString path = dir.filePath(name);
 
         WidgetRootPath bar;

@@ -1,4 +1,5 @@
 #include "ConnectionControlImpl.h"
+#include "FakeSdkControl.h"
 #include "GacManager.h"
 #include "VexGacListener.h"
 
@@ -53,16 +54,9 @@ class TestGacClient final : public QObject
     Q_OBJECT
 
     const QString m_sdkPath = QStringLiteral(FAKE_GAC_SDK_PATH);
-    void (*m_reset)() = nullptr;
-    int (*m_calls)(char*, int) = nullptr;
-    int (*m_translate)(const char*, char*, int) = nullptr;
+    FakeSdkControl m_sdk;
 
-    QStringList calls() const
-    {
-        QByteArray buffer(m_calls(nullptr, 0), '\0');
-        m_calls(buffer.data(), buffer.size());
-        return QString::fromUtf8(buffer.constData()).split('\n', Qt::SkipEmptyParts);
-    }
+    QStringList calls() const { return m_sdk.callList(); }
 
     static void connect(ConnectionControlImpl& client)
     {
@@ -72,17 +66,9 @@ class TestGacClient final : public QObject
     }
 
 private slots:
-    void initTestCase()
-    {
-        QLibrary lib(m_sdkPath);
-        m_reset = reinterpret_cast<void (*)()>(lib.resolve("fakeGacReset"));
-        m_calls = reinterpret_cast<int (*)(char*, int)>(lib.resolve("fakeGacCalls"));
-        m_translate =
-            reinterpret_cast<int (*)(const char*, char*, int)>(lib.resolve("fakeGacTranslate"));
-        QVERIFY(m_reset && m_calls && m_translate);
-    }
+    void initTestCase() { QVERIFY(m_sdk.resolve(m_sdkPath)); }
 
-    void init() { m_reset(); }
+    void init() { m_sdk.reset(); }
 
     void requestsGoToTheirOperation()
     {
@@ -136,12 +122,12 @@ private slots:
         ConnectionControlImpl client(&listener, {m_sdkPath});
         QVERIFY(client.initialize());
         char out[64] = {};
-        QCOMPARE(m_translate("/server/a.wav", out, sizeof out), 7);
+        QCOMPARE(m_sdk.translate("/server/a.wav", out, sizeof out), 7);
         QCOMPARE(QByteArray(out), QByteArray("/server/a.wav"));
         QVERIFY(listener.lines().contains("[Callback] PathTranslate"));
         // Too small a buffer: refused, nothing written past it.
         char small[5] = {'x', 'x', 'x', 'x', 'x'};
-        QCOMPARE(m_translate("/server/a.wav", small, 4), -1);
+        QCOMPARE(m_sdk.translate("/server/a.wav", small, 4), -1);
         QCOMPARE(small[4], 'x');
     }
 

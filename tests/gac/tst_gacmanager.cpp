@@ -1,3 +1,4 @@
+#include "FakeSdkControl.h"
 #include "GacManager.h"
 #include "GacSdk.h"
 #include "VexGacMessages.h"
@@ -7,36 +8,6 @@
 using namespace Vexmw;
 
 namespace {
-
-// Control functions of the stand-in SDK, resolved from the same library file
-// the manager loads, so both see one server.
-struct FakeSdk
-{
-    void (*reset)() = nullptr;
-    void (*setResult)(const char*, int) = nullptr;
-    void (*setExportedAsset)(const char*) = nullptr;
-    int (*calls)(char*, int) = nullptr;
-    void (*fire)(int) = nullptr;
-
-    bool resolve(const QString& path)
-    {
-        QLibrary lib(path);
-        reset = reinterpret_cast<void (*)()>(lib.resolve("fakeGacReset"));
-        setResult = reinterpret_cast<void (*)(const char*, int)>(lib.resolve("fakeGacSetResult"));
-        setExportedAsset =
-            reinterpret_cast<void (*)(const char*)>(lib.resolve("fakeGacSetExportedAsset"));
-        calls = reinterpret_cast<int (*)(char*, int)>(lib.resolve("fakeGacCalls"));
-        fire = reinterpret_cast<void (*)(int)>(lib.resolve("fakeGacFire"));
-        return reset && setResult && setExportedAsset && calls && fire;
-    }
-
-    QStringList callList() const
-    {
-        QByteArray buffer(calls(nullptr, 0), '\0');
-        calls(buffer.data(), buffer.size());
-        return QString::fromUtf8(buffer.constData()).split('\n', Qt::SkipEmptyParts);
-    }
-};
 
 // Collects the manager's log lines as they arrive on this thread.
 struct LogRecorder
@@ -79,7 +50,7 @@ class TestGacManager final : public QObject
 {
     Q_OBJECT
 
-    FakeSdk m_sdk;
+    FakeSdkControl m_sdk;
     const QString m_sdkPath = QStringLiteral(FAKE_GAC_SDK_PATH);
 
     void connectNow(GacManager& manager)

@@ -4,6 +4,8 @@
 #include "GacManager.h"
 #include "MainWindow.h"
 #include "MenuBar.h"
+#include "ModalAnswer.h"
+#include "TestSettings.h"
 #include "subFormGAC.h"
 
 #include <QApplication>
@@ -21,34 +23,15 @@ class tst_MainWindowGac final : public QObject
     Q_OBJECT
 
 private:
-    QTemporaryDir configDir;
+    fixtures::TestSettings configDir;
 
     static QString statusText(MainWindow& window)
     {
         return static_cast<MenuBar*>(window.menuBar())->nuendoStatusAction()->text();
     }
 
-    // Runs `answer` on the next modal window the GUI thread shows.
-    static void answerNextModal(std::function<void(QWidget*)> answer)
-    {
-        auto* poll = new QTimer(qApp);
-        poll->setInterval(10);
-        QObject::connect(poll, &QTimer::timeout, poll, [poll, answer] {
-            if (QWidget* modal = QApplication::activeModalWidget()) {
-                poll->stop();
-                poll->deleteLater();
-                answer(modal);
-            }
-        });
-        poll->start();
-    }
-
 private slots:
-    void initTestCase()
-    {
-        QVERIFY(configDir.isValid());
-        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, configDir.path());
-    }
+    void initTestCase() { QVERIFY(configDir.isValid()); }
 
 #ifndef TESK_TEST_SDK_BESIDE
     void missingSdkKeepsTheMenuNotConnected()
@@ -75,7 +58,7 @@ private slots:
     void settingsDialogStoresAddressAndPort()
     {
         MainWindow window;
-        answerNextModal([](QWidget* modal) {
+        fixtures::AnswerNextModal<QWidget>([](QWidget* modal) {
             auto* form = qobject_cast<subFormGAC*>(modal);
             QVERIFY(form);
             form->findChild<QLineEdit*>()->setText(QStringLiteral("studio-b"));
@@ -86,7 +69,7 @@ private slots:
         QCOMPARE(window.GetManager()->GetGacAddress(), QStringLiteral("studio-b"));
         QCOMPARE(window.GetManager()->GetGacPort(), 4500);
 
-        answerNextModal([](QWidget* modal) {
+        fixtures::AnswerNextModal<QWidget>([](QWidget* modal) {
             auto* form = qobject_cast<subFormGAC*>(modal);
             QVERIFY(form);
             form->findChild<QLineEdit*>()->setText(QStringLiteral("elsewhere"));
@@ -106,7 +89,7 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(statusText(window), QStringLiteral("[Connected]"), 3000);
 
         QString shown;
-        answerNextModal([&shown](QWidget* modal) {
+        fixtures::AnswerNextModal<QWidget>([&shown](QWidget* modal) {
             auto* box = qobject_cast<QMessageBox*>(modal);
             QVERIFY(box);
             shown = box->windowTitle() + QLatin1Char('|') + box->text();

@@ -6,6 +6,7 @@
 #include "MenuBar.h"
 #include "SubFormFont.h"
 #include "TeskStyle.h"
+#include "TestSettings.h"
 #include "subFormSortSettings.h"
 #include "subFormToolSettings.h"
 
@@ -28,7 +29,7 @@ class tst_MainWindowPrefs final : public QObject
     Q_OBJECT
 
 private:
-    QTemporaryDir configDir;
+    fixtures::TestSettings configDir;
     QTemporaryDir data;
 
     static QAction* menuAction(MainWindow& window, const QString& text)
@@ -41,11 +42,7 @@ private:
     }
 
 private slots:
-    void initTestCase()
-    {
-        QVERIFY(configDir.isValid());
-        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, configDir.path());
-    }
+    void initTestCase() { QVERIFY(configDir.isValid()); }
 
     void themeReplacesTheApplicationStyle()
     {
@@ -136,9 +133,7 @@ private slots:
         QVERIFY(data.isValid());
         const QString root = QDir(data.path()).filePath(QStringLiteral("library"));
         QVERIFY(QDir().mkpath(root));
-        QFile wav(root + QStringLiteral("/a.wav"));
-        QVERIFY(wav.open(QIODevice::WriteOnly));
-        wav.close();
+        QVERIFY(fixtures::WriteBytes(root + QStringLiteral("/a.wav")));
 
         MainWindow window;
         TeskManager* manager = window.GetManager();

@@ -4,6 +4,7 @@
 #include "FontSettings.h"
 #include "SortSettingsApplication.h"
 #include "TeskManager.h"
+#include "TestSettings.h"
 #include "WidgetTableBrowser.h"
 #include "subFormSortSettings.h"
 
@@ -29,17 +30,14 @@ class tst_SortApplication final : public QObject
     Q_OBJECT
 
 private:
-    QTemporaryDir configDir;
+    fixtures::TestSettings configDir;
     QTemporaryDir data;
     QString root;
 
     void analyse(subFormSortSettings& form, const QByteArray& csvText)
     {
         const QString csv = QDir(data.path()).filePath(QStringLiteral("order.csv"));
-        QFile f(csv);
-        QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        f.write(csvText);
-        f.close();
+        QVERIFY(fixtures::WriteBytes(csv, csvText));
         form.setRelativeRoot(root);
         form.findChild<QGroupBox*>(QStringLiteral("groupUseCsv"))->setChecked(true);
         form.findChild<QLineEdit*>(QStringLiteral("editCsvPath"))->setText(csv);
@@ -63,13 +61,10 @@ private slots:
     void initTestCase()
     {
         QVERIFY(configDir.isValid());
-        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, configDir.path());
         root = QDir(data.path()).filePath(QStringLiteral("Library"));
         QVERIFY(QDir().mkpath(root));
-        for (const char* name : {"Boom.wav", "hit.wav", "zap.wav"}) {
-            QFile f(root + QLatin1Char('/') + QLatin1String(name));
-            QVERIFY(f.open(QIODevice::WriteOnly));
-        }
+        for (const char* name : {"Boom.wav", "hit.wav", "zap.wav"})
+            QVERIFY(fixtures::WriteBytes(root + QLatin1Char('/') + QLatin1String(name)));
     }
 
     void appliesToTheTable()

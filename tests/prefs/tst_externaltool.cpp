@@ -76,9 +76,6 @@ private slots:
         QTest::newRow("three arguments")
             << "-open %FILEPATH% %FILEPATH%"
             << "/snd/a.wav" << QStringList{"-open", "/snd/a.wav", "/snd/a.wav"};
-        QTest::newRow("space in path gives two")
-            << "%FILEPATH%"
-            << "C:/My Sounds/a.wav" << QStringList{"C:/My", "Sounds/a.wav"};
         QTest::newRow("non-ASCII path") << "%FILEPATH%" << QStringLiteral("/効果音/爆発.wav")
                                         << QStringList{QStringLiteral("/効果音/爆発.wav")};
     }
@@ -91,16 +88,11 @@ private slots:
         QCOMPARE(launchAndRecord(argumentTemplate, filePath), expected);
     }
 
-    void emptyProgramDoesNothing()
+    void emptyOrMissingProgramDoesNothing()
     {
-        QVERIFY(
-            !LaunchExternalTool(QString(), QStringLiteral("%FILEPATH%"), QStringLiteral("/a.wav")));
-    }
-
-    void missingProgramFailsQuietly()
-    {
-        QVERIFY(!LaunchExternalTool(dir.filePath(QStringLiteral("no-such-tool")),
-                                    QStringLiteral("%FILEPATH%"), QStringLiteral("/a.wav")));
+        for (const QString& program : {QString(), dir.filePath(QStringLiteral("no-such-tool"))})
+            QVERIFY(!LaunchExternalTool(program, QStringLiteral("%FILEPATH%"),
+                                        QStringLiteral("/a.wav")));
     }
 };
 

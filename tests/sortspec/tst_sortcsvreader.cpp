@@ -1,4 +1,5 @@
 #include "SortCsvReader.h"
+#include "TestSettings.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -14,10 +15,7 @@ private:
     {
         static int n = 0;
         const QString path = dir.filePath(QStringLiteral("list%1.csv").arg(++n));
-        QFile f(path);
-        if (!f.open(QIODevice::WriteOnly) || f.write(bytes) != bytes.size())
-            qFatal("cannot write fixture");
-        return path;
+        return fixtures::WriteBytes(path, bytes) ? path : QString();
     }
 
 private slots:

@@ -1,4 +1,5 @@
 #include "SortPathResolver.h"
+#include "TestSettings.h"
 
 #include <QDir>
 #include <QFile>
@@ -13,14 +14,7 @@ private:
     QTemporaryDir dir;
     QString root;
 
-    void touch(const QString& relative)
-    {
-        const QString path = dir.filePath(relative);
-        QDir().mkpath(QFileInfo(path).absolutePath());
-        QFile f(path);
-        if (!f.open(QIODevice::WriteOnly))
-            qFatal("cannot create fixture");
-    }
+    void touch(const QString& relative) { QVERIFY(fixtures::WriteBytes(dir.filePath(relative))); }
 
 private slots:
     void initTestCase()

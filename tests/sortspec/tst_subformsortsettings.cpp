@@ -1,3 +1,5 @@
+#include "ModalAnswer.h"
+#include "TestSettings.h"
 #include "subFormSortSettings.h"
 
 #include <QApplication>
@@ -16,35 +18,6 @@
 #include <QTest>
 #include <QTimer>
 #include <QUrl>
-
-namespace {
-
-// Closes the next message box once it is up and hands back its text, so a
-// modal error does not block the test.
-class MessageBoxCatcher final
-{
-public:
-    MessageBoxCatcher() { poll(); }
-    QString text;
-    QString title;
-
-private:
-    void poll()
-    {
-        QTimer::singleShot(10, [this] {
-            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            if (!box) {
-                poll();
-                return;
-            }
-            text = box->text();
-            title = box->windowTitle();
-            box->accept();
-        });
-    }
-};
-
-} // namespace
 
 class tst_subFormSortSettings final : public QObject
 {
@@ -66,19 +39,7 @@ private:
     QString writeCsv(const QString& name, const QByteArray& bytes)
     {
         const QString path = QDir(root).filePath(name);
-        QFile f(path);
-        if (!f.open(QIODevice::WriteOnly) || f.write(bytes) != bytes.size())
-            qFatal("cannot write fixture");
-        return path;
-    }
-
-    void touch(const QString& relative)
-    {
-        const QString path = QDir(root).filePath(relative);
-        QDir().mkpath(QFileInfo(path).absolutePath());
-        QFile f(path);
-        if (!f.open(QIODevice::WriteOnly))
-            qFatal("cannot create fixture");
+        return fixtures::WriteBytes(path, bytes) ? path : QString();
     }
 
     static void setUp(subFormSortSettings& form, const QString& csv, int pathColumn,
@@ -111,7 +72,7 @@ private slots:
         QVERIFY(dir.isValid());
         root = QDir(dir.path()).canonicalPath();
         for (const char* name : {"a.wav", "b.wav", "sub/c.wav"})
-            touch(QString::fromLatin1(name));
+            QVERIFY(fixtures::WriteBytes(QDir(root).filePath(QLatin1String(name))));
     }
 
     void controlsStartAsDesigned()
@@ -161,17 +122,13 @@ private slots:
     {
         QTemporaryDir other;
         const QString csvDir = QDir(other.path()).canonicalPath();
-        QFile wav(csvDir + QStringLiteral("/near.wav"));
-        QVERIFY(wav.open(QIODevice::WriteOnly));
-        wav.close();
-        QFile csv(csvDir + QStringLiteral("/list.csv"));
-        QVERIFY(csv.open(QIODevice::WriteOnly));
-        csv.write("near,x\n");
-        csv.close();
+        const QString csv = csvDir + QStringLiteral("/list.csv");
+        QVERIFY(fixtures::WriteBytes(csvDir + QStringLiteral("/near.wav")));
+        QVERIFY(fixtures::WriteBytes(csv, "near,x\n"));
 
         subFormSortSettings form;
         form.setRelativeRoot(root + QStringLiteral("/no-such-folder"));
-        setUp(form, csv.fileName(), 1, 2, false);
+        setUp(form, csv, 1, 2, false);
         child<QPushButton>(form, "buttonAnalyze")->click();
         QCOMPARE(form.entries().value(0).first, csvDir + QStringLiteral("/near.wav"));
     }
@@ -209,10 +166,15 @@ private slots:
         const QString csv = csvName.isEmpty() ? QDir(root).filePath(QStringLiteral("absent.csv"))
                                               : writeCsv(csvName, bytes);
         setUp(form, csv, pathColumn, 2, false);
-        MessageBoxCatcher catcher;
+        QString title, text;
+        fixtures::AnswerNextModal<QMessageBox>([&](QMessageBox* box) {
+            title = box->windowTitle();
+            text = box->text();
+            box->accept();
+        });
         child<QPushButton>(form, "buttonAnalyze")->click();
-        QCOMPARE(catcher.title, QStringLiteral("Error"));
-        QCOMPARE(catcher.text, message);
+        QCOMPARE(title, QStringLiteral("Error"));
+        QCOMPARE(text, message);
         QVERIFY(!form.isApplicable());
         QVERIFY(form.entries().isEmpty());
         QCOMPARE(child<QTableWidget>(form, "tableResult")->rowCount(), 0);

@@ -1,7 +1,9 @@
 #pragma once
 
-// Builders for the WAV and AIFF files the analysis tests feed to the reader.
-// Written from the file-format descriptions, independently of the reader.
+// Builders for the WAV and AIFF files the tests feed to the program. Written
+// from the file-format descriptions, independently of the reader.
+
+#include <QString>
 
 #include <cmath>
 #include <cstdint>
@@ -117,6 +119,17 @@ inline Bytes pcm16(const std::vector<int>& values)
     return b;
 }
 
+inline Bytes pcm24(const std::vector<int>& values)
+{
+    Bytes b;
+    for (const int v : values) {
+        b.push_back(v & 0xff);
+        b.push_back((v >> 8) & 0xff);
+        b.push_back((v >> 16) & 0xff);
+    }
+    return b;
+}
+
 inline Bytes wav16(int channels, int rate, const std::vector<int>& interleaved)
 {
     return riff({chunk("fmt ", fmtBody(1, channels, rate, 16)), chunk("data", pcm16(interleaved))});
@@ -224,13 +237,23 @@ inline Bytes aiff16(int channels, std::uint32_t rate, const std::vector<int>& in
                  chunk("SSND", ssndBody(data), true)});
 }
 
-inline bool writeFile(const std::string& path, const Bytes& bytes)
-{
-    std::FILE* f = std::fopen(path.c_str(), "wb");
-    if (!f)
-        return false;
-    const bool ok = bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), f) == bytes.size();
-    return std::fclose(f) == 0 && ok;
-}
+// Interleaved samples in -1..1 quantised to `bits`: 8 is unsigned, 16, 24 and
+// 32 are two's complement, in the byte order the container asks for.
+Bytes pcm(int bits, const std::vector<double>& interleaved, bool bigEndian = false);
+
+// A plain PCM file around `interleaved`.
+Bytes wav(int channels, int rate, int bits, const std::vector<double>& interleaved);
+Bytes aiff(int channels, std::uint32_t rate, int bits, const std::vector<double>& interleaved);
+
+// `frames` frames of a sine of linear `peak`, the same on every channel.
+std::vector<double> sine(int frames, int channels, int rate, double hz, double peak);
+
+bool writeFile(const std::string& path, const Bytes& bytes);
+bool writeFile(const QString& path, const Bytes& bytes);
+
+// A 16-bit (or `bits`) PCM WAV of a sine, for tests that need a real file of
+// a given length and format rather than particular samples.
+bool writeSineWav(const QString& path, int rate, int channels, int frames, double peak = 0.25,
+                  double hz = 997.0, int bits = 16);
 
 } // namespace fixtures

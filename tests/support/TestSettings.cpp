@@ -1,0 +1,41 @@
+#include "TestSettings.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSettings>
+
+namespace fixtures {
+
+TestSettings::TestSettings()
+{
+    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, m_dir.path());
+}
+
+QString TestSettings::iniPath() const
+{
+    return m_dir.filePath(QStringLiteral("Orvane Works/Tesk.ini"));
+}
+
+void TestSettings::clear() const
+{
+    QFile::remove(iniPath());
+}
+
+QStringList SpiedTexts(const QSignalSpy& spy)
+{
+    QStringList texts;
+    for (const QList<QVariant>& args : spy)
+        texts << args.value(0).toString();
+    return texts;
+}
+
+bool WriteBytes(const QString& path, const QByteArray& bytes)
+{
+    if (!QDir().mkpath(QFileInfo(path).absolutePath()))
+        return false;
+    QFile f(path);
+    return f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size();
+}
+
+} // namespace fixtures

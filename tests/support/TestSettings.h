@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QSignalSpy>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+namespace fixtures {
+
+// Points the user-scope INI settings at a private folder for the test's life,
+// so no test reads or writes the developer's own settings.
+class TestSettings final
+{
+public:
+    TestSettings();
+    bool isValid() const { return m_dir.isValid(); }
+    QString path() const { return m_dir.path(); }
+    // The file the program's own settings land in.
+    QString iniPath() const;
+    void clear() const;
+
+private:
+    QTemporaryDir m_dir;
+};
+
+// The first argument of every signal a spy caught, as text.
+QStringList SpiedTexts(const QSignalSpy& spy);
+
+// Writes `bytes` (possibly none) to `path`, creating its folder.
+bool WriteBytes(const QString& path, const QByteArray& bytes = {});
+
+} // namespace fixtures
