@@ -26,8 +26,18 @@ public:
     // (sort specification, loudness display) without telling its views.
     void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
 
-    // Re-runs the row filter after the model's shown flags changed.
-    void refilter() { invalidateFilter(); }
+    // Re-runs the row filter after the model's shown flags changed. When many
+    // rows change, the filter pass would report every hidden or shown stretch
+    // on its own, and the view redoes work across the whole table for each
+    // report (seconds for tens of thousands of scattered rows); one layout
+    // change, which also sorts again in the same order, is far cheaper then.
+    void refilter(bool manyRowsChanged = false)
+    {
+        if (manyRowsChanged)
+            invalidate();
+        else
+            invalidateFilter();
+    }
 
     // Three-way comparison of two sort values of one column, each by its own type.
     static int compareValues(const QVariant& a, const QVariant& b);

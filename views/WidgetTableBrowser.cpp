@@ -20,6 +20,8 @@
 namespace {
 
 constexpr float kUnread = std::numeric_limits<float>::quiet_NaN();
+// Past this many rows changing at once, the filter is re-run as one layout change.
+constexpr int kManyRowsChanged = 1000;
 
 constexpr std::array<int, 13> kDefaultColumnWidths = {150, 180, 85, 135, 50, 80, 35,
                                                       65,  35,  60, 120, 60, 50};
@@ -309,13 +311,18 @@ void WidgetTableBrowser::SlotSearchExecute(SearchCriteriaStruct criteria)
     if (!view->isSortingEnabled()) {
         return;
     }
+    int changed = 0;
     if (model->hasRows()) {
         const int rows = model->rowCount();
         for (int row = 0; row < rows; ++row) {
-            model->setRowMatched(row, SearchRowMatcher::matches(*model, row, criteria));
+            const bool matched = SearchRowMatcher::matches(*model, row, criteria);
+            if (matched != model->isRowMatched(row)) {
+                model->setRowMatched(row, matched);
+                ++changed;
+            }
         }
     }
-    proxy->refilter();
+    proxy->refilter(changed > kManyRowsChanged);
     updateStatusLine();
 }
 

@@ -62,6 +62,7 @@ public:
     void clearRows();
     void setDetailAcquired(int row, bool acquired);
     void setRowMatched(int row, bool matched);
+    bool isRowMatched(int row) const { return rows[row].matched; }
     bool isRowShown(int row) const;
     bool hasRows() const { return hasFiles; }
     QString filePath(int row) const;
