@@ -225,8 +225,11 @@ void TeskManager::SlotChangeRootPathCalled(QString path)
     // The folder tree follows every root change by selecting that folder, and
     // its selection asks for that root again, while the announcement is still
     // under way or the work has just begun. Restarting then would cancel the
-    // listing that was started for this very folder, so the repeat is dropped.
-    if (IsAcquiringRoot() && QDir::cleanPath(path) == QDir::cleanPath(s.rootPath))
+    // listing that was started for this very folder, so the repeat is dropped:
+    // the list on its way is the one asked for. Once the list is out and only
+    // analysis runs, the same root is listed again, so that whoever asked
+    // (the sort settings' Apply waits for it) gets a fresh list.
+    if (IsListingRoot() && QDir::cleanPath(path) == QDir::cleanPath(s.rootPath))
         return;
     timerPlaylist.stop();
     s.rootPath = path;
@@ -378,10 +381,9 @@ void TeskManager::StartDetailWorkerForUpdate()
     threadGetDetail->start(pendingUpdateFiles);
 }
 
-bool TeskManager::IsAcquiringRoot() const
+bool TeskManager::IsListingRoot() const
 {
-    return announcingRoot || listCancelPending || detailCancelPending ||
-           threadGetList->isRunning() || threadGetDetail->isRunning();
+    return announcingRoot || listCancelPending || detailCancelPending || threadGetList->isRunning();
 }
 
 void TeskManager::RestartAcquisition()

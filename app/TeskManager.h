@@ -68,8 +68,8 @@ public:
     int GetTotalFileCount() const { return totalFileCount; }
     bool IsListCancelPending() const { return listCancelPending; }
     bool IsDetailCancelPending() const { return detailCancelPending; }
-    // Whether the current root is being announced, listed or analysed.
-    bool IsAcquiringRoot() const;
+    // Whether the current root is being announced or listed, or a restart is pending.
+    bool IsListingRoot() const;
     QStringList GetPendingUpdateFiles() const { return pendingUpdateFiles; }
     KrokManager* GetKrokManager() const { return krokManager; }
     FontSettings* GetFontSettings() { return &fontSettings; }
