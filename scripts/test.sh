@@ -4,6 +4,8 @@
 # AddressSanitizer and UndefinedBehaviorSanitizer.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
+# ccache (when installed) then reuses objects across clones of the repository.
+export CCACHE_BASEDIR="$root"
 "$root/scripts/deps.sh" test
 jobs=$(nproc)
 
