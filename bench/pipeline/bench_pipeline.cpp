@@ -9,6 +9,7 @@
 
 #include "KrokTableSortModel.h"
 #include "TeskManager.h"
+#include "WaveBuilder.h"
 #include "WidgetTableBrowser.h"
 #include "krokTableModel.h"
 
@@ -19,7 +20,6 @@
 #include <QProcess>
 #include <QTimer>
 #include <QVector>
-#include <QtEndian>
 
 #include <cstdio>
 #include <unistd.h>
@@ -30,33 +30,10 @@ namespace {
 QByteArray tinyWav(int seed)
 {
     const int frames = 100;
-    QByteArray out;
-    auto u32 = [&out](quint32 v) {
-        char b[4];
-        qToLittleEndian(v, b);
-        out.append(b, 4);
-    };
-    auto u16 = [&out](quint16 v) {
-        char b[2];
-        qToLittleEndian(v, b);
-        out.append(b, 2);
-    };
-    out.append("RIFF", 4);
-    u32(36 + frames);
-    out.append("WAVEfmt ", 8);
-    u32(16);
-    u16(1);
-    u16(1);
-    u32(8000);
-    u32(8000);
-    u16(1);
-    u16(8);
-    out.append("data", 4);
-    u32(frames);
-    for (int f = 0; f < frames; ++f) {
-        out.append(static_cast<char>(128 + ((f * 7 + seed) % 100) - 50));
-    }
-    return out;
+    std::vector<std::int32_t> values(frames);
+    for (int f = 0; f < frames; ++f)
+        values[std::size_t(f)] = (f * 7 + seed) % 100 - 50;
+    return fixtures::toQByteArray(fixtures::wavInts(1, 8000, 8, values));
 }
 
 bool ensureFolder(const QString& folder, int count)

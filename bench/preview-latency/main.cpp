@@ -7,7 +7,7 @@
 
 #include "AudioEngine.h"
 #include "LumoManager.h"
-#include "TestSounds.h"
+#include "WaveBuilder.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -141,18 +141,18 @@ int main(int argc, char** argv)
     const QString longAiff = dir.filePath(QStringLiteral("long-44k-stereo-24bit-60s.aiff"));
     const QString mp3Source = dir.filePath(QStringLiteral("music-44k-180s.wav"));
     const QString mp3 = dir.filePath(QStringLiteral("music-44k-180s.mp3"));
-    TestSounds::writeFile(shortWav, TestSounds::wavPcm(2, 48000, 16, music(48000 * 3, 2, 48000)));
-    TestSounds::writeFile(longWav, TestSounds::wavPcm(2, 48000, 16, music(48000 * 60, 2, 48000)));
+    fixtures::writeFile(shortWav, fixtures::wavInts(2, 48000, 16, music(48000 * 3, 2, 48000)));
+    fixtures::writeFile(longWav, fixtures::wavInts(2, 48000, 16, music(48000 * 60, 2, 48000)));
     {
         std::vector<std::int32_t> v = music(44100 * 60, 2, 44100);
         for (auto& x : v)
             x = x * 256 + (x & 0xff); // 24-bit, low byte busy
-        TestSounds::writeFile(longAiff, TestSounds::aiffPcm(2, 44100, 24, v));
+        fixtures::writeFile(longAiff, fixtures::aiffInts(2, 44100, 24, v));
     }
     bool haveMp3 = false;
     if (!QStandardPaths::findExecutable(QStringLiteral("lame")).isEmpty()) {
-        TestSounds::writeFile(mp3Source,
-                              TestSounds::wavPcm(2, 44100, 16, music(44100 * 180, 2, 44100)));
+        fixtures::writeFile(mp3Source,
+                            fixtures::wavInts(2, 44100, 16, music(44100 * 180, 2, 44100)));
         haveMp3 = QProcess::execute(QStringLiteral("lame"),
                                     {QStringLiteral("--quiet"), QStringLiteral("-b"),
                                      QStringLiteral("192"), mp3Source, mp3}) == 0;

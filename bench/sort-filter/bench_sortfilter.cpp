@@ -11,6 +11,7 @@
 #include "KrokTableSortModel.h"
 #include "SearchCriteriaStruct.h"
 #include "TeskManager.h"
+#include "WaveBuilder.h"
 #include "WidgetTableBrowser.h"
 #include "krokTableModel.h"
 
@@ -19,7 +20,6 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QSortFilterProxyModel>
-#include <QtEndian>
 
 #include <algorithm>
 #include <cstdio>
@@ -34,33 +34,10 @@ QByteArray smallWav(int k)
     const int rate = rates[k % 6];
     const int channels = 1 + (k / 6) % 2;
     const int frames = 40 + (k * 37) % 400;
-    const quint32 bytes = static_cast<quint32>(frames * channels);
-    QByteArray out;
-    auto u32 = [&out](quint32 v) {
-        char b[4];
-        qToLittleEndian(v, b);
-        out.append(b, 4);
-    };
-    auto u16 = [&out](quint16 v) {
-        char b[2];
-        qToLittleEndian(v, b);
-        out.append(b, 2);
-    };
-    out.append("RIFF", 4);
-    u32(36 + bytes);
-    out.append("WAVEfmt ", 8);
-    u32(16);
-    u16(1);
-    u16(static_cast<quint16>(channels));
-    u32(static_cast<quint32>(rate));
-    u32(static_cast<quint32>(rate * channels));
-    u16(static_cast<quint16>(channels));
-    u16(8);
-    out.append("data", 4);
-    u32(bytes);
-    for (quint32 i = 0; i < bytes; ++i)
-        out.append(static_cast<char>(128 + static_cast<int>((i * 13 + k) % 90) - 45));
-    return out;
+    std::vector<std::int32_t> values(static_cast<std::size_t>(frames * channels));
+    for (std::size_t i = 0; i < values.size(); ++i)
+        values[i] = static_cast<std::int32_t>((i * 13 + k) % 90) - 45;
+    return fixtures::toQByteArray(fixtures::wavInts(channels, rate, 8, values));
 }
 
 QStringList ensureFolder(const QString& folder, int count)

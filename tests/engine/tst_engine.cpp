@@ -4,7 +4,7 @@
 #include "AudioEngine.h"
 #include "Mixer.h"
 #include "SampleConversion.h"
-#include "TestSounds.h"
+#include "WaveBuilder.h"
 
 #include <QRegularExpression>
 #include <QtTest>
@@ -58,39 +58,6 @@ std::vector<float> renderInPieces(std::size_t frames)
     return out;
 }
 
-// Little- or big-endian bytes of integers in the range of `bits`.
-QByteArray intBytes(const std::vector<std::int32_t>& values, int bits, bool bigEndian)
-{
-    QByteArray b;
-    for (std::int32_t v : values) {
-        const auto u = static_cast<std::uint32_t>(v);
-        if (bigEndian)
-            TestSounds::putBe(b, u, bits / 8);
-        else
-            TestSounds::putLe(b, u, bits / 8);
-    }
-    return b;
-}
-
-QByteArray floatBytesBe(const std::vector<double>& values, int bits)
-{
-    QByteArray b;
-    for (double v : values) {
-        if (bits == 32) {
-            const float f = static_cast<float>(v);
-            std::uint32_t u = 0;
-            std::memcpy(&u, &f, 4);
-            TestSounds::putBe(b, u, 4);
-        } else {
-            std::uint64_t u = 0;
-            std::memcpy(&u, &v, 8);
-            TestSounds::putBe(b, static_cast<std::uint32_t>(u >> 32), 4);
-            TestSounds::putBe(b, static_cast<std::uint32_t>(u), 4);
-        }
-    }
-    return b;
-}
-
 // Sine with a period of 400 frames in the range of `bits`.
 std::vector<std::int32_t> sine(int frames, int channels, int bits)
 {
@@ -122,6 +89,12 @@ class TestEngine : public QObject
         SetData(player_, data_.constData(), static_cast<std::size_t>(data_.size()));
         SetStartTimeMs(player_, startMs);
         Start(player_);
+    }
+
+    void startWave(const fixtures::Bytes& file, DataFormat format = DataFormat::Wave,
+                   int startMs = 0)
+    {
+        startWave(fixtures::toQByteArray(file), format, startMs);
     }
 
     void startPcm(const std::vector<float>& pcm, int channels, int rate)
@@ -178,11 +151,11 @@ private slots:
         QFETCH(int, bits);
         QFETCH(int, channels);
         const std::size_t frames = 3000;
-        std::vector<std::int32_t> values = TestSounds::distinct16(frames * channels);
+        std::vector<std::int32_t> values = fixtures::distinct16(frames * channels);
         const int shift = 16 - bits;
         for (auto& v : values)
             v = shift >= 0 ? v >> shift : v * (1 << -shift) + 77;
-        startWave(TestSounds::wavPcm(channels, 48000, bits, values));
+        startWave(fixtures::wavInts(channels, 48000, bits, values));
         QCOMPARE(GetStatus(player_), PlayerStatus::Preparing);
 
         const auto out = render(frames + 100);
@@ -203,13 +176,13 @@ private slots:
     void floatWavAndAiffRenderTheirSamples()
     {
         std::vector<float> f = {0.5f, -0.25f, 1.0f, -1.0f, 0.125f, 0.0f};
-        startWave(TestSounds::wavFloat(1, 48000, f));
+        startWave(fixtures::wavFloat(1, 48000, 32, {f.begin(), f.end()}));
         auto out = render(6);
         for (int i = 0; i < 6; ++i)
             QCOMPARE(out[2 * i], f[i]);
 
-        const auto values = TestSounds::distinct16(1000);
-        startWave(TestSounds::aiffPcm(2, 48000, 16, values), DataFormat::Aiff);
+        const auto values = fixtures::distinct16(1000);
+        startWave(fixtures::aiffInts(2, 48000, 16, values), DataFormat::Aiff);
         out = render(500);
         for (std::size_t i = 0; i < 1000; ++i)
             QCOMPARE(out[i], values[i] / 32768.0f);
@@ -237,8 +210,8 @@ private slots:
         // Past the loop the file holds a tail that must never be heard.
         for (int i = end; i < total; ++i)
             v[i] = 30000;
-        startWave(aiff ? TestSounds::aiffPcm(1, 48000, 16, v, start, end)
-                       : TestSounds::wavPcm(1, 48000, 16, v, {{start, end - 1}}),
+        startWave(aiff ? fixtures::aiffInts(1, 48000, 16, v, start, end)
+                       : fixtures::wavInts(1, 48000, 16, v, {{start, end - 1}}),
                   aiff ? DataFormat::Aiff : DataFormat::Wave);
 
         const int frames = 20000;
@@ -264,8 +237,8 @@ private slots:
 
     void startTimeSeeksToTheExactFrame()
     {
-        const auto values = TestSounds::distinct16(48000 * 2);
-        startWave(TestSounds::wavPcm(1, 48000, 16, values), DataFormat::Wave, 1500);
+        const auto values = fixtures::distinct16(48000 * 2);
+        startWave(fixtures::wavInts(1, 48000, 16, values), DataFormat::Wave, 1500);
         const auto out = render(100);
         for (int i = 0; i < 100; ++i)
             QCOMPARE(out[2 * i], values[72000 + i] / 32768.0f);
@@ -274,8 +247,8 @@ private slots:
 
     void truncatedFilePlaysWhatIsThere()
     {
-        const auto values = TestSounds::distinct16(1000);
-        QByteArray file = TestSounds::wavPcm(1, 48000, 16, values);
+        const auto values = fixtures::distinct16(1000);
+        QByteArray file = fixtures::toQByteArray(fixtures::wavInts(1, 48000, 16, values));
         file.chop(200); // the data chunk still claims 1000 frames
         startWave(file);
         const auto out = render(1200);
@@ -289,8 +262,8 @@ private slots:
     // Starting inside the release tail of a looped sound plays the tail and ends.
     void startPastTheLoopPlaysTheTail()
     {
-        const auto values = TestSounds::distinct16(4800);
-        startWave(TestSounds::wavPcm(1, 48000, 16, values, {{480, 959}}), DataFormat::Wave, 50);
+        const auto values = fixtures::distinct16(4800);
+        startWave(fixtures::wavInts(1, 48000, 16, values, {{480, 959}}), DataFormat::Wave, 50);
         const auto out = render(4800);
         for (int i = 0; i < 4800 - 2400; ++i)
             QCOMPARE(out[2 * i], values[static_cast<std::size_t>(2400 + i)] / 32768.0f);
@@ -300,7 +273,7 @@ private slots:
     void outputIsClippedAndFreeOfNaN()
     {
         const std::vector<float> f = {2.0f, -3.0f, std::nanf(""), INFINITY, 0.5f};
-        startWave(TestSounds::wavFloat(1, 48000, f));
+        startWave(fixtures::wavFloat(1, 48000, 32, {f.begin(), f.end()}));
         const auto out = render(5);
         const std::vector<float> want = {1.0f, -1.0f, 0.0f, 1.0f, 0.5f};
         for (int i = 0; i < 5; ++i)
@@ -309,7 +282,7 @@ private slots:
 
     void startPastTheEndEndsAtOnce()
     {
-        startWave(TestSounds::wavPcm(1, 48000, 16, TestSounds::distinct16(480)), DataFormat::Wave,
+        startWave(fixtures::wavInts(1, 48000, 16, fixtures::distinct16(480)), DataFormat::Wave,
                   5000);
         const auto out = render(64);
         QVERIFY(std::all_of(out.begin(), out.end(), [](float x) { return x == 0.0f; }));
@@ -509,7 +482,7 @@ private slots:
         const std::size_t count = static_cast<std::size_t>(frames) * channels;
         // Independent of the engine's arithmetic: the value each sample stands for.
         std::vector<double> want(count);
-        QByteArray file;
+        fixtures::Bytes file;
         DataFormat format = DataFormat::Aiff;
         if (kind.endsWith(QLatin1String("float"))) {
             std::vector<double> d(count);
@@ -521,14 +494,14 @@ private slots:
             for (std::size_t i = 0; i < count; ++i)
                 want[i] = bits == 32 ? static_cast<double>(static_cast<float>(d[i])) : d[i];
             if (kind == QLatin1String("wavfloat")) {
-                file = TestSounds::wavFloat64(channels, 48000, d);
+                file = fixtures::wavFloat(channels, 48000, 64, d);
                 format = DataFormat::Wave;
             } else {
-                file = TestSounds::aifc(channels, 48000, bits, bits == 32 ? "fl32" : "fl64",
-                                        floatBytesBe(d, bits));
+                file = fixtures::aifc(channels, 48000, bits, bits == 32 ? "fl32" : "fl64",
+                                      fixtures::floats(bits, d, true));
             }
         } else {
-            std::vector<std::int32_t> values = TestSounds::distinct16(count, 3);
+            std::vector<std::int32_t> values = fixtures::distinct16(count, 3);
             for (auto& v : values) {
                 v = bits <= 16 ? v >> (16 - bits)
                                : v * (1 << (bits - 16)) + (v & ((1 << (bits - 16)) - 1));
@@ -536,13 +509,12 @@ private slots:
             for (std::size_t i = 0; i < count; ++i)
                 want[i] = std::ldexp(static_cast<double>(values[i]), 1 - bits);
             if (kind == QLatin1String("wav")) {
-                file = TestSounds::wavPcm(channels, 48000, bits, values);
+                file = fixtures::wavInts(channels, 48000, bits, values);
                 format = DataFormat::Wave;
             } else if (kind == QLatin1String("aiff")) {
-                file = TestSounds::aiffPcm(channels, 48000, bits, values);
+                file = fixtures::aiffInts(channels, 48000, bits, values);
             } else {
-                file =
-                    TestSounds::aifc(channels, 48000, bits, "sowt", intBytes(values, bits, false));
+                file = fixtures::aifc(channels, 48000, bits, "sowt", fixtures::ints(bits, values));
             }
         }
         startWave(file, format);
@@ -576,7 +548,7 @@ private slots:
         initEngine(48000);
         const int frames = 48000 * 20;
         const auto values = sine(frames, 2, 24);
-        const QByteArray file = TestSounds::aiffPcm(2, 48000, 24, values);
+        const QByteArray file = fixtures::toQByteArray(fixtures::aiffInts(2, 48000, 24, values));
         g_allocBytes = 0;
         startWave(file, DataFormat::Aiff, 19000);
         const std::int64_t atStart = g_allocBytes.load();
@@ -608,8 +580,8 @@ private slots:
         std::vector<std::int32_t> v = sine(total, 2, 24);
         for (std::size_t i = 2 * static_cast<std::size_t>(end); i < v.size(); ++i)
             v[i] = 8000000; // the release tail, never reached while the loop runs
-        startWave(aiff ? TestSounds::aiffPcm(2, 48000, 24, v, start, end)
-                       : TestSounds::wavPcm(2, 48000, 24, v, {{start, end - 1}}),
+        startWave(aiff ? fixtures::aiffInts(2, 48000, 24, v, start, end)
+                       : fixtures::wavInts(2, 48000, 24, v, {{start, end - 1}}),
                   aiff ? DataFormat::Aiff : DataFormat::Wave);
         const int frames = 3 * total;
         const auto out = renderInPieces(static_cast<std::size_t>(frames));
@@ -644,8 +616,8 @@ private slots:
         QFETCH(int, cut);
         const int frames = 1000;
         const auto values = sine(frames, 2, 24);
-        QByteArray file = aiff ? TestSounds::aiffPcm(2, 48000, 24, values)
-                               : TestSounds::wavPcm(2, 48000, 24, values);
+        QByteArray file = fixtures::toQByteArray(aiff ? fixtures::aiffInts(2, 48000, 24, values)
+                                                      : fixtures::wavInts(2, 48000, 24, values));
         file.chop(cut); // the header still claims 1000 frames
         const std::vector<char> exact(file.begin(), file.end());
         SetDataFormat(player_, aiff ? DataFormat::Aiff : DataFormat::Wave);
@@ -674,7 +646,7 @@ private slots:
         std::vector<float> twin(values.size());
         for (std::size_t i = 0; i < values.size(); ++i)
             twin[i] = static_cast<float>(std::ldexp(values[i], -23));
-        startWave(TestSounds::aiffPcm(2, 44100, 24, values), DataFormat::Aiff);
+        startWave(fixtures::aiffInts(2, 44100, 24, values), DataFormat::Aiff);
         const auto fromFile = renderInPieces(48000 + 500);
         QCOMPARE(GetStatus(player_), PlayerStatus::PlayEnd);
         const std::int64_t played = GetPlayedSamples(GetLastPlaybackId(player_));
@@ -699,7 +671,7 @@ private slots:
         g_frees = 0;
         SetAllocationFunctions(countingAlloc, countingFree);
         initEngine(48000);
-        startWave(TestSounds::wavPcm(1, 48000, 16, TestSounds::distinct16(100)));
+        startWave(fixtures::wavInts(1, 48000, 16, fixtures::distinct16(100)));
         render(200);
         Finalize();
         SetAllocationFunctions(nullptr, nullptr);

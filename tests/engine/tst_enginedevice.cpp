@@ -2,7 +2,7 @@
 // what the callback produced to a file) and the "dummy" driver (no sound card).
 
 #include "AudioEngine.h"
-#include "TestSounds.h"
+#include "WaveBuilder.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -78,8 +78,8 @@ private slots:
         QCOMPARE(GetOutputRate(), 48000);
 
         const std::size_t frames = 9600; // 200 ms
-        const auto values = TestSounds::distinct16(frames * 2, 7);
-        const QByteArray wav = TestSounds::wavPcm(2, 48000, 16, values);
+        const auto values = fixtures::distinct16(frames * 2, 7);
+        const QByteArray wav = fixtures::toQByteArray(fixtures::wavInts(2, 48000, 16, values));
         SetData(player_, wav.constData(), static_cast<std::size_t>(wav.size()));
         Start(player_);
         QVERIFY(waitForStatus(player_, PlayerStatus::PlayEnd, 5000));
@@ -106,7 +106,7 @@ private slots:
     {
         startEngine("dummy");
         std::vector<std::int32_t> values(48000 * 5, 1000);
-        const QByteArray wav = TestSounds::wavPcm(1, 48000, 16, values);
+        const QByteArray wav = fixtures::toQByteArray(fixtures::wavInts(1, 48000, 16, values));
         SetData(player_, wav.constData(), static_cast<std::size_t>(wav.size()));
         Start(player_);
         QVERIFY(waitForStatus(player_, PlayerStatus::Playing, 2000));
@@ -129,7 +129,8 @@ private slots:
 #else
         QVERIFY2(g_errors[0].startsWith(QStringLiteral("E2026112201 : ")), qPrintable(g_errors[0]));
 #endif
-        const QByteArray wav = TestSounds::wavPcm(1, 48000, 16, TestSounds::distinct16(2400));
+        const QByteArray wav =
+            fixtures::toQByteArray(fixtures::wavInts(1, 48000, 16, fixtures::distinct16(2400)));
         SetData(player_, wav.constData(), static_cast<std::size_t>(wav.size()));
         Start(player_);
         QVERIFY(waitForStatus(player_, PlayerStatus::PlayEnd, 3000));

@@ -4,7 +4,7 @@
 #include "AudioEngine.h"
 #include "KrokManager.h"
 #include "LumoManager.h"
-#include "TestSounds.h"
+#include "WaveBuilder.h"
 
 #include <QProcess>
 #include <QSignalSpy>
@@ -66,23 +66,22 @@ private slots:
     void initTestCase()
     {
         QVERIFY(dir_.isValid());
-        values48k_ = TestSounds::distinct16(48000 * 2, 3);
+        values48k_ = fixtures::distinct16(48000 * 2, 3);
+        QVERIFY(fixtures::writeFile(path("long.wav"), fixtures::wavInts(1, 48000, 16, values48k_)));
         QVERIFY(
-            TestSounds::writeFile(path("long.wav"), TestSounds::wavPcm(1, 48000, 16, values48k_)));
-        QVERIFY(
-            TestSounds::writeFile(path("UPPER.WAV"), TestSounds::wavPcm(1, 48000, 16, values48k_)));
-        const auto stereo = TestSounds::distinct16(2000, 5);
-        QVERIFY(TestSounds::writeFile(path("x.aif"), TestSounds::aiffPcm(2, 48000, 16, stereo)));
-        QVERIFY(TestSounds::writeFile(path("x.aiff"), TestSounds::aiffPcm(2, 48000, 16, stereo)));
+            fixtures::writeFile(path("UPPER.WAV"), fixtures::wavInts(1, 48000, 16, values48k_)));
+        const auto stereo = fixtures::distinct16(2000, 5);
+        QVERIFY(fixtures::writeFile(path("x.aif"), fixtures::aiffInts(2, 48000, 16, stereo)));
+        QVERIFY(fixtures::writeFile(path("x.aiff"), fixtures::aiffInts(2, 48000, 16, stereo)));
 
         if (QStandardPaths::findExecutable(QStringLiteral("lame")).isEmpty())
             return;
-        QVERIFY(TestSounds::writeFile(
-            path("a44.wav"), TestSounds::wavPcm(2, 44100, 16, sine16(44100, 2, 440, 44100))));
-        QVERIFY(TestSounds::writeFile(
-            path("b44.wav"), TestSounds::wavPcm(2, 44100, 16, sine16(22050, 2, 660, 44100))));
-        QVERIFY(TestSounds::writeFile(
-            path("m48.wav"), TestSounds::wavPcm(1, 48000, 16, sine16(48000, 1, 550, 48000))));
+        QVERIFY(fixtures::writeFile(path("a44.wav"),
+                                    fixtures::wavInts(2, 44100, 16, sine16(44100, 2, 440, 44100))));
+        QVERIFY(fixtures::writeFile(path("b44.wav"),
+                                    fixtures::wavInts(2, 44100, 16, sine16(22050, 2, 660, 44100))));
+        QVERIFY(fixtures::writeFile(path("m48.wav"),
+                                    fixtures::wavInts(1, 48000, 16, sine16(48000, 1, 550, 48000))));
         QVERIFY(encodeMp3("a44.wav", "a.mp3", {}));
         QVERIFY(encodeMp3("b44.wav", "b.mp3", {}));
         QVERIFY(encodeMp3("m48.wav", "mono48.mp3", {QStringLiteral("-m"), QStringLiteral("m")}));
@@ -124,7 +123,7 @@ private slots:
         QVERIFY(lumo_->IsPreparing());
         const auto out = render(100);
         QVERIFY(lumo_->IsPlaying());
-        const auto expected = channels == 1 ? values48k_ : TestSounds::distinct16(2000, 5);
+        const auto expected = channels == 1 ? values48k_ : fixtures::distinct16(2000, 5);
         QCOMPARE(out[0], expected[0] / 32768.0f);
         QCOMPARE(out[1], expected[static_cast<std::size_t>(channels - 1)] / 32768.0f);
         QCOMPARE(lumo_->GetPlayedSamples(), std::int64_t(100));
@@ -295,9 +294,9 @@ private slots:
         lumo_->Finalize();
         lumo_.reset();
         const QString looped = path("looped.wav");
-        const auto values = TestSounds::distinct16(6000, 9);
-        QVERIFY(TestSounds::writeFile(looped,
-                                      TestSounds::wavPcm(1, 48000, 16, values, {{1000, 4999}})));
+        const auto values = fixtures::distinct16(6000, 9);
+        QVERIFY(
+            fixtures::writeFile(looped, fixtures::wavInts(1, 48000, 16, values, {{1000, 4999}})));
         KrokManager registry(new LumoManager(nullptr, AudioEngine::OutputMode::Offline));
         registry.Initialize();
         registry.AnalyzeFile(looped);

@@ -6,6 +6,7 @@
 #include "MainWindow.h"
 #include "TableRoles.h"
 #include "TeskManager.h"
+#include "WaveBuilder.h"
 #include "WidgetPlayer.h"
 #include "WidgetTableBrowser.h"
 
@@ -19,7 +20,6 @@
 #include <QSlider>
 #include <QTemporaryDir>
 #include <QToolButton>
-#include <QtEndian>
 #include <QtTest>
 
 #include <cmath>
@@ -28,35 +28,11 @@ namespace {
 
 constexpr int kRate = 48000;
 
+// Mono 16-bit 330 Hz sine of `seconds`.
 bool WriteWav(const QString& path, double seconds)
 {
-    const auto frames = static_cast<quint32>(std::lround(seconds * kRate));
-    QByteArray out;
-    auto u32 = [&out](quint32 v) {
-        const quint32 le = qToLittleEndian(v);
-        out.append(reinterpret_cast<const char*>(&le), 4);
-    };
-    auto u16 = [&out](quint16 v) {
-        const quint16 le = qToLittleEndian(v);
-        out.append(reinterpret_cast<const char*>(&le), 2);
-    };
-    out.append("RIFF", 4);
-    u32(36 + frames * 2);
-    out.append("WAVEfmt ", 8);
-    u32(16);
-    u16(1);
-    u16(1);
-    u32(kRate);
-    u32(kRate * 2);
-    u16(2);
-    u16(16);
-    out.append("data", 4);
-    u32(frames * 2);
-    for (quint32 i = 0; i < frames; ++i)
-        u16(static_cast<quint16>(
-            static_cast<qint16>(3000.0 * std::sin(2.0 * M_PI * 330.0 * i / kRate))));
-    QFile f(path);
-    return f.open(QIODevice::WriteOnly) && f.write(out) == out.size();
+    return fixtures::writeSineWav(path, kRate, 1, static_cast<int>(std::lround(seconds * kRate)),
+                                  3000.0 / 32767.0, 330.0);
 }
 
 QImage IconImage(const QToolButton* button, QIcon::State state)

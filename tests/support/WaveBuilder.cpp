@@ -38,6 +38,119 @@ Bytes aiff(int channels, std::uint32_t rate, int bits, const std::vector<double>
                          chunk("SSND", ssndBody(pcm(bits, interleaved, true)), true)});
 }
 
+Bytes ints(int bits, const std::vector<std::int32_t>& values, bool bigEndian)
+{
+    const int bytes = bits / 8;
+    Bytes b;
+    b.reserve(values.size() * std::size_t(bytes));
+    for (const std::int32_t v : values) {
+        const auto u = static_cast<std::uint32_t>(v);
+        for (int k = 0; k < bytes; ++k) {
+            const int shift = 8 * (bigEndian ? bytes - 1 - k : k);
+            b.push_back(static_cast<unsigned char>((u >> shift) & 0xff));
+        }
+    }
+    return b;
+}
+
+Bytes floats(int bits, const std::vector<double>& values, bool bigEndian)
+{
+    Bytes b;
+    for (const double v : values) {
+        if (bits == 32) {
+            const float f = static_cast<float>(v);
+            std::uint32_t u = 0;
+            std::memcpy(&u, &f, 4);
+            bigEndian ? putBe32(b, u) : putLe32(b, u);
+        } else {
+            std::uint64_t u = 0;
+            std::memcpy(&u, &v, 8);
+            const auto hi = static_cast<std::uint32_t>(u >> 32);
+            const auto lo = static_cast<std::uint32_t>(u);
+            if (bigEndian) {
+                putBe32(b, hi);
+                putBe32(b, lo);
+            } else {
+                putLe32(b, lo);
+                putLe32(b, hi);
+            }
+        }
+    }
+    return b;
+}
+
+Bytes wavInts(int channels, int rate, int bits, const std::vector<std::int32_t>& values,
+              const std::vector<Loop>& loops)
+{
+    std::vector<std::int32_t> stored = values;
+    if (bits == 8)
+        for (auto& v : stored)
+            v += 128;
+    std::vector<Bytes> chunks{chunk("fmt ", fmtBody(1, channels, rate, bits))};
+    if (!loops.empty())
+        chunks.push_back(chunk("smpl", smplBody(static_cast<std::uint32_t>(loops.size()), loops)));
+    chunks.push_back(chunk("data", ints(bits, stored)));
+    return riff(chunks);
+}
+
+Bytes wavFloat(int channels, int rate, int bits, const std::vector<double>& values)
+{
+    return riff(
+        {chunk("fmt ", fmtBody(3, channels, rate, bits)), chunk("data", floats(bits, values))});
+}
+
+Bytes aiffInts(int channels, std::uint32_t rate, int bits, const std::vector<std::int32_t>& values,
+               std::uint32_t loopStart, std::uint32_t loopEnd)
+{
+    const auto frames = static_cast<std::uint32_t>(values.size() / std::size_t(channels));
+    std::vector<Bytes> chunks{chunk("COMM", commBody(channels, frames, bits, rate), true)};
+    if (loopEnd > loopStart) {
+        Bytes mark;
+        putBe16(mark, 2);
+        const std::uint32_t positions[2] = {loopStart, loopEnd};
+        for (int id = 1; id <= 2; ++id) {
+            putBe16(mark, id);
+            putBe32(mark, positions[id - 1]);
+            mark.push_back(1); // one-character name, no pad needed
+            mark.push_back(id == 1 ? 'A' : 'B');
+        }
+        chunks.push_back(chunk("MARK", mark, true));
+        Bytes inst{0x3c, 0x00, 0x00, 0x7f, 0x01, 0x7f}; // note, detune, key and velocity ranges
+        putBe16(inst, 0);                               // gain
+        for (const int v : {1, 1, 2, 0, 0, 0})          // sustain forward 1..2, release none
+            putBe16(inst, v);
+        chunks.push_back(chunk("INST", inst, true));
+    }
+    chunks.push_back(chunk("SSND", ssndBody(ints(bits, values, true)), true));
+    return form("AIFF", chunks);
+}
+
+Bytes aifc(int channels, std::uint32_t rate, int bits, const char* compression, const Bytes& data)
+{
+    Bytes fver;
+    putBe32(fver, 0xA2805140u);
+    Bytes comm =
+        commBody(channels,
+                 static_cast<std::uint32_t>(data.size() / std::size_t(channels * ((bits + 7) / 8))),
+                 bits, rate);
+    putId(comm, compression);
+    comm.push_back(0); // empty compression name, padded
+    comm.push_back(0);
+    return form("AIFC", {chunk("FVER", fver, true), chunk("COMM", comm, true),
+                         chunk("SSND", ssndBody(data), true)});
+}
+
+std::vector<std::int32_t> distinct16(std::size_t count, std::uint32_t seed)
+{
+    std::vector<std::int32_t> v(count);
+    std::uint32_t x = seed;
+    for (auto& s : v) {
+        x = x * 1664525u + 1013904223u;
+        s = static_cast<std::int32_t>(x >> 16) - 32768;
+    }
+    return v;
+}
+
 std::vector<double> sine(int frames, int channels, int rate, double hz, double peak)
 {
     std::vector<double> v;

@@ -3,6 +3,7 @@
 // Builders for the WAV and AIFF files the tests feed to the program. Written
 // from the file-format descriptions, independently of the reader.
 
+#include <QByteArray>
 #include <QString>
 
 #include <cmath>
@@ -247,6 +248,32 @@ Bytes aiff(int channels, std::uint32_t rate, int bits, const std::vector<double>
 
 // `frames` frames of a sine of linear `peak`, the same on every channel.
 std::vector<double> sine(int frames, int channels, int rate, double hz, double peak);
+
+// Integer samples already in the range of `bits`, two's complement.
+Bytes ints(int bits, const std::vector<std::int32_t>& values, bool bigEndian = false);
+// IEEE floats of 32 or 64 bits.
+Bytes floats(int bits, const std::vector<double>& values, bool bigEndian = false);
+
+// PCM WAV of integer samples (8-bit given signed, stored offset by 128), with
+// an optional 'smpl' chunk holding `loops`.
+Bytes wavInts(int channels, int rate, int bits, const std::vector<std::int32_t>& values,
+              const std::vector<Loop>& loops = {});
+Bytes wavFloat(int channels, int rate, int bits, const std::vector<double>& values);
+// AIFF of integer samples; loopEnd > loopStart adds a forward sustain loop
+// between two markers (markers sit between frames, so the end is exclusive).
+Bytes aiffInts(int channels, std::uint32_t rate, int bits, const std::vector<std::int32_t>& values,
+               std::uint32_t loopStart = 0, std::uint32_t loopEnd = 0);
+// AIFF-C with compression type `compression` ("fl32", "sowt", ...) around
+// sample bytes already in that encoding.
+Bytes aifc(int channels, std::uint32_t rate, int bits, const char* compression, const Bytes& data);
+
+// Distinct, full-range 16-bit values so that any misplaced frame shows.
+std::vector<std::int32_t> distinct16(std::size_t count, std::uint32_t seed = 1);
+
+inline QByteArray toQByteArray(const Bytes& b)
+{
+    return QByteArray(reinterpret_cast<const char*>(b.data()), static_cast<int>(b.size()));
+}
 
 bool writeFile(const std::string& path, const Bytes& bytes);
 bool writeFile(const QString& path, const Bytes& bytes);

@@ -1,6 +1,6 @@
 #include "KrokManager.h"
 #include "TeskManager.h"
-#include "WavFixture.h"
+#include "WaveBuilder.h"
 #include "WaveformStyledItem.h"
 #include "krokTableModel.h"
 
@@ -48,15 +48,15 @@ void TestTableModel::initTestCase()
 {
     QVERIFY(dir.isValid());
     manager = new TeskManager(this);
-    QVERIFY(WriteTestWav(wav(QStringLiteral("one_second.wav")), 44100, 1, 16, 44100));
-    QVERIFY(WriteTestWav(wav(QStringLiteral("ninety.wav")), 8000, 1, 8, 90 * 8000));
-    QVERIFY(WriteTestWav(wav(QStringLiteral("stereo.wav")), 48000, 2, 16, 24000,
-                         TestSine(0.5, 100, 48000)));
-    QVERIFY(WriteTestWav(wav(QStringLiteral("tiny.wav")), 8000, 1, 8, 100));
-    QVERIFY(WriteTestWav(wav(QStringLiteral("sine_mono.wav")), 48000, 1, 16, 96000,
-                         TestSine(0.1, 997, 48000)));
-    QVERIFY(WriteTestWav(wav(QStringLiteral("sine_stereo.wav")), 48000, 2, 16, 96000,
-                         TestSine(0.1, 997, 48000)));
+    QVERIFY(fixtures::writeFile(wav(QStringLiteral("one_second.wav")),
+                                fixtures::wav(1, 44100, 16, std::vector<double>(44100))));
+    QVERIFY(fixtures::writeFile(wav(QStringLiteral("ninety.wav")),
+                                fixtures::wav(1, 8000, 8, std::vector<double>(90 * 8000))));
+    QVERIFY(fixtures::writeSineWav(wav(QStringLiteral("stereo.wav")), 48000, 2, 24000, 0.5, 100));
+    QVERIFY(fixtures::writeFile(wav(QStringLiteral("tiny.wav")),
+                                fixtures::wav(1, 8000, 8, std::vector<double>(100))));
+    QVERIFY(fixtures::writeSineWav(wav(QStringLiteral("sine_mono.wav")), 48000, 1, 96000, 0.1));
+    QVERIFY(fixtures::writeSineWav(wav(QStringLiteral("sine_stereo.wav")), 48000, 2, 96000, 0.1));
 }
 
 krokTableModel* TestTableModel::analysedModel(const QStringList& paths)

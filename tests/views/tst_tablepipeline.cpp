@@ -1,6 +1,6 @@
 #include "KrokTableSortModel.h"
 #include "TeskManager.h"
-#include "WavFixture.h"
+#include "WaveBuilder.h"
 #include "WidgetTableBrowser.h"
 #include "krokTableModel.h"
 
@@ -10,6 +10,16 @@
 #include <QtTest>
 
 // The browser wired to a real manager, list worker, registry and detail worker.
+namespace {
+
+// 8 kHz mono 8-bit silence of `frames` frames.
+bool writeSilence(const QString& path, int frames)
+{
+    return fixtures::writeFile(path, fixtures::wav(1, 8000, 8, std::vector<double>(frames)));
+}
+
+} // namespace
+
 class TestTablePipeline : public QObject
 {
     Q_OBJECT
@@ -25,9 +35,8 @@ void TestTablePipeline::fillsRowsRangeByRange()
     QVERIFY(dir.isValid());
     const int count = 400;
     for (int k = 0; k < count; ++k) {
-        QVERIFY(
-            WriteTestWav(dir.filePath(QStringLiteral("take%1.wav").arg(k, 3, 10, QLatin1Char('0'))),
-                         8000, 1, 8, 800 + k));
+        QVERIFY(writeSilence(
+            dir.filePath(QStringLiteral("take%1.wav").arg(k, 3, 10, QLatin1Char('0'))), 800 + k));
     }
     // Not audio: never listed.
     QFile other(dir.filePath(QStringLiteral("notes.txt")));
@@ -77,7 +86,7 @@ void TestTablePipeline::fillsRowsRangeByRange()
 void TestTablePipeline::clickInPlotSeeks()
 {
     QTemporaryDir dir;
-    QVERIFY(WriteTestWav(dir.filePath(QStringLiteral("ten.wav")), 8000, 1, 8, 80000));
+    QVERIFY(writeSilence(dir.filePath(QStringLiteral("ten.wav")), 80000));
     TeskManager manager;
     WidgetTableBrowser browser(&manager, {});
     browser.resize(1400, 400);
@@ -114,9 +123,9 @@ void TestTablePipeline::statusLineSumsShownRows()
 {
     QTemporaryDir dir;
     // 1.5 s, 0.25 s and 2 s; the search hides the last.
-    QVERIFY(WriteTestWav(dir.filePath(QStringLiteral("a.wav")), 8000, 1, 8, 12000));
-    QVERIFY(WriteTestWav(dir.filePath(QStringLiteral("b.wav")), 8000, 1, 8, 2000));
-    QVERIFY(WriteTestWav(dir.filePath(QStringLiteral("skip.wav")), 8000, 1, 8, 16000));
+    QVERIFY(writeSilence(dir.filePath(QStringLiteral("a.wav")), 12000));
+    QVERIFY(writeSilence(dir.filePath(QStringLiteral("b.wav")), 2000));
+    QVERIFY(writeSilence(dir.filePath(QStringLiteral("skip.wav")), 16000));
     TeskManager manager;
     WidgetTableBrowser browser(&manager, {});
     QSignalSpy end(&manager, &TeskManager::SigEndGetDetailInfo);
