@@ -10,11 +10,14 @@ mkdir -p "$out/corpus" "$out/seeds"
 
 sources=(WaveByteSource WaveChunkSupport RiffChunkParser FormChunkParser WaveHeaderReader LoudnessMeter LoudnessFileDriver
          WaveformPlot WaveFileAnalysis)
-flags=(-std=c++17 -O1 -g -I"$root/analysis" -I"$root/tests/analysis")
+flags=(-std=c++17 -O1 -g -I"$root/analysis")
 clang++ "${flags[@]}" -fsanitize=fuzzer,address,undefined -fno-sanitize-recover=undefined \
     $(printf "$root/analysis/%s.cpp " "${sources[@]}") \
     "$root/analysis/fuzz/WaveHeaderFuzzer.cpp" -o "$out/wave_header_fuzzer"
-clang++ "${flags[@]}" "$root/analysis/fuzz/MakeFuzzSeeds.cpp" -o "$out/make_fuzz_seeds"
+# The seeds come from the tests' file builder, which speaks Qt.
+clang++ "${flags[@]}" -fPIC -I"$root/tests/support" $(pkg-config --cflags Qt5Core) \
+    "$root/analysis/fuzz/MakeFuzzSeeds.cpp" "$root/tests/support/WaveBuilder.cpp" \
+    $(pkg-config --libs Qt5Core) -o "$out/make_fuzz_seeds"
 "$out/make_fuzz_seeds" "$out/seeds"
 
 echo "== Fuzzing the wave header reader for ${seconds} s"

@@ -1,6 +1,6 @@
 // Writes a few well-formed WAV, AIFF and CAF files as the fuzzer's starting corpus.
 
-#include "WaveFixtures.h"
+#include "WaveBuilder.h"
 
 #include <cstdio>
 #include <string>
