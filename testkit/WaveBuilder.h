@@ -39,7 +39,9 @@ inline void putBe32(Bytes& b, std::uint32_t v)
 }
 inline void putId(Bytes& b, const char* id)
 {
-    b.insert(b.end(), id, id + 4);
+    // Byte by byte: GCC 12 at -O3 takes an insert into an empty vector for an overflow.
+    for (int i = 0; i < 4; ++i)
+        b.push_back(static_cast<unsigned char>(id[i]));
 }
 inline void append(Bytes& b, const Bytes& more)
 {
