@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -284,5 +285,13 @@ bool writeFile(const QString& path, const Bytes& bytes);
 // a given length and format rather than particular samples.
 bool writeSineWav(const QString& path, int rate, int channels, int frames, double peak = 0.25,
                   double hz = 997.0, int bits = 16);
+
+// A PCM WAV written a block at a time, for files too long to build in memory
+// (half an hour of audio and more). `fill` gets the first frame of each block
+// and a block to fill with interleaved integer samples in the range of `bits`
+// (16, 24 or 32).
+using BlockFill = std::function<void(std::int64_t firstFrame, std::vector<std::int32_t>& block)>;
+bool writeLongWav(const QString& path, int channels, int rate, int bits, std::int64_t frames,
+                  const BlockFill& fill);
 
 } // namespace fixtures
