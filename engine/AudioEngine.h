@@ -171,6 +171,11 @@ PlaybackId GetLastPlaybackId(PlayerHandle player);
 std::int64_t GetPlayedSamples(PlaybackId id);
 std::int32_t GetPlaybackSamplingRate(PlaybackId id);
 
+// The scale the stereo fold puts on a sound of `channels` channels (1 for mono
+// and stereo): what keeps a full-scale 5.1 file from clipping, and what a
+// level match has to allow for.
+float StereoFoldScale(std::int32_t channels);
+
 // Offline mode only: mixes `frames` interleaved stereo float frames into `out`.
 void RenderOffline(float* out, std::size_t frames);
 

@@ -39,21 +39,12 @@ const Role kLayouts[6][8] = {
 
 } // namespace
 
-void SetStereoFold(Voice& voice)
+namespace {
+
+// Left and right weights of each channel of an n-channel sound (3..8), unscaled.
+void FoldWeights(int n, float* left, float* right)
 {
     constexpr float kMinus3dB = 0.70710678f;
-    const int n = std::min(voice.channels, kMaxVoiceChannels);
-    for (int c = 0; c < kMaxVoiceChannels; ++c) {
-        voice.leftGain[c] = 0.0f;
-        voice.rightGain[c] = 0.0f;
-    }
-    if (n <= 2) {
-        voice.leftGain[0] = 1.0f;
-        voice.rightGain[n - 1] = 1.0f;
-        return;
-    }
-    float leftSum = 0.0f;
-    float rightSum = 0.0f;
     for (int c = 0; c < n; ++c) {
         float l = 0.0f;
         float r = 0.0f;
@@ -77,13 +68,45 @@ void SetStereoFold(Voice& voice)
             r = kMinus3dB;
             break;
         }
-        voice.leftGain[c] = l;
-        voice.rightGain[c] = r;
-        leftSum += l;
-        rightSum += r;
+        left[c] = l;
+        right[c] = r;
     }
-    // Each side's weights sum to 1, so no mix of full-scale channels clips.
-    const float scale = 1.0f / std::max(leftSum, rightSum);
+}
+
+} // namespace
+
+float StereoFoldScale(std::int32_t channels)
+{
+    const int n = std::min(channels, kMaxVoiceChannels);
+    if (n <= 2)
+        return 1.0f;
+    float left[kMaxVoiceChannels];
+    float right[kMaxVoiceChannels];
+    FoldWeights(n, left, right);
+    float leftSum = 0.0f;
+    float rightSum = 0.0f;
+    for (int c = 0; c < n; ++c) {
+        leftSum += left[c];
+        rightSum += right[c];
+    }
+    // Each side's weights then sum to 1, so no mix of full-scale channels clips.
+    return 1.0f / std::max(leftSum, rightSum);
+}
+
+void SetStereoFold(Voice& voice)
+{
+    const int n = std::min(voice.channels, kMaxVoiceChannels);
+    for (int c = 0; c < kMaxVoiceChannels; ++c) {
+        voice.leftGain[c] = 0.0f;
+        voice.rightGain[c] = 0.0f;
+    }
+    if (n <= 2) {
+        voice.leftGain[0] = 1.0f;
+        voice.rightGain[n - 1] = 1.0f;
+        return;
+    }
+    FoldWeights(n, voice.leftGain, voice.rightGain);
+    const float scale = StereoFoldScale(n);
     for (int c = 0; c < n; ++c) {
         voice.leftGain[c] *= scale;
         voice.rightGain[c] *= scale;

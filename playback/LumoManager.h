@@ -61,8 +61,9 @@ public:
     bool IsStreaming() const { return streaming; }
 
     // Plays frames [startFrame, endFrame) of a WAVE or AIFF file once, ramping
-    // out at the end (a region chosen in the detail view).
-    void PlayRange(const QString& path, std::int64_t startFrame, std::int64_t endFrame);
+    // out at the end (a region chosen in the detail view). MP3 and Ogg Vorbis
+    // regions wait for the streaming decoders.
+    void PlayRange(const QString& path, std::int64_t startFrame, std::int64_t endFrame) override;
 
     // A gain (linear) applied, on top of the volume, to the sounds started from
     // now on: the loudness match of the next file.
