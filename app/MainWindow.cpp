@@ -323,10 +323,16 @@ void MainWindow::SlotOpenSettingsForm()
 {
     subFormToolSettings form(manager->GetExternalToolPath(), manager->GetExternalToolArgs(),
                              manager->GetSeekTimeMs(), this);
+    form.setMatchLoudness(manager->IsMatchLoudness(), manager->GetMatchLoudnessTarget(),
+                          manager->GetMatchLoudnessMaxBoost());
+    form.setOutputDevices(manager->GetOutputDevices(), manager->GetOutputDevice());
     if (form.exec() != QDialog::Accepted)
         return;
     manager->SetExternalTool(form.toolPath(), form.toolArgs());
     manager->SetSeekTimeMs(form.seekTimeMs());
+    manager->SetMatchLoudnessLimits(form.matchTargetLufs(), form.matchMaxBoostDb());
+    manager->SlotChangeMatchLoudnessCalled(form.matchLoudness());
+    manager->SetOutputDevice(form.outputDevice());
 }
 
 void MainWindow::SlotChangeColorTheme(TeskManager::ColorTheme)

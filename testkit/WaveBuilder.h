@@ -6,12 +6,14 @@
 #include <QByteArray>
 #include <QString>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace fixtures {
@@ -178,6 +180,32 @@ inline Bytes smplBody(std::uint32_t statedCount, const std::vector<Loop>& loops)
         putLe32(b, loops[i].endInclusive);
         putLe32(b, 0);
         putLe32(b, 0);
+    }
+    return b;
+}
+
+// A broadcast-wave 'bext' body (version 1, 602 bytes): the description, then
+// zeros except the time reference (samples since midnight).
+inline Bytes bextBody(const std::string& description, std::uint64_t timeReference)
+{
+    Bytes b(602, 0);
+    std::memcpy(b.data(), description.data(), std::min<std::size_t>(description.size(), 256));
+    for (int i = 0; i < 8; ++i)
+        b[static_cast<std::size_t>(338 + i)] = static_cast<unsigned char>(timeReference >> (8 * i));
+    b[346] = 1; // version
+    return b;
+}
+
+// A LIST body of type INFO with one text item per (id, text) pair, each
+// zero-terminated and padded to an even length.
+inline Bytes listInfoBody(const std::vector<std::pair<const char*, std::string>>& items)
+{
+    Bytes b;
+    putId(b, "INFO");
+    for (const auto& item : items) {
+        Bytes text(item.second.begin(), item.second.end());
+        text.push_back(0);
+        append(b, chunk(item.first, text));
     }
     return b;
 }
