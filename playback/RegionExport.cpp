@@ -27,7 +27,7 @@ constexpr std::size_t kMaxMetadataBytes = 1
                                           << 20; // a 'bext' or INFO chunk beyond this is not copied
 constexpr std::size_t kBextTimeReference = 338;  // after description, originator, date and time
 
-QString tr(const char* text)
+QString Text(const char* text)
 {
     return QCoreApplication::translate("RegionExport", text);
 }
@@ -183,17 +183,17 @@ QString ExportWave(const QString& source, std::int64_t first, std::int64_t last,
     const AudioEngine::SampleEncoding encoding =
         h ? AudioEngine::EncodingOf(*h) : AudioEngine::SampleEncoding::None;
     if (!h || encoding == AudioEngine::SampleEncoding::None || h->channels < 1)
-        return tr("The file cannot be read.");
+        return Text(QT_TRANSLATE_NOOP("RegionExport", "The file cannot be read."));
     const std::int64_t frames = GetWaveSamples(h.get());
     first = std::clamp<std::int64_t>(first, 0, frames);
     last = std::clamp<std::int64_t>(last, first, frames);
     if (last <= first)
-        return tr("The region is empty.");
+        return Text(QT_TRANSLATE_NOOP("RegionExport", "The region is empty."));
     const int width = AudioEngine::BytesPerSample(encoding);
     const std::int64_t frameBytes = std::int64_t(h->channels) * width;
     const std::int64_t dataBytes = (last - first) * frameBytes;
     if (dataBytes > 0xffffff00LL)
-        return tr("The region is too long for a WAV file.");
+        return Text(QT_TRANSLATE_NOOP("RegionExport", "The region is too long for a WAV file."));
 
     std::vector<std::pair<const char*, Bytes>> chunks;
     WaveMetadata meta;
@@ -222,14 +222,14 @@ QString ExportWave(const QString& source, std::int64_t first, std::int64_t last,
     if (!meta.info.empty())
         chunks.emplace_back("LIST", meta.info);
     if (!WriteAll(out, WaveHead(chunks, dataBytes)))
-        return tr("The region file cannot be written.");
+        return Text(QT_TRANSLATE_NOOP("RegionExport", "The region file cannot be written."));
 
     const Bytes silence(static_cast<std::size_t>(width),
                         encoding == AudioEngine::SampleEncoding::UInt8 ? 0x80 : 0x00);
     Bytes block(static_cast<std::size_t>(kBlockFrames * frameBytes));
     for (std::int64_t at = first; at < last; at += kBlockFrames) {
         if (cancel && cancel->load())
-            return tr("Cancelled.");
+            return Text(QT_TRANSLATE_NOOP("RegionExport", "Cancelled."));
         const std::int64_t n = std::min(kBlockFrames, last - at);
         const auto bytes = static_cast<std::size_t>(n * frameBytes);
         std::size_t got =
@@ -242,7 +242,7 @@ QString ExportWave(const QString& source, std::int64_t first, std::int64_t last,
                       block.begin() + static_cast<std::ptrdiff_t>(i));
         if (out.write(reinterpret_cast<const char*>(block.data()), static_cast<qint64>(bytes)) !=
             static_cast<qint64>(bytes))
-            return tr("The region file cannot be written.");
+            return Text(QT_TRANSLATE_NOOP("RegionExport", "The region file cannot be written."));
     }
     if (dataBytes & 1)
         out.write("\0", 1);
@@ -255,25 +255,25 @@ QString ExportDecoded(const QString& source, std::int64_t first, std::int64_t la
     const std::unique_ptr<AudioEngine::StreamSource> in = OpenFrameSource(source);
     AudioEngine::StreamFormat format;
     if (!in || !in->Open(format) || format.channels < 1 || format.frameCount < 0)
-        return tr("The file cannot be read.");
+        return Text(QT_TRANSLATE_NOOP("RegionExport", "The file cannot be read."));
     first = std::clamp<std::int64_t>(first, 0, format.frameCount);
     last = std::clamp<std::int64_t>(last, first, format.frameCount);
     if (last <= first)
-        return tr("The region is empty.");
+        return Text(QT_TRANSLATE_NOOP("RegionExport", "The region is empty."));
     const std::int64_t frameBytes = std::int64_t(format.channels) * 3;
     const std::int64_t dataBytes = (last - first) * frameBytes;
     if (dataBytes > 0xffffff00LL)
-        return tr("The region is too long for a WAV file.");
+        return Text(QT_TRANSLATE_NOOP("RegionExport", "The region is too long for a WAV file."));
     if (!WriteAll(out,
                   WaveHead({{"fmt ", fmtBody(1, format.channels, format.rate, 3)}}, dataBytes)) ||
         !in->Seek(first))
-        return tr("The region file cannot be written.");
+        return Text(QT_TRANSLATE_NOOP("RegionExport", "The region file cannot be written."));
     const auto channels = static_cast<std::size_t>(format.channels);
     std::vector<float> frames(static_cast<std::size_t>(kBlockFrames) * channels);
     Bytes pcm;
     for (std::int64_t at = first; at < last;) {
         if (cancel && cancel->load())
-            return tr("Cancelled.");
+            return Text(QT_TRANSLATE_NOOP("RegionExport", "Cancelled."));
         const long want = static_cast<long>(std::min(kBlockFrames, last - at));
         const long n = std::max(0L, in->Read(frames.data(), want));
         // Past what the decoder gives, silence keeps the stated length.
@@ -289,7 +289,7 @@ QString ExportDecoded(const QString& source, std::int64_t first, std::int64_t la
             pcm.push_back(static_cast<unsigned char>((u >> 16) & 0xff));
         }
         if (!WriteAll(out, pcm))
-            return tr("The region file cannot be written.");
+            return Text(QT_TRANSLATE_NOOP("RegionExport", "The region file cannot be written."));
         at += want;
     }
     if (dataBytes & 1)
@@ -314,10 +314,10 @@ QString ExportRegion(const QString& source, std::int64_t startFrame, std::int64_
                      const QString& target, const std::atomic<bool>* cancel)
 {
     if (!QDir().mkpath(QFileInfo(target).absolutePath()))
-        return tr("The region file cannot be written.");
+        return Text(QT_TRANSLATE_NOOP("RegionExport", "The region file cannot be written."));
     QSaveFile out(target);
     if (!out.open(QIODevice::WriteOnly))
-        return tr("The region file cannot be written.");
+        return Text(QT_TRANSLATE_NOOP("RegionExport", "The region file cannot be written."));
     const QString error = IsCompressedAudio(source)
                               ? ExportDecoded(source, startFrame, endFrame, out, cancel)
                               : ExportWave(source, startFrame, endFrame, out, cancel);
@@ -325,5 +325,7 @@ QString ExportRegion(const QString& source, std::int64_t startFrame, std::int64_
         out.cancelWriting();
         return error;
     }
-    return out.commit() ? QString() : tr("The region file cannot be written.");
+    return out.commit()
+               ? QString()
+               : Text(QT_TRANSLATE_NOOP("RegionExport", "The region file cannot be written."));
 }
