@@ -351,6 +351,26 @@ private slots:
         QVERIFY(!registry->IsPlaying());
     }
 
+    // A chosen device that does not open is remembered, the default plays
+    // instead and the status line says so; back on the default, all is quiet.
+    void unknownOutputDeviceFallsBackToTheDefault()
+    {
+        QSignalSpy status(manager, &TeskManager::SigSetStatusMessage);
+        const QString name = QStringLiteral("No such device 7");
+        manager->SetOutputDevice(name);
+        QCOMPARE(manager->GetOutputDevice(), name);
+        QVERIFY(manager->GetPreviewPlayer()->OutputDevice().isEmpty());
+        QCOMPARE(status.count(), 1);
+        QVERIFY2(status.first().at(0).toString().contains(name),
+                 qPrintable(status.first().at(0).toString()));
+        manager->SlotStartPlaybackCalled(longA);
+        QVERIFY(waitForPosition(100) > 0);
+        manager->SlotStopPlaybackCalled();
+        manager->SetOutputDevice(QString());
+        QCOMPARE(status.count(), 1);
+        QVERIFY(manager->GetOutputDevice().isEmpty());
+    }
+
     // "Match loudness" measures the files and gives each start the gain that
     // brings it to the target; turned off, every file plays at unity again.
     void matchLoudnessGainFollowsEachStart()
