@@ -87,30 +87,45 @@ void WidgetDetailView::SetFile(const QString& file)
     path = file;
     overview.reset();
     failed = false;
+    loading = false;
     position = -1;
     regionStart = regionEnd = 0;
     regionFile.clear();
     regionReady = false;
     waveform = QImage();
-    loading = !path.isEmpty();
-    if (loading) {
-        const unsigned generation = ++overviewGeneration;
-        overviewCancel = std::make_shared<std::atomic<bool>>(false);
-        const auto cancel = overviewCancel;
-        const QString file = path;
-        pool.start([this, generation, cancel, file] {
-            auto result = std::make_shared<WaveOverview>();
-            const std::unique_ptr<AudioEngine::StreamSource> source = OpenFrameSource(file);
-            if (!source || !BuildWaveOverview(*source, kOverviewBuckets, *cancel, *result))
-                result.reset();
-            if (cancel->load())
-                return;
-            QMetaObject::invokeMethod(
-                this, [this, generation, result] { overviewReady(generation, result); },
-                Qt::QueuedConnection);
-        });
-    }
+    // A hidden view reads nothing; it catches up when shown.
+    if (isVisible())
+        startLoading();
     update();
+}
+
+void WidgetDetailView::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    if (!overview && !loading && !failed)
+        startLoading();
+}
+
+void WidgetDetailView::startLoading()
+{
+    if (path.isEmpty())
+        return;
+    loading = true;
+    const unsigned generation = ++overviewGeneration;
+    overviewCancel = std::make_shared<std::atomic<bool>>(false);
+    const auto cancel = overviewCancel;
+    const QString file = path;
+    pool.start([this, generation, cancel, file] {
+        auto result = std::make_shared<WaveOverview>();
+        const std::unique_ptr<AudioEngine::StreamSource> source = OpenFrameSource(file);
+        if (!source || !BuildWaveOverview(*source, kOverviewBuckets, *cancel, *result))
+            result.reset();
+        if (cancel->load())
+            return;
+        QMetaObject::invokeMethod(
+            this, [this, generation, result] { overviewReady(generation, result); },
+            Qt::QueuedConnection);
+    });
 }
 
 void WidgetDetailView::overviewReady(unsigned generation, std::shared_ptr<WaveOverview> result)

@@ -76,6 +76,7 @@ public slots:
 protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
     void changeEvent(QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
@@ -83,6 +84,7 @@ protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
+    void startLoading();
     void overviewReady(unsigned generation, std::shared_ptr<WaveOverview> result);
     void regionWritten(unsigned generation, const QString& file, const QString& error);
     void startDrag();
