@@ -57,23 +57,25 @@ class TestPreviewCapture : public QObject
 
     QString path(const char* name) const { return dir_.filePath(QLatin1String(name)); }
 
-    // The disk driver writes to `file`, waiting 1 ms per 256-frame buffer: five
-    // times real time, slow enough for a request to land mid-sound.
-    void start(const QByteArray& file)
+    // The disk driver writes to `file`, waiting `delayMs` per 256-frame buffer
+    // (5.3 ms of sound): 1 ms runs five times real time, slow enough for a
+    // request to land mid-sound; a streamed sound gets more, so that a busy
+    // machine does not starve its worker.
+    void start(const QByteArray& file, int delayMs = 1)
     {
         qputenv("SDL_AUDIODRIVER", "disk");
         qputenv("SDL_DISKAUDIOFILE", file);
-        qputenv("SDL_DISKAUDIODELAY", "1");
+        qputenv("SDL_DISKAUDIODELAY", QByteArray::number(delayMs));
         lumo_ = std::make_unique<LumoManager>();
         lumo_->Initialize();
         QVERIFY(AudioEngine::IsDeviceRunning());
         QCOMPARE(AudioEngine::GetOutputRate(), 48000);
     }
 
-    void startCapture()
+    void startCapture(int delayMs = 1)
     {
         capture_ = dir_.filePath(QStringLiteral("capture-%1.raw").arg(++run_));
-        start(QFile::encodeName(capture_));
+        start(QFile::encodeName(capture_), delayMs);
     }
 
     std::vector<float> finishCapture()
@@ -114,20 +116,15 @@ private slots:
         QVERIFY(waitUntilDone(*lumo_, 5000));
         const auto out = finishCapture();
 
+        // The positions above show that both seeks happened; between them every
+        // frame the card got is here.
         float maxStep = 0.0f;
-        int rises = 0; // starts after silence: the first play and the two seeks
-        int zeros = 0;
+        std::size_t heard = 0;
         for (std::size_t i = 2; i < out.size(); i += 2) {
             maxStep = std::max(maxStep, std::fabs(out[i] - out[i - 2]));
-            if (out[i] == 0.0f) {
-                ++zeros;
-                continue;
-            }
-            if (zeros >= 16) // longer than any run of zeros inside the tone
-                ++rises;
-            zeros = 0;
+            heard += out[i] != 0.0f;
         }
-        QCOMPARE(rises, 3);
+        QVERIFY(heard > 9600 + 2 * 4800);
         // The tone's own largest step is 2 pi / 48 x 0.9 = 0.118.
         QVERIFY2(maxStep < 0.118f + a / kRamp + 1e-4f, qPrintable(QString::number(maxStep)));
     }
@@ -151,7 +148,7 @@ private slots:
         QFETCH(bool, stream);
         const std::vector<double> dc(static_cast<std::size_t>(frames) * 2, 0.5);
         QVERIFY(fixtures::writeFile(path("dc.wav"), fixtures::wavFloat(2, rate, 32, dc)));
-        startCapture();
+        startCapture(stream ? 3 : 1);
         lumo_->SetStreamThreshold(stream ? 0 : LumoManager::kDefaultStreamThreshold);
         lumo_->Play(path("dc.wav"));
         QCOMPARE(lumo_->IsStreaming(), stream);
@@ -240,7 +237,7 @@ private slots:
         const std::uint32_t loopEnd = 48000 * 3 + 5; // exclusive
         QVERIFY(fixtures::writeFile(
             path("long.wav"), fixtures::wavInts(2, 48000, 16, v, {{loopStart, loopEnd - 1}})));
-        startCapture();
+        startCapture(3);
         lumo_->SetStreamThreshold(1024 * 1024); // the file is 1.5 MB
         lumo_->Play(path("long.wav"));
         QVERIFY(lumo_->IsStreaming());
