@@ -61,6 +61,8 @@ private slots:
     void initTestCase()
     {
         QVERIFY(dir_.isValid());
+        // Region files go to the temporary location: this test's own folder.
+        qputenv("TMPDIR", QFile::encodeName(dir_.filePath(QStringLiteral("tmp"))));
         QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, dir_.filePath("config"));
         wav_ = dir_.filePath(QStringLiteral("take.wav"));
         QVERIFY(fixtures::writeSineWav(wav_, kRate, 2, kRate * 4, 0.5, 220.0));
@@ -87,6 +89,7 @@ private slots:
         QCOMPARE(view.RegionEnd(), view.FrameAt(400));
         QCOMPARE(view.RegionEnd() - view.RegionStart(), std::int64_t(kRate)); // a quarter of 4 s
         QTRY_VERIFY(!view.RegionFile().isEmpty());
+        QVERIFY(view.RegionFile().startsWith(dir_.path()));
         QCOMPARE(RegionFrames(view.RegionFile()), std::int32_t(kRate));
 
         QSignalSpy region(&view, &WidgetDetailView::SigPlayRegion);
