@@ -303,7 +303,9 @@ QString RegionFilePath(const QString& source, std::int64_t startFrame, std::int6
                        std::int32_t rate)
 {
     const auto ms = [rate](std::int64_t frame) { return rate > 0 ? frame * 1000 / rate : frame; };
-    const QDir dir(QDir::temp().filePath(QStringLiteral("tesk-regions")));
+    // A temporary location that does not exist reads as empty; the home folder stands in.
+    const QString base = QDir::tempPath().isEmpty() ? QDir::homePath() : QDir::tempPath();
+    const QDir dir(QDir(base).filePath(QStringLiteral("tesk-regions")));
     return dir.filePath(QStringLiteral("%1_%2-%3ms.wav")
                             .arg(QFileInfo(source).completeBaseName())
                             .arg(ms(startFrame))

@@ -12,6 +12,7 @@
 #include "WidgetTableBrowser.h"
 
 #include <QAction>
+#include <QDir>
 #include <QFile>
 #include <QSettings>
 #include <QSignalSpy>
@@ -62,6 +63,7 @@ private slots:
     {
         QVERIFY(dir_.isValid());
         // Region files go to the temporary location: this test's own folder.
+        QVERIFY(QDir().mkpath(dir_.filePath(QStringLiteral("tmp"))));
         qputenv("TMPDIR", QFile::encodeName(dir_.filePath(QStringLiteral("tmp"))));
         QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, dir_.filePath("config"));
         wav_ = dir_.filePath(QStringLiteral("take.wav"));
@@ -89,7 +91,7 @@ private slots:
         QCOMPARE(view.RegionEnd(), view.FrameAt(400));
         QCOMPARE(view.RegionEnd() - view.RegionStart(), std::int64_t(kRate)); // a quarter of 4 s
         QTRY_VERIFY(!view.RegionFile().isEmpty());
-        QVERIFY(view.RegionFile().startsWith(dir_.path()));
+        QVERIFY2(view.RegionFile().startsWith(dir_.path()), qPrintable(view.RegionFile()));
         QCOMPARE(RegionFrames(view.RegionFile()), std::int32_t(kRate));
 
         QSignalSpy region(&view, &WidgetDetailView::SigPlayRegion);
