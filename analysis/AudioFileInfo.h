@@ -35,6 +35,10 @@ struct AudioFileInfo
     std::int32_t loopStart = 0;
     std::int32_t loopEnd = 0;
     float loudness = -96.0f;
+    // Largest absolute sample over all channels, linear (1.0 = full scale; a
+    // decoded MP3 or Ogg may go above); -1 while unknown. For WAV and AIFF it is
+    // found in the loudness pass, so it stays unknown while loudness is off.
+    float samplePeak = -1.0f;
     std::string format;
     std::array<PlotPoint, kPlotPoints> plot{};
     std::int32_t isMultiPlotValid = 0;

@@ -7,6 +7,7 @@
 #include "WaveformPlot.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <limits>
 #include <memory>
@@ -62,6 +63,14 @@ void AnalyzePlanarSamples(const float* const* channels, std::int32_t channelCoun
         info.isMultiPlotValid = 1;
     }
     ComputeMixedPlot(channels, channelCount, samples, samplingRate, info.plot.data());
+
+    if (channels && channelCount > 0) {
+        float peak = 0.0f;
+        for (std::int32_t c = 0; c < channelCount; ++c)
+            for (std::int32_t i = 0; i < samples; ++i)
+                peak = std::max(peak, std::fabs(channels[c][i]));
+        info.samplePeak = peak;
+    }
 
     if (!loudnessWanted)
         return;

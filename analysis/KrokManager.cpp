@@ -155,6 +155,7 @@ void KrokManager::PlayFile(const QString& path)
     if (player)
         player->Play(path);
     playingPath = path;
+    playingRange = false;
 }
 
 void KrokManager::PlayFileWithSeek(const QString& path, std::uint32_t startPosition)
@@ -165,6 +166,18 @@ void KrokManager::PlayFileWithSeek(const QString& path, std::uint32_t startPosit
     if (player)
         player->PlayFrom(path, static_cast<std::int32_t>(startPosition));
     playingPath = path;
+    playingRange = false;
+}
+
+void KrokManager::PlayFileRange(const QString& path, std::int64_t startFrame, std::int64_t endFrame)
+{
+    QMutexLocker lock(&mutex);
+    if (!initialized)
+        return;
+    if (player)
+        player->PlayRange(path, startFrame, endFrame);
+    playingPath = path;
+    playingRange = true;
 }
 
 // The playback queries below come from the GUI thread only, which is also the
@@ -207,7 +220,7 @@ std::int64_t KrokManager::GetPlaybackPosition()
     // can rehash the map; reading it without the lock would be a data race.
     QMutexLocker lock(&mutex);
     const auto it = records.find(playingPath.toStdString());
-    if (it == records.end())
+    if (it == records.end() || playingRange)
         return pos;
     const AudioFileInfo& info = it->second;
     const std::int64_t start = info.loopStart;

@@ -47,6 +47,8 @@ public:
 
     void PlayFile(const QString& path);
     void PlayFileWithSeek(const QString& path, std::uint32_t startPosition);
+    // Frames [startFrame, endFrame) once; the position then runs straight, unfolded by the loop.
+    void PlayFileRange(const QString& path, std::int64_t startFrame, std::int64_t endFrame);
     void StopPlayback();
     void SetVolume(float volume);
     bool IsPlaying();
@@ -64,6 +66,7 @@ private:
     mutable QMutex mutex;
     bool initialized = false;
     QString playingPath;
+    bool playingRange = false;
     PreviewPlayer* player = nullptr;
     bool loudnessEnabled = false;
     bool multiPlotEnabled = false;

@@ -2,6 +2,7 @@
 #include "WaveHeaderReader.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <memory>
 #include <mutex>
 #include <new>
@@ -27,8 +28,10 @@ struct HandleCloser
 
 } // namespace
 
-bool MeasureFileLoudness(const char* localPath, float* out)
+bool MeasureFileLoudness(const char* localPath, float* out, float* samplePeak)
 {
+    if (samplePeak)
+        *samplePeak = -1.0f;
     std::unique_ptr<WaveHeaderHandle, HandleCloser> handle(OpenWaveHeader(localPath));
     if (!handle)
         return false;
@@ -70,11 +73,14 @@ bool MeasureFileLoudness(const char* localPath, float* out)
 
     // Left-justified 32-bit values to +-1.0: x 2^-15 x 2^-16.
     std::vector<std::int32_t> decoded(std::size_t(kDecodeFrames) * config.channels);
+    std::int64_t largest = 0;
     for (std::uint32_t frame = 0; frame < config.samples;) {
         const std::uint32_t frames = std::min(kDecodeFrames, config.samples - frame);
         const std::int64_t values = std::int64_t(frames) * config.channels;
         if (DecodeSamples(h, decoded.data(), values) != values)
             return false;
+        for (std::int64_t i = 0; i < values; ++i)
+            largest = std::max(largest, std::abs(std::int64_t(decoded[std::size_t(i)])));
         for (std::uint32_t ch = 0; ch < config.channels; ++ch) {
             float* plane = planes[ch] + frame;
             const std::int32_t* src = decoded.data() + ch;
@@ -84,6 +90,8 @@ bool MeasureFileLoudness(const char* localPath, float* out)
         }
         frame += frames;
     }
+    if (samplePeak)
+        *samplePeak = static_cast<float>(static_cast<double>(largest) / 2147483648.0);
 
     const LoudnessResult result = MeasureLoudness(config, work, workSize, planes);
     if (out)

@@ -35,5 +35,7 @@ LoudnessResult MeasureLoudness(const LoudnessConfig& config, void* work, std::si
 
 // Measures a WAV or AIFF file. Reuses static buffers (60 s of 48 kHz stereo),
 // so concurrent callers are serialised. Returns false when the file cannot be
-// measured (unreadable, more than 8 channels, no samples).
-bool MeasureFileLoudness(const char* localPath, float* out);
+// measured (unreadable, more than 8 channels, no samples). `samplePeak`, when
+// given, receives the largest absolute sample of every sample read (full
+// scale 1.0), or -1 when the samples could not be read.
+bool MeasureFileLoudness(const char* localPath, float* out, float* samplePeak = nullptr);

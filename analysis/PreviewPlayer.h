@@ -20,6 +20,8 @@ public:
     virtual void Finalize() = 0;
     virtual void Play(const QString& path) = 0;
     virtual void PlayFrom(const QString& path, std::int32_t startMs) = 0;
+    // Plays frames [startFrame, endFrame) of the file once (a region).
+    virtual void PlayRange(const QString& path, std::int64_t startFrame, std::int64_t endFrame) = 0;
     virtual void Stop() = 0;
     virtual void SetVolume(float volume) = 0;
     virtual bool IsPlaying() = 0;

@@ -49,6 +49,8 @@ void AnalyzeWaveFile(const char* localPath, AudioFileInfo& info, bool multiPlotW
 
     if (loudnessWanted) {
         float value = kLoudnessFloor;
-        info.loudness = MeasureFileLoudness(localPath, &value) ? value : kLoudnessFloor;
+        float peak = -1.0f;
+        info.loudness = MeasureFileLoudness(localPath, &value, &peak) ? value : kLoudnessFloor;
+        info.samplePeak = peak;
     }
 }

@@ -8,7 +8,9 @@
 #include "MenuBar.h"
 #include "SortSettingsApplication.h"
 #include "SubFormFont.h"
+#include "TableRoles.h"
 #include "TeskStyle.h"
+#include "WidgetDetailView.h"
 #include "WidgetPlayer.h"
 #include "WidgetRootPath.h"
 #include "WidgetSearch.h"
@@ -35,6 +37,8 @@
 #include <QToolBar>
 #include <QUrl>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace {
 
@@ -63,9 +67,17 @@ MainWindow::MainWindow(QWidget* parent)
 
     splitter = new QSplitter(Qt::Horizontal, centralWidget());
     widgetTreeBrowser = new WidgetTreeBrowser(manager, splitter);
-    widgetTableBrowser = new WidgetTableBrowser(manager, gacManager, splitter);
+    tableSplitter = new QSplitter(Qt::Vertical, splitter);
+    widgetTableBrowser = new WidgetTableBrowser(manager, gacManager, tableSplitter);
+    detailView = new WidgetDetailView(tableSplitter);
+    tableSplitter->addWidget(widgetTableBrowser);
+    tableSplitter->addWidget(detailView);
+    tableSplitter->setStretchFactor(0, 1);
+    tableSplitter->setStretchFactor(1, 0);
+    tableSplitter->setCollapsible(0, false);
+    tableSplitter->setCollapsible(1, false);
     splitter->addWidget(widgetTreeBrowser);
-    splitter->addWidget(widgetTableBrowser);
+    splitter->addWidget(tableSplitter);
     splitter->setStretchFactor(0, 1);
     splitter->setStretchFactor(1, 3);
     outer->addWidget(splitter, 1);
@@ -94,8 +106,8 @@ MainWindow::MainWindow(QWidget* parent)
 
     connect(widgetTableBrowser, &WidgetTableBrowser::SigOpenByExplorerCalled, this,
             &MainWindow::SlotOpenParentDirByExplorer);
-    connect(widgetPlayer, &WidgetPlayer::SigStartCalled, widgetTableBrowser,
-            &WidgetTableBrowser::SlotSelectedItemPlaybackCalled);
+    connect(widgetPlayer, &WidgetPlayer::SigStartCalled, this,
+            &MainWindow::SlotStartPlaybackRequested);
     connect(widgetTreeBrowser, &WidgetTreeBrowser::SigShowInExplorer, this,
             &MainWindow::SlotOpenParentDirByExplorer);
     connect(widgetRootPath, &WidgetRootPath::SigBookmarkFlagChangeRequired, this,
@@ -104,8 +116,8 @@ MainWindow::MainWindow(QWidget* parent)
             &WidgetRootPath::SlotShowRootPathSelectDialog);
     connect(menuBarWidget, &MenuBar::SigColumnVisiblityChanged, widgetTableBrowser,
             &WidgetTableBrowser::SlotColumnVisibleChanged);
-    connect(menuBarWidget, &MenuBar::SigStartPlayback, widgetTableBrowser,
-            &WidgetTableBrowser::SlotSelectedItemPlaybackCalled);
+    connect(menuBarWidget, &MenuBar::SigStartPlayback, this,
+            &MainWindow::SlotStartPlaybackRequested);
     widgetRootPath->SetManager(manager);
     widgetSearch->SetManager(manager);
     widgetPlayer->ConnectManager(manager);
@@ -120,6 +132,7 @@ MainWindow::MainWindow(QWidget* parent)
 
     manager->GetFontSettings()->SetDefaultFont(QApplication::font().family(),
                                                QApplication::font().pointSize());
+    setUpDetailView();
     manager->ApplyStoredSettings();
     gacManager->SetServer(manager->GetGacAddress(), manager->GetGacPort());
     menuBarWidget->InitState();
@@ -133,6 +146,38 @@ MainWindow::MainWindow(QWidget* parent)
         manager->SlotChangeRootPathCalled(root);
 }
 
+void MainWindow::setUpDetailView()
+{
+    detailView->ConnectManager(manager);
+    connect(manager, &TeskManager::SigDetailViewVisibleChanged, this, [this](bool visible) {
+        detailView->setVisible(visible);
+        if (visible && splitterSized)
+            restoreDetailViewHeight();
+    });
+    // The view follows the table's current row.
+    connect(widgetTableBrowser->tableView()->selectionModel(),
+            &QItemSelectionModel::currentRowChanged, detailView,
+            [this](const QModelIndex& current) {
+                detailView->SetFile(
+                    current.isValid() ? current.data(TableRoles::FullPath).toString() : QString());
+            });
+    connect(tableSplitter, &QSplitter::splitterMoved, this, [this] {
+        if (detailView->isVisible())
+            manager->SetDetailViewHeight(detailView->height());
+    });
+}
+
+void MainWindow::SlotStartPlaybackRequested()
+{
+    const QModelIndex current = widgetTableBrowser->tableView()->currentIndex();
+    const QString path =
+        current.isValid() ? current.data(TableRoles::FullPath).toString() : QString();
+    if (detailView->isVisible() && !path.isEmpty() && detailView->File() == path &&
+        detailView->PlayRegion())
+        return;
+    widgetTableBrowser->SlotSelectedItemPlaybackCalled();
+}
+
 void MainWindow::showEvent(QShowEvent* event)
 {
     QMainWindow::showEvent(event);
@@ -142,7 +187,17 @@ void MainWindow::showEvent(QShowEvent* event)
         splitterSized = true;
         const int w = splitter->width();
         splitter->setSizes({w / 4, 3 * w / 4});
+        restoreDetailViewHeight();
     }
+}
+
+void MainWindow::restoreDetailViewHeight()
+{
+    // The table keeps at least a few rows whatever height was stored.
+    const int h = tableSplitter->height();
+    const int detail = std::clamp(manager->GetDetailViewHeight(), kMinDetailViewHeight,
+                                  std::max(kMinDetailViewHeight, h - 120));
+    tableSplitter->setSizes({h - detail, detail});
 }
 
 MainWindow::~MainWindow()
@@ -323,10 +378,16 @@ void MainWindow::SlotOpenSettingsForm()
 {
     subFormToolSettings form(manager->GetExternalToolPath(), manager->GetExternalToolArgs(),
                              manager->GetSeekTimeMs(), this);
+    form.setMatchLoudness(manager->IsMatchLoudness(), manager->GetMatchLoudnessTarget(),
+                          manager->GetMatchLoudnessMaxBoost());
+    form.setOutputDevices(manager->GetOutputDevices(), manager->GetOutputDevice());
     if (form.exec() != QDialog::Accepted)
         return;
     manager->SetExternalTool(form.toolPath(), form.toolArgs());
     manager->SetSeekTimeMs(form.seekTimeMs());
+    manager->SetMatchLoudnessLimits(form.matchTargetLufs(), form.matchMaxBoostDb());
+    manager->SlotChangeMatchLoudnessCalled(form.matchLoudness());
+    manager->SetOutputDevice(form.outputDevice());
 }
 
 void MainWindow::SlotChangeColorTheme(TeskManager::ColorTheme)

@@ -16,6 +16,7 @@ class QLabel;
 class QShortcut;
 class QSplitter;
 class QTimer;
+class WidgetDetailView;
 class WidgetPlayer;
 
 // The single top-level window: owns the manager, the menu bar and the five
@@ -37,6 +38,7 @@ public:
     WidgetSearch* GetSearchWidget() const { return widgetSearch; }
     WidgetTreeBrowser* GetTreeBrowser() const { return widgetTreeBrowser; }
     WidgetTableBrowser* GetTableBrowser() const { return widgetTableBrowser; }
+    WidgetDetailView* GetDetailView() const { return detailView; }
     QLabel* GetStatusLabel() const { return statusLabel; }
 
 public slots:
@@ -68,6 +70,9 @@ public slots:
     void SlotSortSettingsApplied();
     void SlotGacOpenSettings();
     void SlotGacToggleConnection();
+    // Play (Space, the play button): the region in the detail view when it has
+    // one for the current file, else the current row.
+    void SlotStartPlaybackRequested();
 
 private slots:
     void updateGacMenu();
@@ -78,6 +83,8 @@ protected:
 private:
     void setupForm();
     void askBookmarkName();
+    void setUpDetailView();
+    void restoreDetailViewHeight();
 
     // Constructed first: the menu bar and the widgets connect to it.
     TeskManager* manager;
@@ -88,7 +95,9 @@ private:
     WidgetSearch* widgetSearch = nullptr;
     WidgetTreeBrowser* widgetTreeBrowser = nullptr;
     WidgetTableBrowser* widgetTableBrowser = nullptr;
+    WidgetDetailView* detailView = nullptr;
     QSplitter* splitter = nullptr;
+    QSplitter* tableSplitter = nullptr; // the table over the detail view
     QLabel* statusLabel = nullptr;
     QShortcut* searchShortcut = nullptr;
     // Made on first use and kept, so their fields survive closing.

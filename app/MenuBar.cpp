@@ -96,6 +96,12 @@ void MenuBar::buildViewMenu()
             &TeskManager::MemorizeColumnVisibleState);
     connect(manager, &TeskManager::SigColumnVisibleLoaded, this,
             &MenuBar::ColumnVisibleStateLoaded);
+    actionDetailView = checkable(tr("Show detail view"));
+    actionDetailView->setChecked(true);
+    connect(actionDetailView, &QAction::toggled, manager,
+            &TeskManager::SlotChangeDetailViewVisibleCalled);
+    connect(manager, &TeskManager::SigDetailViewVisibleChanged, actionDetailView,
+            &QAction::setChecked);
     QAction* sortSettings = menu->addAction(tr("Open Sort Settings"));
     connect(sortSettings, &QAction::triggered, window, &MainWindow::SlotShowSortSettings);
 }
@@ -162,6 +168,14 @@ void MenuBar::buildPreviewMenu()
     actionPlaylist->setCheckable(true);
     connect(actionPlaylist, &QAction::toggled, manager, &TeskManager::SlotChangePlaylistFlagCalled);
     connect(manager, &TeskManager::SigPlaylistFlagChanged, actionPlaylist, &QAction::setChecked);
+    menu->addSeparator();
+    actionMatchLoudness = menu->addAction(tr("Match loudness"));
+    actionMatchLoudness->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_L));
+    actionMatchLoudness->setCheckable(true);
+    connect(actionMatchLoudness, &QAction::toggled, manager,
+            &TeskManager::SlotChangeMatchLoudnessCalled);
+    connect(manager, &TeskManager::SigMatchLoudnessChanged, actionMatchLoudness,
+            &QAction::setChecked);
 }
 
 void MenuBar::buildBookmarkMenu()

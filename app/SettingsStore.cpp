@@ -18,6 +18,15 @@ QString application()
     return QStringLiteral("Tesk");
 }
 
+// A stored number inside [low, high], or `fallback` for anything else.
+double boundedDouble(const QSettings& store, const QString& key, double low, double high,
+                     double fallback)
+{
+    bool ok = false;
+    const double v = store.value(key, fallback).toDouble(&ok);
+    return ok && v >= low && v <= high ? v : fallback;
+}
+
 } // namespace
 
 void SettingsStore::Load(QSettings& store, StoredSettings& s)
@@ -56,6 +65,20 @@ void SettingsStore::Load(QSettings& store, StoredSettings& s)
     s.fontTableFamily =
         store.value(QStringLiteral("fontTableFamily"), s.fontTableFamily).toString();
     s.fontTableSize = store.value(QStringLiteral("fontTableSize"), s.fontTableSize).toInt();
+    s.matchLoudnessFlag =
+        store.value(QStringLiteral("matchLoudnessFlag"), s.matchLoudnessFlag).toBool();
+    s.matchLoudnessTarget = boundedDouble(store, QStringLiteral("matchLoudnessTarget"), -60.0, 0.0,
+                                          s.matchLoudnessTarget);
+    s.matchLoudnessMaxBoost = boundedDouble(store, QStringLiteral("matchLoudnessMaxBoost"), 0.0,
+                                            40.0, s.matchLoudnessMaxBoost);
+    s.outputDevice = store.value(QStringLiteral("outputDevice"), s.outputDevice).toString();
+    s.detailViewVisible =
+        store.value(QStringLiteral("detailViewVisible"), s.detailViewVisible).toBool();
+    s.detailViewHeight = static_cast<int>(boundedDouble(store, QStringLiteral("detailViewHeight"),
+                                                        kMinDetailViewHeight, kMaxDetailViewHeight,
+                                                        s.detailViewHeight));
+    s.detailViewChannels =
+        store.value(QStringLiteral("detailViewChannels"), s.detailViewChannels).toBool();
 
     s.bookmarks.clear();
     const int n = store.beginReadArray(QStringLiteral("bookmarkRoot"));
@@ -109,6 +132,13 @@ void SettingsStore::Save(QSettings& store, const StoredSettings& s)
     store.setValue(QStringLiteral("fontTableIsFit"), s.fontTableIsFit);
     store.setValue(QStringLiteral("fontTableFamily"), s.fontTableFamily);
     store.setValue(QStringLiteral("fontTableSize"), s.fontTableSize);
+    store.setValue(QStringLiteral("matchLoudnessFlag"), s.matchLoudnessFlag);
+    store.setValue(QStringLiteral("matchLoudnessTarget"), s.matchLoudnessTarget);
+    store.setValue(QStringLiteral("matchLoudnessMaxBoost"), s.matchLoudnessMaxBoost);
+    store.setValue(QStringLiteral("outputDevice"), s.outputDevice);
+    store.setValue(QStringLiteral("detailViewVisible"), s.detailViewVisible);
+    store.setValue(QStringLiteral("detailViewHeight"), s.detailViewHeight);
+    store.setValue(QStringLiteral("detailViewChannels"), s.detailViewChannels);
 
     // Rewritten whole, so that removed bookmarks do not linger as stale elements.
     store.remove(QStringLiteral("bookmarkRoot"));

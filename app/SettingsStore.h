@@ -11,6 +11,11 @@ inline constexpr int kTableColumnCount = 15;
 inline constexpr int kAllColumnsVisible = (1 << kTableColumnCount) - 1;
 inline constexpr int kMaxRecentFolders = 10;
 inline constexpr int kDefaultRowHeight = 22;
+inline constexpr double kDefaultMatchTargetLufs = -23.0;
+inline constexpr double kDefaultMatchMaxBoostDb = 12.0;
+inline constexpr int kDefaultDetailViewHeight = 150;
+inline constexpr int kMinDetailViewHeight = 40;
+inline constexpr int kMaxDetailViewHeight = 2000;
 
 // Everything that persists between sessions, with the defaults of a fresh user.
 struct StoredSettings
@@ -43,6 +48,15 @@ struct StoredSettings
     BookmarkList bookmarks;
     // Bookmarks of the older layout (paths only), written back unchanged.
     QStringList legacyBookmarkDirs;
+    // Preview: level matching, the output device ("" for the system default)
+    // and the detail view under the table.
+    bool matchLoudnessFlag = false;
+    double matchLoudnessTarget = kDefaultMatchTargetLufs;
+    double matchLoudnessMaxBoost = kDefaultMatchMaxBoostDb;
+    QString outputDevice;
+    bool detailViewVisible = true;
+    int detailViewHeight = kDefaultDetailViewHeight;
+    bool detailViewChannels = false;
 
     bool HasValidGeometry() const { return width >= 1 && height >= 1 && left >= 0 && top >= 0; }
 };
@@ -53,8 +67,9 @@ class SettingsStore final
 {
 public:
     // Reads every key over the values already in `s` (which act as the
-    // defaults), except that a stored "columnState" of 0 and a theme out of
-    // range do not replace the built-in values, and legacy bookmarks whose
+    // defaults), except that a stored "columnState" of 0, a theme out of range
+    // and a loudness target, boost or detail-view height out of range (or not
+    // a number) do not replace the built-in values, and legacy bookmarks whose
     // folders exist are merged into the bookmark list.
     static void Load(QSettings& store, StoredSettings& s);
     static void Save(QSettings& store, const StoredSettings& s);

@@ -3,6 +3,7 @@
 #include "AudioFileInfo.h"
 #include "ExternalToolLauncher.h"
 #include "KrokManager.h"
+#include "LoudnessMatch.h"
 #include "LumoManager.h"
 #include "SubThreadGetDetail.h"
 #include "SubThreadGetList.h"
@@ -11,10 +12,14 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int kPlaylistTickMs = 200;
 constexpr int kStatusTickMs = 50;
+// The output device is looked at twice a second.
+constexpr int kDeviceCheckTicks = 10;
 
 } // namespace
 
@@ -27,7 +32,8 @@ TeskManager::TeskManager(QObject* parent)
 
     // The registry owns the preview player. Without a sound card the engine runs
     // on SDL's dummy output, so positions and play ends still advance in time.
-    krokManager = new KrokManager(new LumoManager);
+    lumo = new LumoManager;
+    krokManager = new KrokManager(lumo);
     // Connected before the engine starts: a failed output start is reported
     // from Initialize and must reach the status line (and the warning box) once
     // the event loop runs.
@@ -101,6 +107,10 @@ void TeskManager::ApplyStoredSettings()
     emit SigLoudnessVoltModeChanged(s.loudnessVoltMode);
     emit SigMultiPlotChanged(s.multiPlotFlag);
     emit SigShowHiddensFlagChanged(s.showHiddenFlag);
+    emit SigMatchLoudnessChanged(s.matchLoudnessFlag);
+    emit SigDetailViewVisibleChanged(s.detailViewVisible);
+    if (!s.outputDevice.isEmpty())
+        SetOutputDevice(s.outputDevice);
     RestartAcquisition();
     emit SigColumnVisibleLoaded(s.columnState);
 }
@@ -148,6 +158,96 @@ void TeskManager::StartPlaylistTimerIfWanted()
         timerPlaylist.start();
 }
 
+void TeskManager::SetMatchLoudnessLimits(double targetLufs, double maxBoostDb)
+{
+    s.matchLoudnessTarget = std::clamp(targetLufs, kMatchTargetMin, kMatchTargetMax);
+    s.matchLoudnessMaxBoost = std::clamp(maxBoostDb, 0.0, kMatchBoostMax);
+}
+
+QStringList TeskManager::GetOutputDevices() const
+{
+    return lumo->OutputDevices();
+}
+
+void TeskManager::SetOutputDevice(const QString& name)
+{
+    s.outputDevice = name;
+    if (lumo->OutputDevice() == name)
+        return;
+    if (!lumo->SetOutputDevice(name) && !name.isEmpty())
+        emit SigSetStatusMessage(
+            tr("The output device \"%1\" is not available. Playing through the system default.")
+                .arg(name));
+}
+
+void TeskManager::SetDetailViewHeight(int height)
+{
+    s.detailViewHeight = std::clamp(height, kMinDetailViewHeight, kMaxDetailViewHeight);
+}
+
+void TeskManager::CheckOutputDevice()
+{
+    QString lost;
+    if (!lumo->CheckOutputDevice(&lost))
+        return;
+    emit SigSetStatusMessage(
+        tr("The output device \"%1\" stopped. Playing through the system default.")
+            .arg(lost.isEmpty() ? tr("System default") : lost));
+}
+
+void TeskManager::PreparePreview(const QString& path)
+{
+    AudioFileInfo info;
+    if (!krokManager->FindFileInfo(path, info))
+        info.isHeaderRead = 0;
+    const LoudnessMatch m = ComputeLoudnessMatch(
+        info, {s.matchLoudnessFlag, s.matchLoudnessTarget, s.matchLoudnessMaxBoost});
+    lumo->SetPreviewGain(static_cast<float>(DecibelsToGain(m.gainDb)));
+    emit SigPreviewGainChanged(m.gainDb, static_cast<int>(m.basis));
+}
+
+void TeskManager::SlotChangeMatchLoudnessCalled(bool flag)
+{
+    if (flag == s.matchLoudnessFlag)
+        return;
+    s.matchLoudnessFlag = flag;
+    emit SigMatchLoudnessChanged(flag);
+    // Matching needs the loudness of each file.
+    if (flag && !s.loudnessFlag)
+        SlotChangeLoudnessCalled(true);
+}
+
+void TeskManager::SlotChangeDetailViewVisibleCalled(bool visible)
+{
+    if (visible == s.detailViewVisible)
+        return;
+    s.detailViewVisible = visible;
+    emit SigDetailViewVisibleChanged(visible);
+}
+
+void TeskManager::SlotPlayFromCalled(QString path, int startMs)
+{
+    timerPlaylist.stop();
+    if (path.isEmpty())
+        return;
+    PreparePreview(path);
+    if (startMs <= 0)
+        krokManager->PlayFile(path);
+    else
+        krokManager->PlayFileWithSeek(path, static_cast<quint32>(startMs));
+    StartPlaylistTimerIfWanted();
+}
+
+void TeskManager::SlotPlayRegionCalled(QString path, qint64 startFrame, qint64 endFrame)
+{
+    timerPlaylist.stop();
+    if (path.isEmpty())
+        return;
+    PreparePreview(path);
+    krokManager->PlayFileRange(path, startFrame, endFrame);
+    StartPlaylistTimerIfWanted();
+}
+
 void TeskManager::SeekPlayback(bool backward)
 {
     const QString path = krokManager->GetPlayingPath();
@@ -161,6 +261,7 @@ void TeskManager::SeekPlayback(bool backward)
     if (backward) {
         timerPlaylist.stop();
         const qint64 t = posMs - s.seekTimeMs;
+        PreparePreview(path);
         if (t < 0)
             krokManager->PlayFile(path);
         else
@@ -171,6 +272,7 @@ void TeskManager::SeekPlayback(bool backward)
         if (lengthMs < static_cast<double>(t - 1))
             return;
         timerPlaylist.stop();
+        PreparePreview(path);
         krokManager->PlayFileWithSeek(path, static_cast<quint32>(t));
     }
     StartPlaylistTimerIfWanted();
@@ -305,6 +407,7 @@ void TeskManager::SlotStartPlaybackCalled(QString path)
     timerPlaylist.stop();
     if (path.isEmpty())
         return;
+    PreparePreview(path);
     krokManager->PlayFile(path);
     StartPlaylistTimerIfWanted();
 }
@@ -314,6 +417,7 @@ void TeskManager::SlotStartPlaybackWithSeekCalled(QString path, int seekMs)
     if (!s.autoPlaybackFlag && !(krokManager->IsPlaying() && krokManager->GetPlayingPath() == path))
         return;
     timerPlaylist.stop();
+    PreparePreview(path);
     krokManager->PlayFileWithSeek(path, static_cast<quint32>(qMax(seekMs, 0)));
     StartPlaylistTimerIfWanted();
 }
@@ -514,6 +618,10 @@ void TeskManager::SlotTimerPlaylistTick()
 
 void TeskManager::SlotTimerUpdateStatusTick()
 {
+    if (++deviceCheckTicks >= kDeviceCheckTicks) {
+        deviceCheckTicks = 0;
+        CheckOutputDevice();
+    }
     const QString playing = krokManager->IsPlaying() ? krokManager->GetPlayingPath() : QString();
     const AudioFileInfo info =
         playing.isEmpty() ? AudioFileInfo() : krokManager->GetFileInfo(playing);

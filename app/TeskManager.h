@@ -12,6 +12,7 @@
 #include <QTimer>
 
 class KrokManager;
+class LumoManager;
 class SubThreadGetDetail;
 class SubThreadGetList;
 
@@ -74,6 +75,24 @@ public:
     KrokManager* GetKrokManager() const { return krokManager; }
     FontSettings* GetFontSettings() { return &fontSettings; }
     const QTimer* GetPlaylistTimer() const { return &timerPlaylist; }
+    LumoManager* GetPreviewPlayer() const { return lumo; }
+
+    bool IsMatchLoudness() const { return s.matchLoudnessFlag; }
+    double GetMatchLoudnessTarget() const { return s.matchLoudnessTarget; }
+    double GetMatchLoudnessMaxBoost() const { return s.matchLoudnessMaxBoost; }
+    // Kept within the bounds the settings store accepts.
+    void SetMatchLoudnessLimits(double targetLufs, double maxBoostDb);
+    // The chosen output device ("" for the system default) and those SDL reports now.
+    QString GetOutputDevice() const { return s.outputDevice; }
+    QStringList GetOutputDevices() const;
+    // Remembers the choice and moves the output there; a device that does not
+    // open leaves the system default playing, with a status message.
+    void SetOutputDevice(const QString& name);
+    bool IsDetailViewVisible() const { return s.detailViewVisible; }
+    int GetDetailViewHeight() const { return s.detailViewHeight; }
+    bool IsDetailViewChannels() const { return s.detailViewChannels; }
+    void SetDetailViewHeight(int height);
+    void SetDetailViewChannels(bool perChannel) { s.detailViewChannels = perChannel; }
 
     void SetRowHeight(int height);
     void SetColorTheme(ColorTheme theme);
@@ -116,6 +135,10 @@ signals:
     void SigSetPlaybackPosition(QString filePath, double positionRatio);
     void SigChangeColorTheme(TeskManager::ColorTheme theme);
     void SigChangeFont();
+    void SigMatchLoudnessChanged(bool flag);
+    // The gain the file just started plays with, and why (LoudnessMatch::Basis).
+    void SigPreviewGainChanged(double gainDb, int basis);
+    void SigDetailViewVisibleChanged(bool visible);
 
 public slots:
     void SlotChangeRootPathCalled(QString path);
@@ -147,12 +170,21 @@ public slots:
     void SlotTimerPlaylistTick();
     void SlotTimerUpdateStatusTick();
     void SlotErrorReceived(QString message);
+    void SlotChangeMatchLoudnessCalled(bool flag);
+    void SlotChangeDetailViewVisibleCalled(bool visible);
+    // Plays the file from `startMs` whatever the autoplay flag (a click in the detail view).
+    void SlotPlayFromCalled(QString path, int startMs);
+    // Plays frames [startFrame, endFrame) of the file once (a region in the detail view).
+    void SlotPlayRegionCalled(QString path, qint64 startFrame, qint64 endFrame);
 
 private:
     void RestartAcquisition();
     void StartListWorker();
     void StartDetailWorkerForUpdate();
     void StartPlaylistTimerIfWanted();
+    // Sets the loudness-match gain for the file about to start and announces it.
+    void PreparePreview(const QString& path);
+    void CheckOutputDevice();
 
     // The persisted state, with the built-in defaults until the store is read.
     StoredSettings s;
@@ -162,6 +194,8 @@ private:
     QTimer timerPlaylist;
     QTimer timerStatus;
     KrokManager* krokManager = nullptr;
+    LumoManager* lumo = nullptr; // owned by the registry
+    int deviceCheckTicks = 0;
     FontSettings fontSettings;
     SearchCriteriaStruct searchCriteria;
     SubThreadGetDetail* threadGetDetail = nullptr;

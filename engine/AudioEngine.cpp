@@ -5,6 +5,9 @@
 #include "EngineMemory.h"
 #include "EngineObjects.h"
 #include "Mixer.h"
+#include "Stream.h"
+#include "StreamSource.h"
+#include "Streamer.h"
 #include "VoiceBuilder.h"
 
 #include <algorithm>
@@ -21,6 +24,7 @@ struct EngineState
     bool initialized = false;
     InitConfig config;
     Mixer* mixer = nullptr;
+    Streamer* streamer = nullptr;
     DeviceOutput output;
     std::int32_t outputRate = 48000;
     std::vector<VoicePool*> pools;
@@ -42,13 +46,22 @@ bool IsCurrentOfSomePlayer(const Voice* voice)
                        [voice](const Player* p) { return p->current == voice; });
 }
 
-// Frees voices the mixer has let go of and no player reports on any more.
+bool WorkerLetGo(const Voice* voice)
+{
+    return !voice->stream || voice->stream->workerDone.load(std::memory_order_acquire);
+}
+
+// Frees voices the mixer (and for a stream, the worker) has let go of and no
+// player reports on any more.
 void CollectVoices()
 {
+    if (!DeviceRunning())
+        g_engine.streamer->ServiceAll(); // offline, the worker's pass runs here
     auto& voices = g_engine.voices;
     for (std::size_t i = 0; i < voices.size();) {
         Voice* v = voices[i];
-        if (v->released.load(std::memory_order_acquire) && !IsCurrentOfSomePlayer(v)) {
+        if (v->released.load(std::memory_order_acquire) && WorkerLetGo(v) &&
+            !IsCurrentOfSomePlayer(v)) {
             FreeVoice(v);
             voices[i] = voices.back();
             voices.pop_back();
@@ -109,9 +122,10 @@ VoicePoolHandle AddPool(PoolKind kind, const VoicePoolConfig& config, SampleForm
 
 VoicePool* FindPool(DataFormat format, std::uint32_t identifier)
 {
-    const PoolKind kind = format == DataFormat::Wave   ? PoolKind::Wave
-                          : format == DataFormat::Aiff ? PoolKind::Aiff
-                                                       : PoolKind::RawPcm;
+    const PoolKind kind = format == DataFormat::Wave     ? PoolKind::Wave
+                          : format == DataFormat::Aiff   ? PoolKind::Aiff
+                          : format == DataFormat::Stream ? PoolKind::Stream
+                                                         : PoolKind::RawPcm;
     for (VoicePool* pool : g_engine.pools) {
         if (pool->kind == kind && pool->identifier == identifier)
             return pool;
@@ -137,7 +151,9 @@ Voice* PrepareVoice(Player* player)
         ReportError(kErrNoPool, "Voice pool is not found.");
         return nullptr;
     }
-    if (!player->data || player->size == 0) {
+    const bool hasData = player->format == DataFormat::Stream ? player->stream != nullptr
+                                                              : player->data && player->size > 0;
+    if (!hasData) {
         ReportError(kErrNoData, "Data is not set.");
         return nullptr;
     }
@@ -147,6 +163,14 @@ Voice* PrepareVoice(Player* player)
     }
 
     return BuildVoice(*player, *pool, g_engine.outputRate);
+}
+
+// A stream's format is known (and stays put) once its worker has opened it.
+bool Opened(const Voice* voice)
+{
+    return !voice->stream ||
+           static_cast<StreamPhase>(voice->stream->phase.load(std::memory_order_acquire)) ==
+               StreamPhase::Ready;
 }
 
 Voice* FindVoice(PlaybackId id)
@@ -181,17 +205,25 @@ bool Initialize(const InitConfig& config)
     g_engine.config = config;
     g_engine.outputRate = config.outputRate;
     if (config.output == OutputMode::Device) {
-        if (!g_engine.output.Open(config.outputRate, config.deviceBufferFrames))
+        if (!g_engine.output.Open(config.outputRate, config.deviceBufferFrames,
+                                  config.outputDevice))
             return false; // the reason went to the error callback
         g_engine.outputRate = g_engine.output.Rate();
     }
     g_engine.mixer = Create<Mixer>(g_engine.outputRate, config.maxVoices);
-    if (!g_engine.mixer) {
+    g_engine.streamer = Create<Streamer>(g_engine.outputRate);
+    if (!g_engine.mixer || !g_engine.streamer) {
         g_engine.output.Close();
+        Destroy(g_engine.mixer);
+        Destroy(g_engine.streamer);
+        g_engine.mixer = nullptr;
+        g_engine.streamer = nullptr;
         ReportError(kErrNoMemory, "Can not allocate memory.");
         return false;
     }
     g_engine.initialized = true;
+    if (DeviceRunning())
+        g_engine.streamer->StartThread();
     g_engine.output.Run(g_engine.mixer);
     return true;
 }
@@ -202,6 +234,7 @@ void Finalize()
     if (!g_engine.initialized)
         return;
     g_engine.output.Close(); // waits for a running callback
+    g_engine.streamer->StopThread();
     g_engine.mixer->ReleaseAll();
     for (Player* p : g_engine.players)
         Destroy(p);
@@ -214,6 +247,8 @@ void Finalize()
     g_engine.pools.clear();
     Destroy(g_engine.mixer);
     g_engine.mixer = nullptr;
+    Destroy(g_engine.streamer);
+    g_engine.streamer = nullptr;
     g_engine.initialized = false;
 }
 
@@ -240,6 +275,44 @@ bool IsDeviceRunning()
     return DeviceRunning();
 }
 
+std::vector<std::string> ListOutputDevices()
+{
+    std::lock_guard lock(g_engine.control);
+    if (!DeviceRunning())
+        return {};
+    return DeviceOutput::ListDevices();
+}
+
+std::string GetOutputDevice()
+{
+    std::lock_guard lock(g_engine.control);
+    return g_engine.output.Device();
+}
+
+bool SetOutputDevice(const std::string& name)
+{
+    std::lock_guard lock(g_engine.control);
+    if (!g_engine.initialized || !DeviceRunning())
+        return false;
+    if (name == g_engine.output.Device() && !g_engine.output.IsLost())
+        return true;
+    const bool opened = g_engine.output.Switch(name);
+    if (!DeviceRunning())
+        g_engine.streamer->StopThread(); // nothing pulls the mix any more; Stop is immediate now
+    return opened;
+}
+
+bool RecoverLostOutput()
+{
+    std::lock_guard lock(g_engine.control);
+    if (!g_engine.initialized || !DeviceRunning() || !g_engine.output.IsLost())
+        return false;
+    g_engine.output.Switch(std::string());
+    if (!DeviceRunning())
+        g_engine.streamer->StopThread();
+    return true;
+}
+
 VoicePoolHandle CreateStandardVoicePool(const VoicePoolConfig& config)
 {
     return AddPool(PoolKind::Standard, config, SampleFormat::Int16);
@@ -253,6 +326,11 @@ VoicePoolHandle CreateWaveVoicePool(const VoicePoolConfig& config)
 VoicePoolHandle CreateAiffVoicePool(const VoicePoolConfig& config)
 {
     return AddPool(PoolKind::Aiff, config, SampleFormat::Int16);
+}
+
+VoicePoolHandle CreateStreamVoicePool(const VoicePoolConfig& config)
+{
+    return AddPool(PoolKind::Stream, config, SampleFormat::Float32);
 }
 
 VoicePoolHandle CreateRawPcmVoicePool(const RawPcmVoicePoolConfig& config)
@@ -329,6 +407,7 @@ void DestroyPlayer(PlayerHandle handle)
     }
     auto& players = g_engine.players;
     players.erase(std::find(players.begin(), players.end(), player));
+    delete player->stream;
     Destroy(player);
     CollectVoices();
 }
@@ -377,6 +456,34 @@ void SetStartTimeMs(PlayerHandle handle, std::int32_t milliseconds)
         p->startMs = std::max(0, milliseconds);
 }
 
+void SetStreamSource(PlayerHandle handle, StreamSource* source)
+{
+    std::lock_guard lock(g_engine.control);
+    Player* p = Checked(handle);
+    if (!p) {
+        delete source;
+        return;
+    }
+    delete p->stream;
+    p->stream = source;
+}
+
+void SetPlayRange(PlayerHandle handle, std::int64_t startFrame, std::int64_t endFrame)
+{
+    std::lock_guard lock(g_engine.control);
+    if (Player* p = Checked(handle)) {
+        p->rangeStart = startFrame < 0 ? -1 : startFrame;
+        p->rangeEnd = startFrame < 0 || endFrame <= startFrame ? -1 : endFrame;
+    }
+}
+
+void SetFadeIn(PlayerHandle handle, bool enabled)
+{
+    std::lock_guard lock(g_engine.control);
+    if (Player* p = Checked(handle))
+        p->fadeIn = enabled;
+}
+
 void Start(PlayerHandle handle)
 {
     std::lock_guard lock(g_engine.control);
@@ -405,6 +512,8 @@ void Start(PlayerHandle handle)
     g_engine.voices.push_back(voice);
     player->current = voice;
     player->lastId = voice->id;
+    if (voice->stream)
+        g_engine.streamer->Add(voice);
 }
 
 void Stop(PlayerHandle handle)
@@ -478,6 +587,8 @@ std::int64_t GetPlayedSamples(PlaybackId id)
     const Voice* v = FindVoice(id);
     if (!v)
         return -1;
+    if (!Opened(v))
+        return 0;
     const std::int64_t out = v->outFrames.load(std::memory_order_relaxed);
     if (v->rate == g_engine.outputRate)
         return v->startFrame + out;
@@ -489,7 +600,7 @@ std::int32_t GetPlaybackSamplingRate(PlaybackId id)
 {
     std::lock_guard lock(g_engine.control);
     const Voice* v = FindVoice(id);
-    return v ? v->rate : 0;
+    return v && Opened(v) ? v->rate : 0;
 }
 
 void RenderOffline(float* out, std::size_t frames)
@@ -499,13 +610,16 @@ void RenderOffline(float* out, std::size_t frames)
         std::fill(out, out + frames * 2, 0.0f);
         return;
     }
+    g_engine.streamer->ServiceAll();
     g_engine.mixer->Render(out, frames);
 }
 
 CallbackStats GetCallbackStats()
 {
     std::lock_guard lock(g_engine.control);
-    return g_engine.output.Stats();
+    CallbackStats stats = g_engine.output.Stats();
+    stats.streamUnderruns = g_engine.mixer ? g_engine.mixer->Underruns() : 0;
+    return stats;
 }
 
 } // namespace AudioEngine

@@ -2,15 +2,19 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
+#include <vector>
 
 // Tesk's preview engine: voice pools, players, a float mixer with sample-exact
-// loops and click-free volume and stop ramps, output through SDL2.
+// loops and click-free starts, stops and volume changes, output through SDL2.
 //
-// All functions are meant for one control thread (the GUI thread). Every sound
-// plays from the memory its player was given: WAVE/AIFF samples are converted
+// All functions are meant for one control thread (the GUI thread). A sound
+// plays from the memory its player was given (WAVE/AIFF samples are converted
 // to float a block at a time inside the mixer, so starting a sound costs the
-// same whatever its length; the device callback takes no lock, allocates nothing
-// and reads no file.
+// same whatever its length), or streams from a StreamSource that the engine's
+// streaming worker reads ahead into a bounded ring (long files, decoders). The
+// device callback takes no lock, allocates nothing, decodes nothing and reads
+// no file.
 //
 // Device rate: the engine asks SDL for 48000 Hz float stereo (most game audio is
 // authored at 48 kHz, so the common file plays unresampled) and accepts the
@@ -31,6 +35,7 @@ enum class DataFormat : std::int32_t
     Wave = 0,
     Aiff = 1,
     RawPcm = 2,
+    Stream = 3, // frames from the StreamSource handed over with SetStreamSource
 };
 
 enum class SampleFormat : std::int32_t
@@ -62,6 +67,7 @@ struct InitConfig
     std::int32_t outputRate = 48000;       // requested device rate, or the offline rate
     std::int32_t deviceBufferFrames = 256; // 5.3 ms at 48 kHz
     std::int32_t maxVoices = 32;
+    std::string outputDevice; // an SDL device name; empty for the system default
 };
 
 struct VoicePoolConfig
@@ -87,6 +93,7 @@ struct PlayerConfig
     std::int32_t maxPathLength = 0;
 };
 
+class StreamSource;
 struct VoicePool;
 struct Player;
 using VoicePoolHandle = VoicePool*;
@@ -106,10 +113,25 @@ std::int32_t GetOutputChannels();
 // True while an SDL device (real, dummy or disk) consumes the mix.
 bool IsDeviceRunning();
 
+// Output device names SDL reports (UTF-8), without the system default.
+std::vector<std::string> ListOutputDevices();
+// The device the output runs on; empty for the system default. After
+// Initialize this differs from InitConfig::outputDevice when that device did
+// not open and the default took its place.
+std::string GetOutputDevice();
+// Moves the running output to another device (empty: the system default);
+// what plays goes on there. False when that device did not open and the output
+// runs on the default instead.
+bool SetOutputDevice(const std::string& name);
+// Polled by the control thread: when the output device has gone away, reopens
+// the output on the system default, so that nothing hangs, and returns true.
+bool RecoverLostOutput();
+
 VoicePoolHandle CreateStandardVoicePool(const VoicePoolConfig& config);
 VoicePoolHandle CreateWaveVoicePool(const VoicePoolConfig& config);
 VoicePoolHandle CreateAiffVoicePool(const VoicePoolConfig& config);
 VoicePoolHandle CreateRawPcmVoicePool(const RawPcmVoicePoolConfig& config);
+VoicePoolHandle CreateStreamVoicePool(const VoicePoolConfig& config);
 void DestroyVoicePool(VoicePoolHandle pool);
 
 PlayerHandle CreatePlayer(const PlayerConfig* config = nullptr);
@@ -123,6 +145,16 @@ void SetVoicePoolId(PlayerHandle player, std::uint32_t identifier);
 // Stopped or PlayEnd: every format plays straight from it.
 void SetData(PlayerHandle player, const void* data, std::size_t size);
 void SetStartTimeMs(PlayerHandle player, std::int32_t milliseconds);
+// Hands a Stream-format player the sound for its next Start; the engine owns
+// it from here on and deletes it (with delete) once played or refused.
+void SetStreamSource(PlayerHandle player, StreamSource* source);
+// Plays frames [startFrame, endFrame) of the sound straight through, ignoring
+// its loop, and ramps out just before the end. endFrame <= startFrame plays to
+// the sound's end; startFrame < 0 returns to the start time and the loop.
+void SetPlayRange(PlayerHandle player, std::int64_t startFrame, std::int64_t endFrame);
+// On by default: each start ramps in over a few ms, so a seek into the middle
+// of a sound does not click.
+void SetFadeIn(PlayerHandle player, bool enabled);
 void Start(PlayerHandle player);
 // Ramps the sound out over a few milliseconds; the status reads Stopped once the
 // mixer has let go of the data. With no device running the stop is immediate.
@@ -139,6 +171,11 @@ PlaybackId GetLastPlaybackId(PlayerHandle player);
 std::int64_t GetPlayedSamples(PlaybackId id);
 std::int32_t GetPlaybackSamplingRate(PlaybackId id);
 
+// The scale the stereo fold puts on a sound of `channels` channels (1 for mono
+// and stereo): what keeps a full-scale 5.1 file from clipping, and what a
+// level match has to allow for.
+float StereoFoldScale(std::int32_t channels);
+
 // Offline mode only: mixes `frames` interleaved stereo float frames into `out`.
 void RenderOffline(float* out, std::size_t frames);
 
@@ -148,6 +185,7 @@ struct CallbackStats
     std::int64_t busyNanoseconds = 0;
     std::int64_t calls = 0;
     std::int64_t framesMixed = 0;
+    std::int64_t streamUnderruns = 0; // blocks a streamed sound waited for its worker
 };
 CallbackStats GetCallbackStats();
 

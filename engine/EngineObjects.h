@@ -7,6 +7,7 @@
 
 namespace AudioEngine {
 
+class StreamSource;
 struct Voice;
 
 enum class PoolKind
@@ -15,6 +16,7 @@ enum class PoolKind
     Wave,
     Aiff,
     RawPcm,
+    Stream,
 };
 
 struct VoicePool
@@ -36,6 +38,10 @@ struct Player
     const void* data = nullptr;
     std::size_t size = 0;
     std::int32_t startMs = 0;
+    std::int64_t rangeStart = -1; // frames; -1: from startMs with the sound's loop
+    std::int64_t rangeEnd = -1;
+    StreamSource* stream = nullptr; // owned until a Start hands it to a voice
+    bool fadeIn = true;
     float volume = 1.0f;
     Voice* current = nullptr;
     PlayerStatus idleStatus = PlayerStatus::Stopped;

@@ -1,36 +1,115 @@
 #include "Mixer.h"
 
+#include "Stream.h"
+
 #include <samplerate.h>
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 
 namespace AudioEngine {
 
+namespace {
+
+// Fed to the resampler past a sound's end (and through a stream's rare underrun).
+const float kSilence[Mixer::kMaxPull * kMaxVoiceChannels] = {};
+
+enum Role
+{
+    FrontLeft,
+    FrontRight,
+    Centre,
+    Lfe,
+    SurroundLeft,
+    SurroundRight,
+    SurroundCentre,
+};
+
+// Channel roles in the WAVE order for 3 to 8 channels: L R C; quad; 5.0; 5.1;
+// 6.1 (back centre); 7.1 (back pair, then side pair).
+const Role kLayouts[6][8] = {
+    {FrontLeft, FrontRight, Centre},
+    {FrontLeft, FrontRight, SurroundLeft, SurroundRight},
+    {FrontLeft, FrontRight, Centre, SurroundLeft, SurroundRight},
+    {FrontLeft, FrontRight, Centre, Lfe, SurroundLeft, SurroundRight},
+    {FrontLeft, FrontRight, Centre, Lfe, SurroundCentre, SurroundLeft, SurroundRight},
+    {FrontLeft, FrontRight, Centre, Lfe, SurroundLeft, SurroundRight, SurroundLeft, SurroundRight},
+};
+
+} // namespace
+
+namespace {
+
+// Left and right weights of each channel of an n-channel sound (3..8), unscaled.
+void FoldWeights(int n, float* left, float* right)
+{
+    constexpr float kMinus3dB = 0.70710678f;
+    for (int c = 0; c < n; ++c) {
+        float l = 0.0f;
+        float r = 0.0f;
+        switch (kLayouts[n - 3][c]) {
+        case FrontLeft:
+            l = 1.0f;
+            break;
+        case FrontRight:
+            r = 1.0f;
+            break;
+        case Centre:
+        case SurroundCentre:
+            l = r = kMinus3dB;
+            break;
+        case Lfe:
+            break;
+        case SurroundLeft:
+            l = kMinus3dB;
+            break;
+        case SurroundRight:
+            r = kMinus3dB;
+            break;
+        }
+        left[c] = l;
+        right[c] = r;
+    }
+}
+
+} // namespace
+
+float StereoFoldScale(std::int32_t channels)
+{
+    const int n = std::min(channels, kMaxVoiceChannels);
+    if (n <= 2)
+        return 1.0f;
+    float left[kMaxVoiceChannels];
+    float right[kMaxVoiceChannels];
+    FoldWeights(n, left, right);
+    float leftSum = 0.0f;
+    float rightSum = 0.0f;
+    for (int c = 0; c < n; ++c) {
+        leftSum += left[c];
+        rightSum += right[c];
+    }
+    // Each side's weights then sum to 1, so no mix of full-scale channels clips.
+    return 1.0f / std::max(leftSum, rightSum);
+}
+
 void SetStereoFold(Voice& voice)
 {
-    constexpr float kCentre = 0.70710678f;
     const int n = std::min(voice.channels, kMaxVoiceChannels);
     for (int c = 0; c < kMaxVoiceChannels; ++c) {
         voice.leftGain[c] = 0.0f;
         voice.rightGain[c] = 0.0f;
     }
-    if (n == 1) {
-        voice.leftGain[0] = voice.rightGain[0] = 1.0f;
+    if (n <= 2) {
+        voice.leftGain[0] = 1.0f;
+        voice.rightGain[n - 1] = 1.0f;
         return;
     }
-    const bool hasCentre = n == 3 || n >= 5;
-    const bool hasLfe = n >= 6;
-    bool left = true;
+    FoldWeights(n, voice.leftGain, voice.rightGain);
+    const float scale = StereoFoldScale(n);
     for (int c = 0; c < n; ++c) {
-        if (hasCentre && c == 2) {
-            voice.leftGain[c] = voice.rightGain[c] = kCentre;
-            continue;
-        }
-        if (hasLfe && c == 3)
-            continue;
-        (left ? voice.leftGain : voice.rightGain)[c] = 1.0f;
-        left = !left;
+        voice.leftGain[c] *= scale;
+        voice.rightGain[c] *= scale;
     }
 }
 
@@ -40,6 +119,13 @@ Mixer::Mixer(std::int32_t outputRate, std::int32_t maxVoices)
     , capacity_(static_cast<std::size_t>(std::max(1, maxVoices)))
 {
     active_.reserve(capacity_);
+}
+
+std::int64_t Mixer::OutputFrames(const Voice& voice, std::int64_t frames)
+{
+    if (!voice.resampler || voice.rate <= 0)
+        return frames;
+    return (frames * voice.outputRate + voice.rate - 1) / voice.rate;
 }
 
 void Mixer::ConvertBlock(const Voice& voice, std::int64_t frame, long frames)
@@ -55,14 +141,40 @@ void Mixer::ConvertBlock(const Voice& voice, std::int64_t frame, long frames)
     std::fill(voice.scratch + present, voice.scratch + count, 0.0f);
 }
 
+long Mixer::PullStream(Voice& voice, const float** data, long maxFrames)
+{
+    Stream& s = *voice.stream;
+    // The end mark first: once it is seen, every frame before it is visible too.
+    const bool end = s.end.load(std::memory_order_acquire);
+    const std::uint64_t written = s.written.load(std::memory_order_acquire);
+    const std::uint64_t read = s.read.load(std::memory_order_relaxed);
+    if (written == read)
+        return end ? 0 : -1;
+    const auto n = static_cast<std::size_t>(
+        std::min<std::uint64_t>({written - read, static_cast<std::uint64_t>(maxFrames), kMaxPull}));
+    const auto channels = static_cast<std::size_t>(s.channels);
+    const std::size_t offset = static_cast<std::size_t>(read) & (s.capacity - 1);
+    const std::size_t first = std::min(n, s.capacity - offset);
+    std::memcpy(voice.scratch, s.ring + offset * channels, first * channels * sizeof(float));
+    if (n > first)
+        std::memcpy(voice.scratch + first * channels, s.ring,
+                    (n - first) * channels * sizeof(float));
+    s.read.store(read + n, std::memory_order_release);
+    *data = voice.scratch;
+    voice.pulled += static_cast<std::int64_t>(n);
+    return static_cast<long>(n);
+}
+
 long Mixer::PullSource(Voice& voice, const float** data, long maxFrames)
 {
+    if (voice.stream)
+        return PullStream(voice, data, maxFrames);
     const bool inPlace = voice.encoding == SampleEncoding::Float32Native;
     if (!inPlace)
         maxFrames = std::min(maxFrames, static_cast<long>(kMaxPull));
     for (;;) {
         const bool inLoop = voice.loopActive;
-        const std::int64_t boundary = inLoop ? voice.loopEnd : voice.frameCount;
+        const std::int64_t boundary = inLoop ? voice.loopEnd : voice.LinearEnd();
         if (voice.readPos < boundary) {
             const long n =
                 static_cast<long>(std::min<std::int64_t>(maxFrames, boundary - voice.readPos));
@@ -73,12 +185,37 @@ long Mixer::PullSource(Voice& voice, const float** data, long maxFrames)
                 *data = voice.scratch;
             }
             voice.readPos += n;
+            voice.pulled += n;
             return n;
         }
         if (!inLoop)
             return 0;
         voice.readPos = voice.loopStart;
     }
+}
+
+long Mixer::FeedResampler(void* data, float** out)
+{
+    Voice& voice = *static_cast<Voice*>(data);
+    const float* p = nullptr;
+    long n = 0;
+    if (!voice.sourceDone) {
+        n = PullSource(voice, &p, static_cast<long>(kMaxPull));
+        if (n == 0) {
+            voice.sourceDone = true;
+            if (voice.outEnd < 0)
+                voice.outEnd = OutputFrames(voice, voice.pulled);
+        }
+    }
+    if (n <= 0) {
+        // Past the end the filter still holds the last frames: silence pushes them
+        // out. A dry stream gets a little silence too rather than an early end.
+        p = kSilence;
+        n = voice.sourceDone ? static_cast<long>(kMaxPull) : 16;
+    }
+    // libsamplerate only reads the input; its callback type is not const.
+    *out = const_cast<float*>(p);
+    return n;
 }
 
 void Mixer::StartRamp(Voice& voice, float target)
@@ -94,6 +231,42 @@ void Mixer::Finish(Voice& voice, VoiceState state)
     voice.released.store(true, std::memory_order_release);
 }
 
+void Mixer::Drop(Voice& voice, VoiceState state)
+{
+    const auto it = std::find(active_.begin(), active_.end(), &voice);
+    if (it != active_.end())
+        active_.erase(it);
+    Finish(voice, state);
+}
+
+void Mixer::Activate(Voice& voice)
+{
+    voice.readPos = voice.startFrame;
+    voice.pulled = 0;
+    voice.mixed = 0;
+    voice.sourceDone = false;
+    // A start past the loop plays the release tail to the end. A stream's worker
+    // walks the loop itself.
+    voice.loopActive = !voice.stream && voice.IsLooped() && voice.startFrame < voice.loopEnd;
+    const bool looping = voice.stream ? voice.stream->looping : voice.loopActive;
+    const std::int64_t end = voice.LinearEnd();
+    voice.outEnd = !looping && end >= 0
+                       ? OutputFrames(voice, std::max<std::int64_t>(0, end - voice.startFrame))
+                       : -1;
+    voice.endFade = voice.resampler != nullptr || voice.endFrame >= 0;
+    voice.stopping = false;
+    voice.rampLeft = 0;
+    if (voice.fadeIn) {
+        voice.gain = 0.0f;
+        StartRamp(voice, voice.initialVolume);
+    } else {
+        voice.gain = voice.gainTarget = voice.initialVolume;
+    }
+    if (voice.resampler)
+        src_reset(voice.resampler);
+    voice.state.store(static_cast<std::int32_t>(VoiceState::Playing), std::memory_order_release);
+}
+
 void Mixer::Apply(const MixerCommand& command)
 {
     Voice& voice = *command.voice;
@@ -104,37 +277,33 @@ void Mixer::Apply(const MixerCommand& command)
             Finish(voice, VoiceState::Error);
             return;
         }
-        voice.readPos = voice.startFrame;
-        // A start past the loop plays the release tail to the end.
-        voice.loopActive = voice.IsLooped() && voice.startFrame < voice.loopEnd;
-        voice.gain = voice.gainTarget = voice.initialVolume;
-        voice.rampLeft = 0;
-        voice.stopping = false;
-        if (voice.resampler)
-            src_reset(voice.resampler);
         active_.push_back(&voice);
-        voice.state.store(static_cast<std::int32_t>(VoiceState::Playing),
-                          std::memory_order_release);
+        // A stream waits, queued, until its worker has the first frames.
+        if (!voice.stream)
+            Activate(voice);
         return;
     case MixerCommand::Type::Stop:
+        if (state == VoiceState::Queued) {
+            Drop(voice, VoiceState::Stopped); // nothing of it was heard yet
+            return;
+        }
         if (state != VoiceState::Playing || voice.stopping)
             return;
         voice.stopping = true;
-        if (voice.gain == 0.0f) {
-            voice.rampLeft = 0;
+        if (voice.gain == 0.0f && voice.rampLeft == 0) {
             voice.gainTarget = 0.0f;
         } else {
             StartRamp(voice, 0.0f);
         }
         return;
     case MixerCommand::Type::StopNow:
-        if (state != VoiceState::Playing)
-            return;
-        active_.erase(std::find(active_.begin(), active_.end(), &voice));
-        Finish(voice, VoiceState::Stopped);
+        if (state == VoiceState::Playing || state == VoiceState::Queued)
+            Drop(voice, VoiceState::Stopped);
         return;
     case MixerCommand::Type::Volume:
-        if (state == VoiceState::Playing && !voice.stopping)
+        if (state == VoiceState::Queued)
+            voice.initialVolume = command.value;
+        else if (state == VoiceState::Playing && !voice.stopping)
             StartRamp(voice, command.value);
         return;
     }
@@ -147,23 +316,71 @@ void Mixer::ProcessCommands()
         Apply(command);
 }
 
+bool Mixer::StreamCanFeed(const Voice& voice, long outputFrames) const
+{
+    const Stream& s = *voice.stream;
+    if (voice.sourceDone || s.end.load(std::memory_order_acquire))
+        return true;
+    const std::uint64_t have =
+        s.written.load(std::memory_order_acquire) - s.read.load(std::memory_order_relaxed);
+    // The resampler may ask for a pull beyond what this block strictly needs.
+    const auto need = static_cast<std::uint64_t>(outputFrames / voice.resampleRatio) + 2 * kMaxPull;
+    return have >= need;
+}
+
 bool Mixer::MixVoice(Voice& voice, float* out, std::size_t frames)
 {
+    if (voice.stream && static_cast<VoiceState>(voice.state.load(std::memory_order_relaxed)) ==
+                            VoiceState::Queued) {
+        const auto phase =
+            static_cast<StreamPhase>(voice.stream->phase.load(std::memory_order_acquire));
+        if (phase == StreamPhase::Opening)
+            return true;
+        if (phase == StreamPhase::Failed) {
+            Finish(voice, VoiceState::Error);
+            return false;
+        }
+        Activate(voice);
+    }
+
     std::size_t done = 0;
-    bool sourceEnded = false;
-    while (done < frames && !sourceEnded) {
+    while (done < frames) {
         const float* src = nullptr;
         long n = 0;
         if (voice.resampler) {
-            const long want = static_cast<long>(std::min(frames - done, kBlockFrames));
+            long want = static_cast<long>(std::min(frames - done, kBlockFrames));
+            if (voice.outEnd >= 0)
+                want = static_cast<long>(std::min<std::int64_t>(want, voice.outEnd - voice.mixed));
+            if (want <= 0)
+                break;
+            if (voice.stream && !StreamCanFeed(voice, want)) {
+                underruns_.fetch_add(1, std::memory_order_relaxed);
+                break; // silence now; the sound goes on where it was once the worker caught up
+            }
             n = src_callback_read(voice.resampler, voice.resampleRatio, want, voice.resampleBuffer);
+            if (n <= 0) {
+                voice.outEnd = voice.mixed; // the resampler failed: end here
+                break;
+            }
+            // The end may have come to light during this very read.
+            if (voice.outEnd >= 0)
+                n = static_cast<long>(std::min<std::int64_t>(n, voice.outEnd - voice.mixed));
             src = voice.resampleBuffer;
-            sourceEnded = n < want;
         } else {
             n = PullSource(voice, &src, static_cast<long>(frames - done));
-            sourceEnded = n == 0;
+            if (n < 0) {
+                underruns_.fetch_add(1, std::memory_order_relaxed);
+                break;
+            }
+            if (n == 0) {
+                voice.outEnd = voice.mixed;
+                break;
+            }
         }
         const int channels = voice.channels;
+        const std::int64_t fadeFrom = voice.endFade && voice.outEnd >= 0
+                                          ? voice.outEnd - rampFrames_
+                                          : std::numeric_limits<std::int64_t>::max();
         float* o = out + done * 2;
         for (long i = 0; i < n; ++i) {
             float g = voice.gain;
@@ -173,6 +390,9 @@ bool Mixer::MixVoice(Voice& voice, float* out, std::size_t frames)
                     voice.gain = voice.gainTarget;
                 g = voice.gain;
             }
+            const std::int64_t at = voice.mixed + i;
+            if (at >= fadeFrom)
+                g *= static_cast<float>(voice.outEnd - at) / static_cast<float>(rampFrames_);
             const float* x = src + i * channels;
             if (channels == 1) {
                 o[0] += g * x[0];
@@ -192,21 +412,21 @@ bool Mixer::MixVoice(Voice& voice, float* out, std::size_t frames)
             }
             o += 2;
             if (voice.stopping && voice.rampLeft == 0) {
-                n = i + 1;
-                done += static_cast<std::size_t>(n);
-                voice.outFrames.fetch_add(n, std::memory_order_relaxed);
+                voice.mixed += i + 1;
+                voice.outFrames.fetch_add(i + 1, std::memory_order_relaxed);
                 Finish(voice, VoiceState::Stopped);
                 return false;
             }
         }
         done += static_cast<std::size_t>(n);
+        voice.mixed += n;
         voice.outFrames.fetch_add(n, std::memory_order_relaxed);
         if (voice.stopping && voice.rampLeft == 0) {
             Finish(voice, VoiceState::Stopped);
             return false;
         }
     }
-    if (sourceEnded) {
+    if (voice.outEnd >= 0 && voice.mixed >= voice.outEnd) {
         Finish(voice, VoiceState::Ended);
         return false;
     }

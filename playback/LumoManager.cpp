@@ -2,6 +2,7 @@
 
 #include "Mp3Decoder.h"
 #include "VorbisDecoder.h"
+#include "WaveFileStream.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -69,6 +70,7 @@ void LumoManager::Initialize()
     standardPool = AudioEngine::CreateStandardVoicePool({0, 8, 2, 48000});
     wavePool = AudioEngine::CreateWaveVoicePool({0, 1, 8, 192000});
     aiffPool = AudioEngine::CreateAiffVoicePool({0, 1, 8, 192000});
+    streamPool = AudioEngine::CreateStreamVoicePool({0, 1, 8, 192000});
 
     const AudioEngine::PlayerConfig memoryConfig{1, 1024};
     memoryPlayer = AudioEngine::CreatePlayer(&memoryConfig);
@@ -83,7 +85,7 @@ void LumoManager::Finalize()
     AudioEngine::DestroyPlayer(memoryPlayer);
     AudioEngine::DestroyPlayer(pcmPlayer);
     memoryPlayer = pcmPlayer = nullptr;
-    for (AudioEngine::VoicePoolHandle* pool : {&standardPool, &wavePool, &aiffPool}) {
+    for (AudioEngine::VoicePoolHandle* pool : {&standardPool, &wavePool, &aiffPool, &streamPool}) {
         AudioEngine::DestroyVoicePool(*pool);
         *pool = nullptr;
     }
@@ -119,37 +121,64 @@ void LumoManager::PlayFrom(const QString& path, std::int32_t startMs)
 {
     if (!initialized)
         return;
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    if (suffix == QLatin1String("aif") || suffix == QLatin1String("aiff") ||
+        suffix == QLatin1String("wav"))
+        return PlayWave(path, startMs, -1, -1);
+    PlayCompressed(path, suffix, startMs);
+}
+
+void LumoManager::PlayRange(const QString& path, std::int64_t startFrame, std::int64_t endFrame)
+{
+    if (!initialized)
+        return;
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    if (suffix == QLatin1String("aif") || suffix == QLatin1String("aiff") ||
+        suffix == QLatin1String("wav"))
+        PlayWave(path, 0, std::max<std::int64_t>(0, startFrame), endFrame);
+}
+
+void LumoManager::PlayWave(const QString& path, std::int32_t startMs, std::int64_t rangeStart,
+                           std::int64_t rangeEnd)
+{
     const QFileInfo info(path);
     const QString suffix = info.suffix().toLower();
-    AudioEngine::DataFormat format;
-    if (suffix == QLatin1String("aif") || suffix == QLatin1String("aiff"))
-        format = AudioEngine::DataFormat::Aiff;
-    else if (suffix == QLatin1String("wav"))
-        format = AudioEngine::DataFormat::Wave;
-    else
-        return PlayCompressed(path, suffix, startMs);
-
-    AudioEngine::SetDataFormat(memoryPlayer, format);
+    const bool aiff = suffix == QLatin1String("aif") || suffix == QLatin1String("aiff");
+    const bool stream = info.size() > streamThreshold;
+    AudioEngine::SetDataFormat(memoryPlayer, stream ? AudioEngine::DataFormat::Stream
+                                             : aiff ? AudioEngine::DataFormat::Aiff
+                                                    : AudioEngine::DataFormat::Wave);
     StopAndWait();
     AudioEngine::SetNumChannels(memoryPlayer, 2);
     AudioEngine::SetSamplingRate(memoryPlayer, 48000);
 
-    // Not checked: an unreadable file gives empty data and the engine's own error.
-    QFile file(info.absoluteFilePath());
-    if (file.open(QIODevice::ReadOnly) && file.size() < std::numeric_limits<int>::max()) {
-        // Reads into the buffer the previous file used, to spare fresh pages.
-        currentData.resize(static_cast<int>(file.size()));
-        currentData.resize(static_cast<int>(
-            std::max<qint64>(0, file.read(currentData.data(), currentData.size()))));
+    if (stream) {
+        // A long file is read a block at a time on the engine's worker: no wait
+        // here, and memory stays the same whatever the length.
+        currentData = QByteArray();
+        AudioEngine::SetStreamSource(memoryPlayer,
+                                     new AudioEngine::WaveFileStream(
+                                         QFile::encodeName(info.absoluteFilePath()).toStdString()));
     } else {
-        currentData.clear();
+        // Not checked: an unreadable file gives empty data and the engine's own error.
+        QFile file(info.absoluteFilePath());
+        if (file.open(QIODevice::ReadOnly) && file.size() < std::numeric_limits<int>::max()) {
+            // Reads into the buffer the previous file used, to spare fresh pages.
+            currentData.resize(static_cast<int>(file.size()));
+            currentData.resize(static_cast<int>(
+                std::max<qint64>(0, file.read(currentData.data(), currentData.size()))));
+        } else {
+            currentData.clear();
+        }
+        AudioEngine::SetData(memoryPlayer, currentData.constData(),
+                             static_cast<std::size_t>(currentData.size()));
     }
-
-    AudioEngine::SetData(memoryPlayer, currentData.constData(),
-                         static_cast<std::size_t>(currentData.size()));
     AudioEngine::SetStartTimeMs(memoryPlayer, startMs);
+    AudioEngine::SetPlayRange(memoryPlayer, rangeStart, rangeEnd);
+    ApplyVolume(false);
     AudioEngine::Start(memoryPlayer);
     usePcmPlayer = false;
+    streaming = stream;
 }
 
 void LumoManager::PlayCompressed(const QString& path, const QString& suffix, std::int32_t startMs)
@@ -203,7 +232,9 @@ void LumoManager::PlayCompressed(const QString& path, const QString& suffix, std
     AudioEngine::SetNumChannels(pcmPlayer, channels);
     AudioEngine::SetData(pcmPlayer, currentData.constData(),
                          static_cast<std::size_t>(currentData.size()));
+    ApplyVolume(false);
     AudioEngine::Start(pcmPlayer);
+    streaming = false;
 }
 
 void LumoManager::Stop()
@@ -214,14 +245,55 @@ void LumoManager::Stop()
     AudioEngine::Stop(pcmPlayer);
 }
 
-void LumoManager::SetVolume(float volume)
+void LumoManager::SetVolume(float value)
+{
+    volume = value;
+    if (initialized)
+        ApplyVolume(true);
+}
+
+void LumoManager::SetPreviewGain(float gain)
+{
+    previewGain = std::max(0.0f, gain);
+}
+
+void LumoManager::ApplyVolume(bool now)
+{
+    for (AudioEngine::PlayerHandle player : {memoryPlayer, pcmPlayer}) {
+        AudioEngine::SetVolume(player, volume * previewGain);
+        if (now)
+            AudioEngine::ApplyParameters(player);
+    }
+}
+
+QStringList LumoManager::OutputDevices() const
+{
+    QStringList names;
+    for (const std::string& name : AudioEngine::ListOutputDevices())
+        names << QString::fromStdString(name);
+    return names;
+}
+
+QString LumoManager::OutputDevice() const
+{
+    return initialized ? QString::fromStdString(AudioEngine::GetOutputDevice()) : QString();
+}
+
+bool LumoManager::SetOutputDevice(const QString& name)
+{
+    return initialized && AudioEngine::SetOutputDevice(name.toStdString());
+}
+
+bool LumoManager::CheckOutputDevice(QString* lost)
 {
     if (!initialized)
-        return;
-    for (AudioEngine::PlayerHandle player : {memoryPlayer, pcmPlayer}) {
-        AudioEngine::SetVolume(player, volume);
-        AudioEngine::ApplyParameters(player);
-    }
+        return false;
+    const QString before = OutputDevice();
+    if (!AudioEngine::RecoverLostOutput())
+        return false;
+    if (lost)
+        *lost = before;
+    return true;
 }
 
 AudioEngine::PlayerHandle LumoManager::CurrentPlayer() const

@@ -1,11 +1,15 @@
 #include "WidgetPlayer.h"
 
+#include "LoudnessMatch.h"
 #include "TeskManager.h"
 
 #include <QHBoxLayout>
 #include <QIcon>
+#include <QLabel>
 #include <QSlider>
 #include <QToolButton>
+
+#include <cmath>
 
 namespace {
 
@@ -51,6 +55,18 @@ WidgetPlayer::WidgetPlayer(QWidget* parent)
                                            QStringLiteral(":/images/playlist2.png")),
                                 tr("Enable Playlist Playback"));
     buttonPlaylist->setCheckable(true);
+    buttonMatch = makeButton(this,
+                             toggleIcon(QStringLiteral(":/images/loudness.png"),
+                                        QStringLiteral(":/images/loudness2.png")),
+                             tr("Match loudness"));
+    buttonMatch->setCheckable(true);
+    labelGain = new QLabel(this);
+    labelGain->setObjectName(QStringLiteral("labelGain"));
+    // Wide enough for "-12.5 dB" so that the row does not shift from file to file.
+    labelGain->setMinimumWidth(
+        labelGain->fontMetrics().horizontalAdvance(QStringLiteral("-88.8 dB")));
+    labelGain->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    labelGain->setVisible(false);
 
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -59,6 +75,8 @@ WidgetPlayer::WidgetPlayer(QWidget* parent)
     layout->addWidget(buttonStop);
     layout->addWidget(buttonAutoplay);
     layout->addWidget(buttonPlaylist);
+    layout->addWidget(buttonMatch);
+    layout->addWidget(labelGain);
 
     // Only a drag by the user changes the engine's volume, never a value set here.
     connect(slider, &QSlider::sliderMoved, this, &WidgetPlayer::SlotSliderMoved);
@@ -77,6 +95,12 @@ void WidgetPlayer::ConnectManager(TeskManager* manager)
             &WidgetPlayer::SlotAutoplayFlagChanged);
     connect(manager, &TeskManager::SigPlaylistFlagChanged, this,
             &WidgetPlayer::SlotPlaylistFlagChanged);
+    connect(buttonMatch, &QToolButton::clicked, manager,
+            &TeskManager::SlotChangeMatchLoudnessCalled);
+    connect(manager, &TeskManager::SigMatchLoudnessChanged, this,
+            &WidgetPlayer::SlotMatchLoudnessChanged);
+    connect(manager, &TeskManager::SigPreviewGainChanged, this,
+            &WidgetPlayer::SlotPreviewGainChanged);
 }
 
 void WidgetPlayer::SlotSliderMoved(int value)
@@ -92,4 +116,48 @@ void WidgetPlayer::SlotAutoplayFlagChanged(bool flag)
 void WidgetPlayer::SlotPlaylistFlagChanged(bool flag)
 {
     buttonPlaylist->setChecked(flag);
+}
+
+void WidgetPlayer::SlotMatchLoudnessChanged(bool flag)
+{
+    buttonMatch->setChecked(flag);
+    labelGain->setVisible(flag);
+    if (flag && labelGain->text().isEmpty())
+        labelGain->setText(GainText(0.0));
+}
+
+void WidgetPlayer::SlotPreviewGainChanged(double gainDb, int basis)
+{
+    labelGain->setText(GainText(gainDb));
+    labelGain->setToolTip(GainToolTip(basis));
+}
+
+QString WidgetPlayer::GainText(double gainDb)
+{
+    // Rounded first, so that -0.04 shows as "0.0 dB" and not "-0.0 dB".
+    const double shown = std::round(gainDb * 10.0) / 10.0;
+    const QString number = QString::number(std::fabs(shown), 'f', 1);
+    const QString sign = shown > 0.0   ? QStringLiteral("+")
+                         : shown < 0.0 ? QString(QChar(0x2212))
+                                       : QString();
+    return tr("%1 dB").arg(sign + number);
+}
+
+QString WidgetPlayer::GainToolTip(int basis)
+{
+    switch (static_cast<LoudnessMatch::Basis>(basis)) {
+    case LoudnessMatch::Basis::Off:
+        return QString();
+    case LoudnessMatch::Basis::Unknown:
+        return tr("Loudness not measured yet: played at unity gain");
+    case LoudnessMatch::Basis::Matched:
+        return tr("Gain that brings the file to the loudness target");
+    case LoudnessMatch::Basis::BoostLimited:
+        return tr("Gain held at the boost limit");
+    case LoudnessMatch::Basis::PeakLimited:
+        return tr("Gain held so that no sample goes over -1 dBFS");
+    case LoudnessMatch::Basis::PeakUnknown:
+        return tr("Sample peak not known: no boost");
+    }
+    return QString();
 }

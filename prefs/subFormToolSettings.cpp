@@ -1,6 +1,9 @@
 #include "subFormToolSettings.h"
 
+#include <QCheckBox>
+#include <QComboBox>
 #include <QDialogButtonBox>
+#include <QDoubleSpinBox>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QGridLayout>
@@ -12,6 +15,8 @@
 #include <QSpinBox>
 #include <QToolButton>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 subFormToolSettings::subFormToolSettings(const QString& toolPath, const QString& toolArgs,
                                          int seekTimeMs, QWidget* parent)
@@ -52,6 +57,36 @@ subFormToolSettings::subFormToolSettings(const QString& toolPath, const QString&
         0);
     seekLayout->addWidget(spinSeekTime, 1, 0);
 
+    auto* groupPreview = new QGroupBox(tr("Preview"), this);
+    checkMatch = new QCheckBox(tr("Match loudness"), groupPreview);
+    checkMatch->setObjectName(QStringLiteral("checkMatch"));
+    spinTarget = new QDoubleSpinBox(groupPreview);
+    spinTarget->setObjectName(QStringLiteral("spinTarget"));
+    spinTarget->setRange(-60.0, 0.0);
+    spinTarget->setDecimals(1);
+    spinTarget->setSingleStep(0.5);
+    spinTarget->setSuffix(QStringLiteral(" LUFS"));
+    spinTarget->setValue(-23.0);
+    spinBoost = new QDoubleSpinBox(groupPreview);
+    spinBoost->setObjectName(QStringLiteral("spinBoost"));
+    spinBoost->setRange(0.0, 40.0);
+    spinBoost->setDecimals(1);
+    spinBoost->setSingleStep(1.0);
+    spinBoost->setSuffix(QStringLiteral(" dB"));
+    spinBoost->setValue(12.0);
+    comboDevice = new QComboBox(groupPreview);
+    comboDevice->setObjectName(QStringLiteral("comboDevice"));
+    comboDevice->addItem(tr("System default"), QString());
+    auto* previewLayout = new QGridLayout(groupPreview);
+    previewLayout->addWidget(checkMatch, 0, 0, 1, 2);
+    previewLayout->addWidget(new QLabel(tr("Loudness target"), groupPreview), 1, 0);
+    previewLayout->addWidget(spinTarget, 1, 1);
+    previewLayout->addWidget(new QLabel(tr("Largest boost"), groupPreview), 2, 0);
+    previewLayout->addWidget(spinBoost, 2, 1);
+    previewLayout->addWidget(new QLabel(tr("Output device"), groupPreview), 3, 0);
+    previewLayout->addWidget(comboDevice, 3, 1);
+    previewLayout->setColumnStretch(1, 1);
+
     auto* buttons = new QDialogButtonBox(this);
     QPushButton* ok = buttons->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole);
     ok->setObjectName(QStringLiteral("buttonOk"));
@@ -61,6 +96,7 @@ subFormToolSettings::subFormToolSettings(const QString& toolPath, const QString&
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(groupTools);
     layout->addWidget(groupSeek);
+    layout->addWidget(groupPreview);
     layout->addStretch(1);
     layout->addWidget(buttons);
     resize(460, sizeHint().height());
@@ -90,6 +126,44 @@ QString subFormToolSettings::toolArgs() const
 int subFormToolSettings::seekTimeMs() const
 {
     return spinSeekTime->value();
+}
+
+void subFormToolSettings::setMatchLoudness(bool on, double targetLufs, double maxBoostDb)
+{
+    checkMatch->setChecked(on);
+    spinTarget->setValue(targetLufs);
+    spinBoost->setValue(maxBoostDb);
+}
+
+bool subFormToolSettings::matchLoudness() const
+{
+    return checkMatch->isChecked();
+}
+
+double subFormToolSettings::matchTargetLufs() const
+{
+    return spinTarget->value();
+}
+
+double subFormToolSettings::matchMaxBoostDb() const
+{
+    return spinBoost->value();
+}
+
+void subFormToolSettings::setOutputDevices(const QStringList& devices, const QString& current)
+{
+    while (comboDevice->count() > 1)
+        comboDevice->removeItem(1);
+    for (const QString& name : devices)
+        comboDevice->addItem(name, name);
+    if (!current.isEmpty() && !devices.contains(current))
+        comboDevice->addItem(tr("%1 (not available)").arg(current), current);
+    comboDevice->setCurrentIndex(std::max(0, comboDevice->findData(current)));
+}
+
+QString subFormToolSettings::outputDevice() const
+{
+    return comboDevice->currentData().toString();
 }
 
 void subFormToolSettings::SlotPushedOpenFile()

@@ -2,12 +2,16 @@
 
 #include <QDialog>
 
+class QCheckBox;
+class QComboBox;
+class QDoubleSpinBox;
 class QLineEdit;
 class QSpinBox;
 class QToolButton;
 
 // "Tool Settings": the external program that opens a file, its argument line
-// with "%FILEPATH%", and the seek step of the 'R' and 'T' keys. The caller
+// with "%FILEPATH%", the seek step of the 'R' and 'T' keys, and the preview:
+// loudness match (target and largest boost) and output device. The caller
 // stores the values when the dialog is accepted.
 class subFormToolSettings final : public QDialog
 {
@@ -23,6 +27,16 @@ public:
     QString toolArgs() const;
     int seekTimeMs() const;
 
+    void setMatchLoudness(bool on, double targetLufs, double maxBoostDb);
+    bool matchLoudness() const;
+    double matchTargetLufs() const;
+    double matchMaxBoostDb() const;
+    // The system default comes first; a chosen device that is not there now
+    // stays in the list, marked, so that it is not dropped by accident.
+    void setOutputDevices(const QStringList& devices, const QString& current);
+    // "" for the system default.
+    QString outputDevice() const;
+
 private slots:
     void SlotPushedOpenFile();
     void SlotPushedOk();
@@ -32,4 +46,8 @@ private:
     QToolButton* buttonOpenFile = nullptr;
     QLineEdit* editToolArgs = nullptr;
     QSpinBox* spinSeekTime = nullptr;
+    QCheckBox* checkMatch = nullptr;
+    QDoubleSpinBox* spinTarget = nullptr;
+    QDoubleSpinBox* spinBoost = nullptr;
+    QComboBox* comboDevice = nullptr;
 };

@@ -156,6 +156,10 @@ ICONS = {
                  polygon(GREY, [(15, 14), (22, 18), (15, 22)])],
     "playlist2": [rect(BLUE, 3, 5, 15, 7), rect(BLUE, 3, 11, 15, 13), rect(BLUE, 3, 17, 12, 19),
                   polygon(GREEN, [(15, 14), (22, 18), (15, 22)])],
+    # Level match: uneven bars when off, bars brought to one line when on.
+    "loudness": [rect(GREY, 3, 12, 7, 21), rect(GREY, 10, 4, 14, 21), rect(GREY, 17, 9, 21, 21)],
+    "loudness2": [rect(BLUE, 3, 9, 7, 21), rect(BLUE, 10, 9, 14, 21), rect(BLUE, 17, 9, 21, 21),
+                  rect(GREEN, 2, 5, 22, 6.6)],
     "folder": [polygon(FOLDER_DARK, folder_back), polygon(FOLDER, folder_front)],
     "hd": [rect(GREY, 2, 8, 22, 17), rect(DARK, 2, 15, 22, 17), disc(GREEN, 18.5, 12, 1.4),
            rect(DARK, 4, 11, 12, 12.5)],

@@ -15,8 +15,8 @@ clang++ "${flags[@]}" -fsanitize=fuzzer,address,undefined -fno-sanitize-recover=
     $(printf "$root/analysis/%s.cpp " "${sources[@]}") \
     "$root/analysis/fuzz/WaveHeaderFuzzer.cpp" -o "$out/wave_header_fuzzer"
 # The seeds come from the tests' file builder, which speaks Qt.
-clang++ "${flags[@]}" -fPIC -I"$root/tests/support" $(pkg-config --cflags Qt5Core) \
-    "$root/analysis/fuzz/MakeFuzzSeeds.cpp" "$root/tests/support/WaveBuilder.cpp" \
+clang++ "${flags[@]}" -fPIC -I"$root/testkit" $(pkg-config --cflags Qt5Core) \
+    "$root/analysis/fuzz/MakeFuzzSeeds.cpp" "$root/testkit/WaveBuilder.cpp" \
     $(pkg-config --libs Qt5Core) -o "$out/make_fuzz_seeds"
 "$out/make_fuzz_seeds" "$out/seeds"
 

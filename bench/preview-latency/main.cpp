@@ -1,9 +1,13 @@
-// Time from a play request to the first mixed frame of the file, and the share
-// of one core the device callback takes while playing.
+// Time from a play request to the first mixed frame of the file, the memory a
+// preview takes, and the share of one core the device callback takes while
+// playing. WAV files of 3 s, 3 min and 30 min play both the way long files
+// played before (the whole file read into memory at the request) and streamed
+// from disk (what files above the size limit do now), side by side.
 //
 // Runs on SDL's dummy driver unless SDL_AUDIODRIVER says otherwise (the dummy
 // driver paces the callback like a card, so the wait for the next callback is
-// part of the figure). Usage: preview-latency [repeats]
+// part of the figure). Files come from the page cache, as for a folder the user
+// is browsing. Usage: preview-latency [repeats]
 
 #include "AudioEngine.h"
 #include "LumoManager.h"
@@ -12,6 +16,7 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -20,6 +25,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <limits>
+#include <memory>
+#include <string>
 #include <vector>
 
 namespace {
@@ -40,6 +50,43 @@ std::vector<std::int32_t> music(int frames, int channels, int rate)
         }
     }
     return v;
+}
+
+// One block of the music above for a long file, made where it is written.
+void musicBlock(std::int64_t first, std::vector<std::int32_t>& block, int channels, int rate)
+{
+    std::uint32_t x = static_cast<std::uint32_t>(first) * 2654435761u + 12345u;
+    const std::int64_t frames = static_cast<std::int64_t>(block.size()) / channels;
+    for (std::int64_t i = 0; i < frames; ++i) {
+        const double t = static_cast<double>(first + i) / rate;
+        for (int c = 0; c < channels; ++c) {
+            x = x * 1664525u + 1013904223u;
+            const double noise = (static_cast<double>(x >> 8) / 16777216.0 - 0.5) * 0.05;
+            const double s = 0.3 * std::sin(2 * M_PI * (220.0 + 110.0 * c) * t) + noise;
+            block[static_cast<std::size_t>(i * channels + c)] =
+                static_cast<std::int32_t>(s * 32767.0);
+        }
+    }
+}
+
+// Resident and peak resident memory of this process, in bytes (Linux).
+std::int64_t statusBytes(const char* key)
+{
+    std::ifstream in("/proc/self/status");
+    std::string line;
+    while (std::getline(in, line)) {
+        if (line.rfind(key, 0) == 0)
+            return std::atoll(line.c_str() + std::strlen(key)) * 1024;
+    }
+    return -1;
+}
+
+// Lets the peak figure start again from the current resident size.
+bool resetPeak()
+{
+    std::ofstream out("/proc/self/clear_refs");
+    out << "5";
+    return static_cast<bool>(out);
 }
 
 struct Latency
@@ -126,6 +173,93 @@ void callbackLoad(LumoManager& lumo, const QString& path, const char* what)
     lumo.Stop();
 }
 
+struct LongRow
+{
+    std::vector<Latency> runs;
+    double peakMb = 0.0; // resident growth while starting and playing 300 ms
+    std::int64_t underruns = 0;
+};
+
+// The 3 s / 3 min / 30 min WAV rows: one manager per way of playing, so that no
+// buffer of an earlier file is counted (or reused) for the next.
+LongRow longRow(const QString& path, qint64 threshold, int repeats)
+{
+    LongRow row;
+    LumoManager lumo;
+    lumo.SetStreamThreshold(threshold);
+    lumo.Initialize();
+    lumo.Stop();
+    QThread::msleep(50);
+    const std::int64_t before = statusBytes("VmRSS:");
+    const bool peakReset = resetPeak();
+    lumo.Play(path);
+    while (!lumo.IsPlaying()) {
+    }
+    QThread::msleep(300);
+    const std::int64_t peak = statusBytes(peakReset ? "VmHWM:" : "VmRSS:");
+    row.peakMb = (peak - before) / 1e6;
+    row.underruns = AudioEngine::GetCallbackStats().streamUnderruns;
+    for (int i = 0; i < repeats; ++i)
+        row.runs.push_back(measure(lumo, path));
+    lumo.Finalize();
+    return row;
+}
+
+double quantile(const std::vector<Latency>& runs, double q)
+{
+    std::vector<double> v;
+    for (const Latency& l : runs)
+        v.push_back(l.firstMs);
+    std::sort(v.begin(), v.end());
+    return v[static_cast<std::size_t>(q * (v.size() - 1))];
+}
+
+void longFiles(const QTemporaryDir& dir, int repeats)
+{
+    struct File
+    {
+        const char* label;
+        int seconds;
+    };
+    const File files[] = {{"3 s", 3}, {"3 min", 180}, {"30 min", 1800}};
+    std::printf("\nWAV 48 kHz stereo 16-bit, request to first sound (median / max of %d) and peak\n"
+                "memory added while starting and playing 300 ms (page cache warm):\n",
+                repeats);
+    std::printf("  %-7s %9s | %-32s | %-32s | %s\n", "length", "size", "whole file read (before)",
+                "streamed from disk", "now plays");
+    for (const File& f : files) {
+        const QString path = dir.filePath(QStringLiteral("music-%1s.wav").arg(f.seconds));
+        const std::int64_t frames = std::int64_t(48000) * f.seconds;
+        if (!fixtures::writeLongWav(path, 2, 48000, 16, frames,
+                                    [](std::int64_t first, std::vector<std::int32_t>& block) {
+                                        musicBlock(first, block, 2, 48000);
+                                    })) {
+            std::printf("  %-7s could not be written\n", f.label);
+            continue;
+        }
+        const qint64 size = QFileInfo(path).size();
+        QFile warm(path); // into the page cache
+        if (warm.open(QIODevice::ReadOnly))
+            while (!warm.read(1 << 20).isEmpty()) {
+            }
+        const LongRow whole = longRow(path, std::numeric_limits<qint64>::max(), repeats);
+        const LongRow streamed = longRow(path, 0, repeats);
+        const bool streamsNow = size > LumoManager::kDefaultStreamThreshold;
+        std::printf(
+            "  %-7s %6.1f MB | %6.2f / %6.2f ms  %8.1f MB | %6.2f / %6.2f ms  %8.1f MB | %s\n",
+            f.label, size / 1e6, quantile(whole.runs, 0.5), quantile(whole.runs, 1.0), whole.peakMb,
+            quantile(streamed.runs, 0.5), quantile(streamed.runs, 1.0), streamed.peakMb,
+            streamsNow ? "streamed" : "whole file");
+        if (streamed.underruns > 0)
+            std::printf("  (%lld blocks waited for the streaming worker)\n",
+                        static_cast<long long>(streamed.underruns));
+        QFile::remove(path);
+    }
+    std::printf(
+        "  Files above %lld MB stream; the figures under \"now plays\" are what a user gets.\n",
+        static_cast<long long>(LumoManager::kDefaultStreamThreshold / (1024 * 1024)));
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -158,10 +292,13 @@ int main(int argc, char** argv)
                                      QStringLiteral("192"), mp3Source, mp3}) == 0;
     }
 
+    std::printf("Tesk preview latency, SDL driver \"%s\", %d repeats\n",
+                qgetenv("SDL_AUDIODRIVER").constData(), repeats);
+    longFiles(dir, repeats);
+
     LumoManager lumo;
     lumo.Initialize();
-    std::printf("Tesk preview latency, SDL driver \"%s\", device %d Hz, %d repeats\n",
-                qgetenv("SDL_AUDIODRIVER").constData(), AudioEngine::GetOutputRate(), repeats);
+    std::printf("\nOther formats, device %d Hz:\n", AudioEngine::GetOutputRate());
 
     for (const QString& path : {shortWav, longWav})
         measure(lumo, path); // warm the page cache

@@ -182,6 +182,37 @@
         <source>Playback</source>
         <translation>Playback</translation>
     </message>
+    <message>
+        <source>Show detail view</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Match loudness</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>RegionExport</name>
+    <message>
+        <source>The file cannot be read.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The region is empty.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The region is too long for a WAV file.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The region file cannot be written.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cancelled.</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>SubFormFont</name>
@@ -298,6 +329,57 @@
         <source>Cannot preview because XAudio2 initialization failed. Please ensure that DirectX End-User Runtimes (June 2010) is installed.</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>The output device &quot;%1&quot; is not available. Playing through the system default.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The output device &quot;%1&quot; stopped. Playing through the system default.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>System default</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>WidgetDetailView</name>
+    <message>
+        <source>The region could not be written: %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select a file to see its waveform</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Reading the waveform...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The waveform of this file cannot be read</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Region %1 s</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The region is still being written.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show each channel</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Clear region</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Hide detail view</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>WidgetPlayer</name>
@@ -315,6 +397,34 @@
     </message>
     <message>
         <source>Enable Playlist Playback</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Match loudness</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 dB</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Loudness not measured yet: played at unity gain</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Gain that brings the file to the loudness target</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Gain held at the boost limit</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Gain held so that no sample goes over -1 dBFS</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sample peak not known: no boost</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -638,6 +748,34 @@
     </message>
     <message>
         <source>Specified .exe file cannot be found. %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Preview</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Match loudness</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>System default</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Loudness target</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Largest boost</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Output device</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 (not available)</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

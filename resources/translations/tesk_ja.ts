@@ -182,6 +182,37 @@
         <source>Playback</source>
         <translation>再生</translation>
     </message>
+    <message>
+        <source>Show detail view</source>
+        <translation>詳細ビューを表示</translation>
+    </message>
+    <message>
+        <source>Match loudness</source>
+        <translation>ラウドネスを揃える</translation>
+    </message>
+</context>
+<context>
+    <name>RegionExport</name>
+    <message>
+        <source>The file cannot be read.</source>
+        <translation>ファイルを読み込めません。</translation>
+    </message>
+    <message>
+        <source>The region is empty.</source>
+        <translation>範囲が空です。</translation>
+    </message>
+    <message>
+        <source>The region is too long for a WAV file.</source>
+        <translation>範囲が長すぎて WAV ファイルに書き出せません。</translation>
+    </message>
+    <message>
+        <source>The region file cannot be written.</source>
+        <translation>範囲のファイルを書き込めません。</translation>
+    </message>
+    <message>
+        <source>Cancelled.</source>
+        <translation>キャンセルしました。</translation>
+    </message>
 </context>
 <context>
     <name>SubFormFont</name>
@@ -298,6 +329,57 @@
         <source>Cannot preview because XAudio2 initialization failed. Please ensure that DirectX End-User Runtimes (June 2010) is installed.</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>The output device &quot;%1&quot; is not available. Playing through the system default.</source>
+        <translation>出力デバイス「%1」は使用できません。システムの既定のデバイスで再生します。</translation>
+    </message>
+    <message>
+        <source>The output device &quot;%1&quot; stopped. Playing through the system default.</source>
+        <translation>出力デバイス「%1」が停止しました。システムの既定のデバイスで再生します。</translation>
+    </message>
+    <message>
+        <source>System default</source>
+        <translation>システムの既定</translation>
+    </message>
+</context>
+<context>
+    <name>WidgetDetailView</name>
+    <message>
+        <source>The region could not be written: %1</source>
+        <translation>範囲を書き出せませんでした: %1</translation>
+    </message>
+    <message>
+        <source>Select a file to see its waveform</source>
+        <translation>ファイルを選択すると波形を表示します</translation>
+    </message>
+    <message>
+        <source>Reading the waveform...</source>
+        <translation>波形を読み込んでいます...</translation>
+    </message>
+    <message>
+        <source>The waveform of this file cannot be read</source>
+        <translation>このファイルの波形は読み込めません</translation>
+    </message>
+    <message>
+        <source>Region %1 s</source>
+        <translation>範囲 %1 秒</translation>
+    </message>
+    <message>
+        <source>The region is still being written.</source>
+        <translation>範囲を書き出しています。</translation>
+    </message>
+    <message>
+        <source>Show each channel</source>
+        <translation>チャンネルごとに表示</translation>
+    </message>
+    <message>
+        <source>Clear region</source>
+        <translation>範囲を解除</translation>
+    </message>
+    <message>
+        <source>Hide detail view</source>
+        <translation>詳細ビューを隠す</translation>
+    </message>
 </context>
 <context>
     <name>WidgetPlayer</name>
@@ -316,6 +398,34 @@
     <message>
         <source>Enable Playlist Playback</source>
         <translation>プレイリスト再生を有効にする</translation>
+    </message>
+    <message>
+        <source>Match loudness</source>
+        <translation>ラウドネスを揃える</translation>
+    </message>
+    <message>
+        <source>%1 dB</source>
+        <translation>%1 dB</translation>
+    </message>
+    <message>
+        <source>Loudness not measured yet: played at unity gain</source>
+        <translation>ラウドネス未測定のため 0 dB で再生</translation>
+    </message>
+    <message>
+        <source>Gain that brings the file to the loudness target</source>
+        <translation>ファイルをターゲットラウドネスに合わせるゲイン</translation>
+    </message>
+    <message>
+        <source>Gain held at the boost limit</source>
+        <translation>ブーストの上限でゲインを制限</translation>
+    </message>
+    <message>
+        <source>Gain held so that no sample goes over -1 dBFS</source>
+        <translation>サンプルが -1 dBFS を超えないようにゲインを制限</translation>
+    </message>
+    <message>
+        <source>Sample peak not known: no boost</source>
+        <translation>サンプルピークが不明のためブーストなし</translation>
     </message>
 </context>
 <context>
@@ -639,6 +749,34 @@
     <message>
         <source>Specified .exe file cannot be found. %1</source>
         <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Preview</source>
+        <translation>プレビュー</translation>
+    </message>
+    <message>
+        <source>Match loudness</source>
+        <translation>ラウドネスを揃える</translation>
+    </message>
+    <message>
+        <source>System default</source>
+        <translation>システムの既定</translation>
+    </message>
+    <message>
+        <source>Loudness target</source>
+        <translation>ターゲットラウドネス</translation>
+    </message>
+    <message>
+        <source>Largest boost</source>
+        <translation>最大ブースト</translation>
+    </message>
+    <message>
+        <source>Output device</source>
+        <translation>出力デバイス</translation>
+    </message>
+    <message>
+        <source>%1 (not available)</source>
+        <translation>%1 (使用不可)</translation>
     </message>
 </context>
 </TS>

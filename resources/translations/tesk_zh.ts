@@ -182,6 +182,37 @@
         <source>Playback</source>
         <translation>播放</translation>
     </message>
+    <message>
+        <source>Show detail view</source>
+        <translation>显示详细视图</translation>
+    </message>
+    <message>
+        <source>Match loudness</source>
+        <translation>匹配响度</translation>
+    </message>
+</context>
+<context>
+    <name>RegionExport</name>
+    <message>
+        <source>The file cannot be read.</source>
+        <translation>无法读取文件。</translation>
+    </message>
+    <message>
+        <source>The region is empty.</source>
+        <translation>选区为空。</translation>
+    </message>
+    <message>
+        <source>The region is too long for a WAV file.</source>
+        <translation>选区过长，无法写入 WAV 文件。</translation>
+    </message>
+    <message>
+        <source>The region file cannot be written.</source>
+        <translation>无法写入选区文件。</translation>
+    </message>
+    <message>
+        <source>Cancelled.</source>
+        <translation>已取消。</translation>
+    </message>
 </context>
 <context>
     <name>SubFormFont</name>
@@ -298,6 +329,57 @@
         <source>Cannot preview because XAudio2 initialization failed. Please ensure that DirectX End-User Runtimes (June 2010) is installed.</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>The output device &quot;%1&quot; is not available. Playing through the system default.</source>
+        <translation>输出设备“%1”不可用。改用系统默认设备播放。</translation>
+    </message>
+    <message>
+        <source>The output device &quot;%1&quot; stopped. Playing through the system default.</source>
+        <translation>输出设备“%1”已停止。改用系统默认设备播放。</translation>
+    </message>
+    <message>
+        <source>System default</source>
+        <translation>系统默认</translation>
+    </message>
+</context>
+<context>
+    <name>WidgetDetailView</name>
+    <message>
+        <source>The region could not be written: %1</source>
+        <translation>无法导出选区：%1</translation>
+    </message>
+    <message>
+        <source>Select a file to see its waveform</source>
+        <translation>选择文件以查看其波形</translation>
+    </message>
+    <message>
+        <source>Reading the waveform...</source>
+        <translation>正在读取波形...</translation>
+    </message>
+    <message>
+        <source>The waveform of this file cannot be read</source>
+        <translation>无法读取此文件的波形</translation>
+    </message>
+    <message>
+        <source>Region %1 s</source>
+        <translation>选区 %1 秒</translation>
+    </message>
+    <message>
+        <source>The region is still being written.</source>
+        <translation>选区仍在导出中。</translation>
+    </message>
+    <message>
+        <source>Show each channel</source>
+        <translation>分声道显示</translation>
+    </message>
+    <message>
+        <source>Clear region</source>
+        <translation>清除选区</translation>
+    </message>
+    <message>
+        <source>Hide detail view</source>
+        <translation>隐藏详细视图</translation>
+    </message>
 </context>
 <context>
     <name>WidgetPlayer</name>
@@ -316,6 +398,34 @@
     <message>
         <source>Enable Playlist Playback</source>
         <translation>启用播放列表播放</translation>
+    </message>
+    <message>
+        <source>Match loudness</source>
+        <translation>匹配响度</translation>
+    </message>
+    <message>
+        <source>%1 dB</source>
+        <translation>%1 dB</translation>
+    </message>
+    <message>
+        <source>Loudness not measured yet: played at unity gain</source>
+        <translation>尚未测量响度：以 0 dB 增益播放</translation>
+    </message>
+    <message>
+        <source>Gain that brings the file to the loudness target</source>
+        <translation>使文件达到目标响度的增益</translation>
+    </message>
+    <message>
+        <source>Gain held at the boost limit</source>
+        <translation>增益受最大提升限制</translation>
+    </message>
+    <message>
+        <source>Gain held so that no sample goes over -1 dBFS</source>
+        <translation>增益受限，使采样不超过 -1 dBFS</translation>
+    </message>
+    <message>
+        <source>Sample peak not known: no boost</source>
+        <translation>采样峰值未知：不提升</translation>
     </message>
 </context>
 <context>
@@ -639,6 +749,34 @@
     <message>
         <source>Specified .exe file cannot be found. %1</source>
         <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Preview</source>
+        <translation>预览</translation>
+    </message>
+    <message>
+        <source>Match loudness</source>
+        <translation>匹配响度</translation>
+    </message>
+    <message>
+        <source>System default</source>
+        <translation>系统默认</translation>
+    </message>
+    <message>
+        <source>Loudness target</source>
+        <translation>目标响度</translation>
+    </message>
+    <message>
+        <source>Largest boost</source>
+        <translation>最大提升</translation>
+    </message>
+    <message>
+        <source>Output device</source>
+        <translation>输出设备</translation>
+    </message>
+    <message>
+        <source>%1 (not available)</source>
+        <translation>%1（不可用）</translation>
     </message>
 </context>
 </TS>

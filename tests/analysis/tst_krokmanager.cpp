@@ -36,6 +36,10 @@ public:
     {
         calls << QStringLiteral("PlayFrom %1 %2").arg(path).arg(startMs);
     }
+    void PlayRange(const QString& path, std::int64_t startFrame, std::int64_t endFrame) override
+    {
+        calls << QStringLiteral("PlayRange %1 %2 %3").arg(path).arg(startFrame).arg(endFrame);
+    }
     void Stop() override { calls << QStringLiteral("Stop"); }
     void SetVolume(float volume) override { calls << QStringLiteral("SetVolume %1").arg(volume); }
     bool IsPlaying() override { return playing; }
@@ -389,6 +393,10 @@ private slots:
         registry.PlayFile(plain);
         QCOMPARE(registry.GetPlaybackPosition(), std::int64_t(played));
         registry.PlayFile(dir.filePath(QStringLiteral("unknown.wav")));
+        QCOMPARE(registry.GetPlaybackPosition(), std::int64_t(played));
+        // A region plays straight through the loop: its position runs on.
+        registry.PlayFileRange(looped, 100, 40000);
+        QCOMPARE(player->calls.last(), QStringLiteral("PlayRange %1 100 40000").arg(looped));
         QCOMPARE(registry.GetPlaybackPosition(), std::int64_t(played));
         registry.Finalize();
     }

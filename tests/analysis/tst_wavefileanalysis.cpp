@@ -1,3 +1,4 @@
+#include "CompressedFileAnalysis.h"
 #include "WaveBuilder.h"
 #include "WaveFileAnalysis.h"
 
@@ -75,6 +76,63 @@ private slots:
         QCOMPARE(info.samples, 0);
         QCOMPARE(info.isMultiPlotValid, 1);
         QCOMPARE(info.loudness, -96.0f);
+    }
+
+    // The largest absolute sample of all channels, found in the loudness pass.
+    void samplePeakIsTheLargestSample_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<bool>("loudness");
+        QTest::addColumn<float>("peak");
+        std::vector<std::int32_t> v(9600);
+        for (std::size_t i = 0; i < v.size(); ++i)
+            v[i] = static_cast<std::int32_t>(std::lround(12000.0 * std::sin(i * 0.05)));
+        std::vector<std::int32_t> negative = v;
+        negative[5000] = -32768; // negative full scale counts as full scale
+        QTest::newRow("16-bit mono")
+            << "a.wav" << toQByteArray(wavInts(1, 48000, 16, v)) << true << 12000.0f / 32768.0f;
+        QTest::newRow("negative full scale")
+            << "b.wav" << toQByteArray(wavInts(1, 48000, 16, negative)) << true << 1.0f;
+        std::vector<std::int32_t> stereo(v.size() * 2);
+        for (std::size_t i = 0; i < v.size(); ++i) {
+            stereo[2 * i] = v[i] * 256 / 4;
+            stereo[2 * i + 1] = v[i] * 256; // the peak lives in the right channel
+        }
+        QTest::newRow("24-bit AIFF stereo")
+            << "c.aif" << toQByteArray(aiffInts(2, 44100, 24, stereo)) << true
+            << 12000.0f / 32768.0f;
+        QTest::newRow("32-bit float")
+            << "d.wav" << toQByteArray(wavFloat(1, 48000, 32, std::vector<double>(4800, -0.25)))
+            << true << 0.25f;
+        QTest::newRow("loudness off: unknown")
+            << "e.wav" << toQByteArray(wavInts(1, 48000, 16, v)) << false << -1.0f;
+    }
+
+    void samplePeakIsTheLargestSample()
+    {
+        QFETCH(QString, name);
+        QFETCH(QByteArray, file);
+        QFETCH(bool, loudness);
+        QFETCH(float, peak);
+        QTemporaryDir dir;
+        const QString path = dir.filePath(name);
+        QVERIFY(writeFile(path, Bytes(file.begin(), file.end())));
+        AudioFileInfo info;
+        AnalyzeWaveFile(QFile::encodeName(path).constData(), info, false, loudness);
+        QCOMPARE(info.samplePeak, peak);
+    }
+
+    // Decoded MP3 and Ogg samples may overshoot full scale; the peak keeps it.
+    void decodedSamplesGiveTheirPeak()
+    {
+        std::vector<float> left(4800, 0.5f);
+        std::vector<float> right(4800, -0.1f);
+        right[4321] = -1.25f;
+        const float* planes[] = {left.data(), right.data()};
+        AudioFileInfo info;
+        AnalyzePlanarSamples(planes, 2, 4800, 48000, info, false, false);
+        QCOMPARE(info.samplePeak, 1.25f);
     }
 
     void unreadableFileKeepsDefaults()

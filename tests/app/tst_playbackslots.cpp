@@ -2,6 +2,8 @@
 // sound card here: the engine falls back to its silent output, which still
 // plays in real time, so positions advance and files end as they would.
 #include "KrokManager.h"
+#include "LoudnessMatch.h"
+#include "LumoManager.h"
 #include "TeskManager.h"
 #include "TestSettings.h"
 #include "WaveBuilder.h"
@@ -347,6 +349,68 @@ private slots:
         QTRY_VERIFY(!status.isEmpty());
         QVERIFY(status.first().at(0).toString().startsWith(QLatin1Char('E')));
         QVERIFY(!registry->IsPlaying());
+    }
+
+    // A chosen device that does not open is remembered, the default plays
+    // instead and the status line says so; back on the default, all is quiet.
+    void unknownOutputDeviceFallsBackToTheDefault()
+    {
+        QSignalSpy status(manager, &TeskManager::SigSetStatusMessage);
+        const QString name = QStringLiteral("No such device 7");
+        manager->SetOutputDevice(name);
+        QCOMPARE(manager->GetOutputDevice(), name);
+        QVERIFY(manager->GetPreviewPlayer()->OutputDevice().isEmpty());
+        QCOMPARE(status.count(), 1);
+        QVERIFY2(status.first().at(0).toString().contains(name),
+                 qPrintable(status.first().at(0).toString()));
+        manager->SlotStartPlaybackCalled(longA);
+        QVERIFY(waitForPosition(100) > 0);
+        manager->SlotStopPlaybackCalled();
+        manager->SetOutputDevice(QString());
+        QCOMPARE(status.count(), 1);
+        QVERIFY(manager->GetOutputDevice().isEmpty());
+    }
+
+    // "Match loudness" measures the files and gives each start the gain that
+    // brings it to the target; turned off, every file plays at unity again.
+    void matchLoudnessGainFollowsEachStart()
+    {
+        QSignalSpy gain(manager, &TeskManager::SigPreviewGainChanged);
+        QSignalSpy end(manager, &TeskManager::SigEndGetDetailInfo);
+        QVERIFY(!manager->IsLoudnessEnabled());
+        manager->SlotChangeMatchLoudnessCalled(true);
+        QVERIFY(manager->IsLoudnessEnabled()); // matching needs the loudness
+        QVERIFY(end.wait(30000));
+        const AudioFileInfo info = registry->GetFileInfo(longA);
+        // A 0.06 sine: -24.4 dBFS peak, about -28 LUFS, -25 LUFS on two speakers.
+        QVERIFY2(std::fabs(info.samplePeak - 0.06f) < 0.001f,
+                 qPrintable(QString::number(info.samplePeak)));
+        QVERIFY2(info.loudness > -30.0f && info.loudness < -26.0f,
+                 qPrintable(QString::number(info.loudness)));
+
+        const auto started = [&](double target) {
+            manager->SetMatchLoudnessLimits(target, 12.0);
+            manager->SlotStartPlaybackCalled(longA);
+            return gain.last();
+        };
+        const double played = info.loudness + 10.0 * std::log10(2.0);
+        auto args = started(-23.0);
+        QCOMPARE(args.at(1).toInt(), static_cast<int>(LoudnessMatch::Basis::Matched));
+        QVERIFY(std::fabs(args.at(0).toDouble() - (-23.0 - played)) < 1e-3);
+        QVERIFY(std::fabs(manager->GetPreviewPlayer()->PreviewGain() -
+                          std::pow(10.0, (-23.0 - played) / 20.0)) < 1e-4);
+        args = started(-40.0);
+        QVERIFY(std::fabs(args.at(0).toDouble() - (-40.0 - played)) < 1e-3);
+        // 0 LUFS would need +25 dB: the boost stops at its 12 dB (the peak allows 23.4).
+        args = started(0.0);
+        QCOMPARE(args.at(1).toInt(), static_cast<int>(LoudnessMatch::Basis::BoostLimited));
+        QVERIFY(std::fabs(args.at(0).toDouble() - 12.0) < 1e-6);
+
+        manager->SlotChangeMatchLoudnessCalled(false);
+        args = started(-23.0);
+        QCOMPARE(args.at(1).toInt(), static_cast<int>(LoudnessMatch::Basis::Off));
+        QCOMPARE(manager->GetPreviewPlayer()->PreviewGain(), 1.0f);
+        manager->SlotChangeLoudnessCalled(false);
     }
 };
 

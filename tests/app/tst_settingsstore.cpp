@@ -103,6 +103,13 @@ private slots:
         out.fontTableSize = 13;
         out.bookmarks = {{a, QStringLiteral("Alpha")},
                          {QStringLiteral("/gone"), QStringLiteral("G")}};
+        out.matchLoudnessFlag = true;
+        out.matchLoudnessTarget = -16.5;
+        out.matchLoudnessMaxBoost = 6.0;
+        out.outputDevice = QStringLiteral("USB Audio CODEC Analog Stereo");
+        out.detailViewVisible = false;
+        out.detailViewHeight = 222;
+        out.detailViewChannels = true;
         SettingsStore::Save(out);
 
         // The keys are the documented names; QSettings numbers array elements from 1.
@@ -144,6 +151,13 @@ private slots:
         QCOMPARE(in.fontTableIsFit, out.fontTableIsFit);
         QCOMPARE(in.fontTableFamily, out.fontTableFamily);
         QCOMPARE(in.fontTableSize, out.fontTableSize);
+        QCOMPARE(in.matchLoudnessFlag, out.matchLoudnessFlag);
+        QCOMPARE(in.matchLoudnessTarget, out.matchLoudnessTarget);
+        QCOMPARE(in.matchLoudnessMaxBoost, out.matchLoudnessMaxBoost);
+        QCOMPARE(in.outputDevice, out.outputDevice);
+        QCOMPARE(in.detailViewVisible, out.detailViewVisible);
+        QCOMPARE(in.detailViewHeight, out.detailViewHeight);
+        QCOMPARE(in.detailViewChannels, out.detailViewChannels);
         // A bookmark whose folder vanished stays in the list.
         QVERIFY(in.bookmarks == out.bookmarks);
         QVERIFY(in.HasValidGeometry());
@@ -210,6 +224,49 @@ private slots:
         SettingsStore::Load(s);
         QCOMPARE(s.columnState, columns);
         QCOMPARE(s.colorTheme, theme);
+    }
+
+    // A hand-edited file cannot set a target, boost or height the program cannot use.
+    void previewValuesOutOfRangeKeepDefaults_data()
+    {
+        QTest::addColumn<QVariant>("target");
+        QTest::addColumn<QVariant>("boost");
+        QTest::addColumn<QVariant>("height");
+        QTest::addColumn<double>("wantTarget");
+        QTest::addColumn<double>("wantBoost");
+        QTest::addColumn<int>("wantHeight");
+        QTest::newRow("in range") << QVariant(-14.0) << QVariant(3.5) << QVariant(300) << -14.0
+                                  << 3.5 << 300;
+        QTest::newRow("edges") << QVariant(-60.0) << QVariant(40.0) << QVariant(40) << -60.0 << 40.0
+                               << 40;
+        QTest::newRow("above") << QVariant(3.0) << QVariant(99.0) << QVariant(5000) << -23.0 << 12.0
+                               << 150;
+        QTest::newRow("below") << QVariant(-200.0) << QVariant(-1.0) << QVariant(0) << -23.0 << 12.0
+                               << 150;
+        QTest::newRow("not numbers")
+            << QVariant(QStringLiteral("loud")) << QVariant(QStringLiteral("nan"))
+            << QVariant(QStringLiteral("tall")) << -23.0 << 12.0 << 150;
+    }
+
+    void previewValuesOutOfRangeKeepDefaults()
+    {
+        QFETCH(QVariant, target);
+        QFETCH(QVariant, boost);
+        QFETCH(QVariant, height);
+        QFETCH(double, wantTarget);
+        QFETCH(double, wantBoost);
+        QFETCH(int, wantHeight);
+        {
+            QSettings raw(iniPath(), QSettings::IniFormat);
+            raw.setValue(QStringLiteral("matchLoudnessTarget"), target);
+            raw.setValue(QStringLiteral("matchLoudnessMaxBoost"), boost);
+            raw.setValue(QStringLiteral("detailViewHeight"), height);
+        }
+        StoredSettings s;
+        SettingsStore::Load(s);
+        QCOMPARE(s.matchLoudnessTarget, wantTarget);
+        QCOMPARE(s.matchLoudnessMaxBoost, wantBoost);
+        QCOMPARE(s.detailViewHeight, wantHeight);
     }
 
     void elevenRootsKeepTenNewestFirst()

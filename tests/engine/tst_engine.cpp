@@ -5,8 +5,11 @@
 #include "Mixer.h"
 #include "SampleConversion.h"
 #include "WaveBuilder.h"
+#include "WaveFileStream.h"
 
+#include <QFile>
 #include <QRegularExpression>
+#include <QTemporaryDir>
 #include <QtTest>
 
 #include <cmath>
@@ -81,6 +84,7 @@ class TestEngine : public QObject
     VoicePoolHandle pcmPool_ = nullptr;
     PlayerHandle player_ = nullptr;
     QByteArray data_; // kept alive while the player reads it
+    QTemporaryDir dir_;
 
     void startWave(const QByteArray& file, DataFormat format = DataFormat::Wave, int startMs = 0)
     {
@@ -109,6 +113,17 @@ class TestEngine : public QObject
         Start(player_);
     }
 
+    // The same file streamed from disk by the engine's worker (run inline offline).
+    void startStream(const fixtures::Bytes& file, int startMs = 0)
+    {
+        const QString path = dir_.filePath(QStringLiteral("streamed.bin"));
+        QVERIFY(fixtures::writeFile(path, file));
+        SetDataFormat(player_, DataFormat::Stream);
+        SetStreamSource(player_, new WaveFileStream(QFile::encodeName(path).toStdString()));
+        SetStartTimeMs(player_, startMs);
+        Start(player_);
+    }
+
     void initEngine(int rate)
     {
         InitConfig config;
@@ -118,8 +133,11 @@ class TestEngine : public QObject
         wavePool_ = CreateWaveVoicePool({0, 1, 8, 192000});
         aiffPool_ = CreateAiffVoicePool({0, 1, 8, 192000});
         pcmPool_ = CreateRawPcmVoicePool({0, 1, 8, 192000, SampleFormat::Float32});
+        QVERIFY(CreateStreamVoicePool({0, 1, 8, 192000}));
         player_ = CreatePlayer();
         QVERIFY(wavePool_ && aiffPool_ && pcmPool_ && player_);
+        // These cases check the samples themselves; the start fade has its own.
+        SetFadeIn(player_, false);
     }
 
 private slots:
@@ -302,14 +320,16 @@ private slots:
             QCOMPARE(out[i], pcm[i]);
     }
 
+    // L R C LFE Ls Rs: centre and surrounds at -3 dB, LFE dropped, each side
+    // scaled by 1 / (1 + 2 x 0.7071) so that full scale everywhere stays full scale.
     void sixChannelsFoldToStereo()
     {
         std::vector<float> pcm = {0.1f, 0.2f, 0.4f, 0.8f, 0.01f, 0.02f};
         startPcm(pcm, 6, 48000);
         const auto out = render(1);
-        const float centre = 0.4f * 0.70710678f;
-        QVERIFY(std::fabs(out[0] - (0.1f + centre + 0.01f)) < 1e-6f);
-        QVERIFY(std::fabs(out[1] - (0.2f + centre + 0.02f)) < 1e-6f);
+        const double k = 1.0 / (1.0 + 2.0 * M_SQRT1_2);
+        QVERIFY(std::fabs(out[0] - k * (0.1 + M_SQRT1_2 * (0.4 + 0.01))) < 1e-6);
+        QVERIFY(std::fabs(out[1] - k * (0.2 + M_SQRT1_2 * (0.4 + 0.02))) < 1e-6);
     }
 
     void stopSilencesAndReadsStopped()
@@ -443,6 +463,7 @@ private slots:
         SetNumChannels(other, 1);
         SetSamplingRate(other, 48000);
         SetData(other, pcm.data(), pcm.size() * 4);
+        SetFadeIn(other, false);
         Start(other);
         QCOMPARE(GetStatus(other), PlayerStatus::Error); // the pool's one voice is busy
         QVERIFY(g_errors.last().startsWith(QStringLiteral("E2026112210")));
@@ -525,11 +546,12 @@ private slots:
                 QCOMPARE(out[2 * i], static_cast<float>(want[f]));
                 QCOMPARE(out[2 * i + 1], static_cast<float>(want[f + channels - 1]));
             } else {
-                // 5 channels: L R C Ls Rs, the centre at -3 dB to both sides.
-                const double l = want[f] + 0.70710678 * want[f + 2] + want[f + 3];
-                const double r = want[f + 1] + 0.70710678 * want[f + 2] + want[f + 4];
-                QVERIFY(std::fabs(out[2 * i] - std::clamp(l, -1.0, 1.0)) < 1e-6);
-                QVERIFY(std::fabs(out[2 * i + 1] - std::clamp(r, -1.0, 1.0)) < 1e-6);
+                // 5 channels: L R C Ls Rs, centre and surrounds at -3 dB, scaled to fit.
+                const double k = 1.0 / (1.0 + 2.0 * M_SQRT1_2);
+                const double l = k * (want[f] + M_SQRT1_2 * (want[f + 2] + want[f + 3]));
+                const double r = k * (want[f + 1] + M_SQRT1_2 * (want[f + 2] + want[f + 4]));
+                QVERIFY(std::fabs(out[2 * i] - l) < 1e-6);
+                QVERIFY(std::fabs(out[2 * i + 1] - r) < 1e-6);
             }
         }
         for (std::size_t i = 2 * frames; i < out.size(); ++i)
@@ -664,6 +686,189 @@ private slots:
         QVERIFY2(std::llabs(played - frames) < 50, qPrintable(QString::number(played)));
     }
 
+    // A long file streamed from disk through the worker's ring plays exactly what
+    // the same file plays from memory: head, loop rounds across ring wraps, start
+    // offsets, cut-off data, resampling, play ranges.
+    void streamPlaysWhatMemoryPlays_data()
+    {
+        QTest::addColumn<bool>("aiff");
+        QTest::addColumn<int>("bits");
+        QTest::addColumn<int>("channels");
+        QTest::addColumn<int>("rate");
+        QTest::addColumn<int>("frames");
+        QTest::addColumn<int>("loopStart");
+        QTest::addColumn<int>("loopEnd"); // exclusive; equal to loopStart for none
+        QTest::addColumn<int>("startMs");
+        QTest::addColumn<int>("cut"); // bytes chopped off the file's end
+        QTest::addColumn<int>("rangeStart");
+        QTest::addColumn<int>("rangeEnd");
+        QTest::addColumn<int>("render");
+        QTest::newRow("WAV 16-bit stereo")
+            << false << 16 << 2 << 48000 << 30000 << 0 << 0 << 0 << 0 << -1 << -1 << 30500;
+        QTest::newRow("AIFF 24-bit loop, rounds over ring wraps")
+            << true << 24 << 2 << 48000 << 9000 << 777 << 4377 << 0 << 0 << -1 << -1 << 150000;
+        QTest::newRow("WAV mono from 1500 ms")
+            << false << 16 << 1 << 48000 << 144000 << 0 << 0 << 1500 << 0 << -1 << -1 << 80000;
+        QTest::newRow("WAV 24-bit cut mid-frame")
+            << false << 24 << 2 << 48000 << 5000 << 0 << 0 << 0 << 4 << -1 << -1 << 5200;
+        QTest::newRow("AIFF 44.1 kHz looped, resampled")
+            << true << 24 << 2 << 44100 << 20000 << 1000 << 9000 << 0 << 0 << -1 << -1 << 90000;
+        QTest::newRow("WAV 5 channels folded")
+            << false << 24 << 5 << 48000 << 4000 << 0 << 0 << 0 << 0 << -1 << -1 << 4100;
+        QTest::newRow("range over a loop, straight through")
+            << false << 16 << 1 << 48000 << 20000 << 2000 << 3000 << 0 << 0 << 500 << 9000 << 9000;
+        QTest::newRow("range in a 96 kHz file, resampled")
+            << false << 16 << 2 << 96000 << 40000 << 0 << 0 << 0 << 0 << 1234 << 30000 << 16000;
+    }
+
+    void streamPlaysWhatMemoryPlays()
+    {
+        QFETCH(bool, aiff);
+        QFETCH(int, bits);
+        QFETCH(int, channels);
+        QFETCH(int, rate);
+        QFETCH(int, frames);
+        QFETCH(int, loopStart);
+        QFETCH(int, loopEnd);
+        QFETCH(int, startMs);
+        QFETCH(int, cut);
+        QFETCH(int, rangeStart);
+        QFETCH(int, rangeEnd);
+        QFETCH(int, render);
+        const auto values = sine(frames, channels, bits);
+        const bool looped = loopEnd > loopStart;
+        fixtures::Bytes file =
+            aiff ? fixtures::aiffInts(channels, static_cast<std::uint32_t>(rate), bits, values,
+                                      static_cast<std::uint32_t>(loopStart),
+                                      static_cast<std::uint32_t>(loopEnd))
+                 : fixtures::wavInts(
+                       channels, rate, bits, values,
+                       looped
+                           ? std::vector<fixtures::Loop>{{static_cast<std::uint32_t>(loopStart),
+                                                          static_cast<std::uint32_t>(loopEnd - 1)}}
+                           : std::vector<fixtures::Loop>{});
+        file.resize(file.size() - static_cast<std::size_t>(cut));
+
+        SetPlayRange(player_, rangeStart, rangeEnd);
+        startWave(file, aiff ? DataFormat::Aiff : DataFormat::Wave, startMs);
+        const auto fromMemory = renderInPieces(static_cast<std::size_t>(render));
+        const PlayerStatus memoryStatus = GetStatus(player_);
+        const std::int64_t memoryPlayed = GetPlayedSamples(GetLastPlaybackId(player_));
+        Stop(player_);
+
+        startStream(file, startMs);
+        QCOMPARE(GetStatus(player_), PlayerStatus::Preparing);
+        const auto fromDisk = renderInPieces(static_cast<std::size_t>(render));
+        QCOMPARE(fromDisk.size(), fromMemory.size());
+        double energy = 0.0;
+        for (std::size_t i = 0; i < fromMemory.size(); ++i) {
+            QCOMPARE(fromDisk[i], fromMemory[i]);
+            energy += fromMemory[i] * fromMemory[i];
+        }
+        QVERIFY(energy > 100.0);
+        QCOMPARE(GetStatus(player_), memoryStatus);
+        if (memoryStatus == PlayerStatus::Playing)
+            QCOMPARE(GetPlayedSamples(GetLastPlaybackId(player_)), memoryPlayed);
+        QVERIFY2(g_errors.isEmpty(), qPrintable(g_errors.join('\n')));
+    }
+
+    // Each start ramps in from silence over 5 ms, so a start in the middle of a
+    // loud sound (a seek) rises no faster than the sound itself.
+    void startsRampInFromSilence_data()
+    {
+        QTest::addColumn<int>("startMs");
+        QTest::newRow("from the top") << 0;
+        QTest::newRow("seek into a crest") << 1234;
+    }
+
+    void startsRampInFromSilence()
+    {
+        QFETCH(int, startMs);
+        const double a = 0.9;
+        std::vector<std::int32_t> v(48000 * 2);
+        for (std::size_t i = 0; i < v.size(); ++i) // a cosine: full height at every whole ms
+            v[i] =
+                static_cast<std::int32_t>(std::lround(a * 32767 * std::cos(2 * M_PI * i / 48.0)));
+        SetFadeIn(player_, true);
+        startWave(fixtures::wavInts(1, 48000, 16, v), DataFormat::Wave, startMs);
+        const auto out = render(2000);
+        const int ramp = 48000 / 200;
+        const std::size_t first = static_cast<std::size_t>(startMs) * 48;
+        float maxStep = std::fabs(out[0]);
+        for (int i = 0; i < 2000; ++i) {
+            const float x = v[first + static_cast<std::size_t>(i)] / 32768.0f;
+            const float want = i < ramp ? x * static_cast<float>(i + 1) / ramp : x;
+            QVERIFY2(std::fabs(out[2 * i] - want) < 1e-5f, qPrintable(QString::number(i)));
+            if (i > 0)
+                maxStep = std::max(maxStep, std::fabs(out[2 * i] - out[2 * i - 2]));
+        }
+        // The cosine's own largest step is 2 pi / 48 x 0.9 = 0.118; the ramp adds 0.9 / 240.
+        QVERIFY2(maxStep < 0.118f + 0.9f / ramp, qPrintable(QString::number(maxStep)));
+    }
+
+    // A resampled sound lasts exactly its length at the output rate, to the true
+    // last frame, and ramps out over the frames before it instead of stopping dead.
+    void resampledSoundEndsOnItsLastFrame_data()
+    {
+        QTest::addColumn<int>("rate");
+        QTest::addColumn<int>("frames");
+        QTest::addColumn<int>("startMs");
+        QTest::newRow("44.1 kHz, 1 s") << 44100 << 44100 << 0;
+        QTest::newRow("24 kHz, odd length") << 24000 << 1001 << 0;
+        QTest::newRow("96 kHz, down") << 96000 << 9601 << 0;
+        QTest::newRow("44.1 kHz from 500 ms") << 44100 << 88200 << 500;
+        QTest::newRow("22.05 kHz, 7 frames") << 22050 << 7 << 0;
+    }
+
+    void resampledSoundEndsOnItsLastFrame()
+    {
+        QFETCH(int, rate);
+        QFETCH(int, frames);
+        QFETCH(int, startMs);
+        SetFadeIn(player_, true);
+        const std::vector<double> dc(static_cast<std::size_t>(frames), 0.5);
+        startWave(fixtures::wavFloat(1, rate, 32, dc), DataFormat::Wave, startMs);
+        const std::int64_t left = frames - static_cast<std::int64_t>(startMs) * rate / 1000;
+        const std::int64_t want = (left * 48000 + rate - 1) / rate;
+        const auto out = renderInPieces(static_cast<std::size_t>(want) + 1000);
+        std::int64_t heard = 0;
+        for (std::size_t i = 0; i < out.size() / 2; ++i) {
+            if (out[2 * i] != 0.0f) {
+                QCOMPARE(static_cast<std::int64_t>(i), heard); // one unbroken run from the start
+                ++heard;
+            }
+        }
+        QCOMPARE(heard, want);
+        const float last = std::fabs(out[2 * static_cast<std::size_t>(want - 1)]);
+        QVERIFY2(last < 0.5f / 200.0f, qPrintable(QString::number(last)));
+        QCOMPARE(GetStatus(player_), PlayerStatus::PlayEnd);
+    }
+
+    // A play range plays its frames once, past any loop, and ramps out at its end.
+    void playRangePlaysTheRegionOnce()
+    {
+        const auto values = fixtures::distinct16(20000, 11);
+        const auto file = fixtures::wavInts(1, 48000, 16, values, {{2000, 2999}});
+        SetPlayRange(player_, 1000, 5000);
+        startWave(file);
+        const auto out = render(5000);
+        const int ramp = 48000 / 200;
+        for (int i = 0; i < 4000; ++i) {
+            const float x = values[static_cast<std::size_t>(1000 + i)] / 32768.0f;
+            const float g = i >= 4000 - ramp ? static_cast<float>(4000 - i) / ramp : 1.0f;
+            QVERIFY2(std::fabs(out[2 * i] - x * g) < 1e-6f, qPrintable(QString::number(i)));
+        }
+        for (int i = 4000; i < 5000; ++i)
+            QCOMPARE(out[2 * i], 0.0f);
+        QCOMPARE(GetStatus(player_), PlayerStatus::PlayEnd);
+
+        // Without a range the loop is back.
+        SetPlayRange(player_, -1, -1);
+        startWave(file);
+        const auto looped = render(3001);
+        QCOMPARE(looped[2 * 3000], values[2000] / 32768.0f);
+    }
+
     void allocationGoesThroughTheHostFunctions()
     {
         Finalize();
@@ -695,6 +900,7 @@ private slots:
         voice.frameCount = 48000;
         voice.channels = 1;
         voice.rate = 48000;
+        voice.fadeIn = false;
         SetStereoFold(voice);
         QVERIFY(mixer.Post({MixerCommand::Type::Add, &voice, 0.0f}));
         std::vector<float> out(2 * 1000);

@@ -81,6 +81,7 @@ private slots:
         const auto values = fixtures::distinct16(frames * 2, 7);
         const QByteArray wav = fixtures::toQByteArray(fixtures::wavInts(2, 48000, 16, values));
         SetData(player_, wav.constData(), static_cast<std::size_t>(wav.size()));
+        SetFadeIn(player_, false); // every sample as it is in the file
         Start(player_);
         QVERIFY(waitForStatus(player_, PlayerStatus::PlayEnd, 5000));
         QCOMPARE(GetPlayedSamples(GetLastPlaybackId(player_)), std::int64_t(frames));

@@ -26,6 +26,9 @@ std::vector<float> render(std::size_t frames)
     return out;
 }
 
+// Every start ramps in over 5 ms; from then on the file's own samples play.
+constexpr int kRamp = 48000 / 200;
+
 bool silent(const std::vector<float>& v)
 {
     return std::all_of(v.begin(), v.end(), [](float x) { return x == 0.0f; });
@@ -121,21 +124,23 @@ private slots:
         lumo_->Play(dir_.filePath(name));
         QVERIFY(!lumo_->UsesPcmPlayer());
         QVERIFY(lumo_->IsPreparing());
-        const auto out = render(100);
+        const auto out = render(kRamp + 100);
         QVERIFY(lumo_->IsPlaying());
         const auto expected = channels == 1 ? values48k_ : fixtures::distinct16(2000, 5);
-        QCOMPARE(out[0], expected[0] / 32768.0f);
-        QCOMPARE(out[1], expected[static_cast<std::size_t>(channels - 1)] / 32768.0f);
-        QCOMPARE(lumo_->GetPlayedSamples(), std::int64_t(100));
+        const auto at = static_cast<std::size_t>(kRamp * channels);
+        QCOMPARE(out[2 * kRamp], expected[at] / 32768.0f);
+        QCOMPARE(out[2 * kRamp + 1],
+                 expected[at + static_cast<std::size_t>(channels - 1)] / 32768.0f);
+        QCOMPARE(lumo_->GetPlayedSamples(), std::int64_t(kRamp + 100));
     }
 
     void playFromStartsAtTheRequestedFrame()
     {
         lumo_->PlayFrom(path("long.wav"), 1500);
-        const auto out = render(64);
-        for (int i = 0; i < 64; ++i)
-            QCOMPARE(out[2 * i], values48k_[72000 + i] / 32768.0f);
-        QCOMPARE(lumo_->GetPlayedSamples(), std::int64_t(72064));
+        const auto out = render(kRamp + 64);
+        for (int i = kRamp; i < kRamp + 64; ++i)
+            QCOMPARE(out[2 * i], values48k_[static_cast<std::size_t>(72000 + i)] / 32768.0f);
+        QCOMPARE(lumo_->GetPlayedSamples(), std::int64_t(72000 + kRamp + 64));
     }
 
     void stopReturnsToStopped()
@@ -150,7 +155,7 @@ private slots:
         QVERIFY(silent(render(100)));
         // Playing again after a stop starts from the top.
         lumo_->Play(path("long.wav"));
-        QCOMPARE(render(1)[0], values48k_[0] / 32768.0f);
+        QCOMPARE(render(kRamp + 1)[2 * kRamp], values48k_[kRamp] / 32768.0f);
     }
 
     void missingFileReportsAnEngineError()
@@ -251,7 +256,7 @@ private slots:
         // Back to a WAVE file: the memory player again.
         lumo_->Play(path("long.wav"));
         QVERIFY(!lumo_->UsesPcmPlayer());
-        QCOMPARE(render(1)[0], values48k_[0] / 32768.0f);
+        QCOMPARE(render(kRamp + 1)[2 * kRamp], values48k_[kRamp] / 32768.0f);
     }
 
     void notPlayingReportsNoSamples()

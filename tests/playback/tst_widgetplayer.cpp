@@ -3,6 +3,7 @@
 // here and plays on its silent output in real time.
 #include "KrokManager.h"
 #include "KrokTableSortModel.h"
+#include "LoudnessMatch.h"
 #include "MainWindow.h"
 #include "TableRoles.h"
 #include "TeskManager.h"
@@ -157,6 +158,30 @@ private slots:
         QVERIFY(!player.playlistButton()->isChecked());
         // The click alone does not start the playlist timer.
         QVERIFY(!manager.GetPlaylistTimer()->isActive());
+    }
+
+    // The loudness toggle follows the manager's flag both ways; the gain of
+    // each start shows beside it while matching is on.
+    void matchLoudnessToggleShowsTheGain()
+    {
+        TeskManager manager;
+        WidgetPlayer player;
+        player.ConnectManager(&manager);
+        QVERIFY(!player.matchLoudnessButton()->isChecked());
+        QVERIFY(player.gainLabel()->isHidden());
+        player.matchLoudnessButton()->click();
+        QVERIFY(manager.IsMatchLoudness());
+        QVERIFY(!player.gainLabel()->isHidden());
+        emit manager.SigPreviewGainChanged(4.46, static_cast<int>(LoudnessMatch::Basis::Matched));
+        QCOMPARE(player.gainLabel()->text(), QStringLiteral("+4.5 dB"));
+        QVERIFY(!player.gainLabel()->toolTip().isEmpty());
+        emit manager.SigPreviewGainChanged(-0.04, static_cast<int>(LoudnessMatch::Basis::Matched));
+        QCOMPARE(player.gainLabel()->text(), QStringLiteral("0.0 dB"));
+        emit manager.SigPreviewGainChanged(-12.0, static_cast<int>(LoudnessMatch::Basis::Matched));
+        QCOMPARE(player.gainLabel()->text(), QString(QChar(0x2212)) + QStringLiteral("12.0 dB"));
+        manager.SlotChangeMatchLoudnessCalled(false);
+        QVERIFY(!player.matchLoudnessButton()->isChecked());
+        QVERIFY(player.gainLabel()->isHidden());
     }
 
     void stopButtonStopsPlayback()

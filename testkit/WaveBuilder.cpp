@@ -183,4 +183,37 @@ bool writeSineWav(const QString& path, int rate, int channels, int frames, doubl
     return writeFile(path, wav(channels, rate, bits, sine(frames, channels, rate, hz, peak)));
 }
 
+bool writeLongWav(const QString& path, int channels, int rate, int bits, std::int64_t frames,
+                  const BlockFill& fill)
+{
+    const std::int64_t blockAlign = channels * (bits / 8);
+    const std::int64_t dataBytes = frames * blockAlign;
+    if (channels < 1 || bits < 16 || bits % 8 != 0 || dataBytes + 36 > 0xffffffffLL)
+        return false;
+    Bytes header = riff({chunk("fmt ", fmtBody(1, channels, rate, bits))});
+    putId(header, "data");
+    putLe32(header, static_cast<std::uint32_t>(dataBytes));
+    // The RIFF size covers the data that follows the header.
+    const auto riffSize = static_cast<std::uint32_t>(header.size() - 8 + dataBytes);
+    for (int i = 0; i < 4; ++i)
+        header[static_cast<std::size_t>(4 + i)] = static_cast<unsigned char>(riffSize >> (8 * i));
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return false;
+    bool ok = file.write(reinterpret_cast<const char*>(header.data()),
+                         static_cast<qint64>(header.size())) == static_cast<qint64>(header.size());
+    constexpr std::int64_t kBlockFrames = 65536;
+    std::vector<std::int32_t> block;
+    for (std::int64_t at = 0; ok && at < frames; at += kBlockFrames) {
+        const std::int64_t n = std::min(kBlockFrames, frames - at);
+        block.assign(static_cast<std::size_t>(n * channels), 0);
+        fill(at, block);
+        const Bytes bytes = ints(bits, block);
+        ok = file.write(reinterpret_cast<const char*>(bytes.data()),
+                        static_cast<qint64>(bytes.size())) == static_cast<qint64>(bytes.size());
+    }
+    return ok;
+}
+
 } // namespace fixtures

@@ -6,11 +6,14 @@
 #include <QByteArray>
 #include <QString>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace fixtures {
@@ -39,7 +42,9 @@ inline void putBe32(Bytes& b, std::uint32_t v)
 }
 inline void putId(Bytes& b, const char* id)
 {
-    b.insert(b.end(), id, id + 4);
+    // Byte by byte: GCC 12 at -O3 takes an insert into an empty vector for an overflow.
+    for (int i = 0; i < 4; ++i)
+        b.push_back(static_cast<unsigned char>(id[i]));
 }
 inline void append(Bytes& b, const Bytes& more)
 {
@@ -179,6 +184,32 @@ inline Bytes smplBody(std::uint32_t statedCount, const std::vector<Loop>& loops)
     return b;
 }
 
+// A broadcast-wave 'bext' body (version 1, 602 bytes): the description, then
+// zeros except the time reference (samples since midnight).
+inline Bytes bextBody(const std::string& description, std::uint64_t timeReference)
+{
+    Bytes b(602, 0);
+    std::memcpy(b.data(), description.data(), std::min<std::size_t>(description.size(), 256));
+    for (int i = 0; i < 8; ++i)
+        b[static_cast<std::size_t>(338 + i)] = static_cast<unsigned char>(timeReference >> (8 * i));
+    b[346] = 1; // version
+    return b;
+}
+
+// A LIST body of type INFO with one text item per (id, text) pair, each
+// zero-terminated and padded to an even length.
+inline Bytes listInfoBody(const std::vector<std::pair<const char*, std::string>>& items)
+{
+    Bytes b;
+    putId(b, "INFO");
+    for (const auto& item : items) {
+        Bytes text(item.second.begin(), item.second.end());
+        text.push_back(0);
+        append(b, chunk(item.first, text));
+    }
+    return b;
+}
+
 // 80-bit IEEE extended encoding of a positive integer rate.
 inline Bytes extended(std::uint32_t rate)
 {
@@ -282,5 +313,13 @@ bool writeFile(const QString& path, const Bytes& bytes);
 // a given length and format rather than particular samples.
 bool writeSineWav(const QString& path, int rate, int channels, int frames, double peak = 0.25,
                   double hz = 997.0, int bits = 16);
+
+// A PCM WAV written a block at a time, for files too long to build in memory
+// (half an hour of audio and more). `fill` gets the first frame of each block
+// and a block to fill with interleaved integer samples in the range of `bits`
+// (16, 24 or 32).
+using BlockFill = std::function<void(std::int64_t firstFrame, std::vector<std::int32_t>& block)>;
+bool writeLongWav(const QString& path, int channels, int rate, int bits, std::int64_t frames,
+                  const BlockFill& fill);
 
 } // namespace fixtures

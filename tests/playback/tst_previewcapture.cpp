@@ -1,0 +1,294 @@
+// What the preview really sends to the sound card: the playback manager on
+// SDL's "disk" driver, which writes every buffer the device callback produced
+// to a file, read back and measured here.
+
+#include "AudioEngine.h"
+#include "LumoManager.h"
+#include "WaveBuilder.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <cmath>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+namespace {
+
+constexpr int kRamp = 48000 / 200;
+
+// Frames (stereo floats) that were sent to the device.
+std::vector<float> readCapture(const QString& path)
+{
+    QFile f(path);
+    if (!f.open(QIODevice::ReadOnly))
+        return {};
+    const QByteArray bytes = f.readAll();
+    std::vector<float> out(static_cast<std::size_t>(bytes.size()) / sizeof(float));
+    std::memcpy(out.data(), bytes.constData(), out.size() * sizeof(float));
+    return out;
+}
+
+bool waitUntilDone(LumoManager& lumo, int timeoutMs)
+{
+    QElapsedTimer t;
+    t.start();
+    while (lumo.IsPlaying() || lumo.IsPreparing()) {
+        if (t.elapsed() > timeoutMs)
+            return false;
+        QThread::msleep(5);
+    }
+    return true;
+}
+
+} // namespace
+
+class TestPreviewCapture : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir dir_;
+    std::unique_ptr<LumoManager> lumo_;
+    QString capture_;
+    int run_ = 0;
+
+    QString path(const char* name) const { return dir_.filePath(QLatin1String(name)); }
+
+    // The disk driver writes to `file`, waiting `delayMs` per 256-frame buffer
+    // (5.3 ms of sound): 1 ms runs five times real time, slow enough for a
+    // request to land mid-sound; a streamed sound gets more, so that a busy
+    // machine does not starve its worker.
+    void start(const QByteArray& file, int delayMs = 1)
+    {
+        qputenv("SDL_AUDIODRIVER", "disk");
+        qputenv("SDL_DISKAUDIOFILE", file);
+        qputenv("SDL_DISKAUDIODELAY", QByteArray::number(delayMs));
+        lumo_ = std::make_unique<LumoManager>();
+        lumo_->Initialize();
+        QVERIFY(AudioEngine::IsDeviceRunning());
+        QCOMPARE(AudioEngine::GetOutputRate(), 48000);
+    }
+
+    void startCapture(int delayMs = 1)
+    {
+        capture_ = dir_.filePath(QStringLiteral("capture-%1.raw").arg(++run_));
+        start(QFile::encodeName(capture_), delayMs);
+    }
+
+    std::vector<float> finishCapture()
+    {
+        lumo_->Finalize();
+        lumo_.reset();
+        return readCapture(capture_);
+    }
+
+private slots:
+    void cleanup()
+    {
+        lumo_.reset();
+        qunsetenv("SDL_AUDIODRIVER");
+        qunsetenv("SDL_DISKAUDIOFILE");
+        qunsetenv("SDL_DISKAUDIODELAY");
+    }
+
+    // Seeking twice into the crest of a loud tone: the output never jumps more
+    // than the tone itself does from one sample to the next (plus what the 5 ms
+    // ramps add), where a cut would jump by up to twice the amplitude.
+    void seekPointsDoNotClick()
+    {
+        const double a = 0.9;
+        std::vector<std::int32_t> v(48000 * 3);
+        for (std::size_t i = 0; i < v.size(); ++i)
+            v[i] =
+                static_cast<std::int32_t>(std::lround(a * 32767 * std::cos(2 * M_PI * i / 48.0)));
+        QVERIFY(fixtures::writeFile(path("tone.wav"), fixtures::wavInts(1, 48000, 16, v)));
+        startCapture();
+        lumo_->Play(path("tone.wav"));
+        QTRY_VERIFY_WITH_TIMEOUT(lumo_->GetPlayedSamples() > 9600, 5000);
+        lumo_->PlayFrom(path("tone.wav"), 1234);
+        QTRY_VERIFY_WITH_TIMEOUT(lumo_->GetPlayedSamples() > 1234 * 48 + 4800, 5000);
+        lumo_->PlayFrom(path("tone.wav"), 2001);
+        QTRY_VERIFY_WITH_TIMEOUT(lumo_->GetPlayedSamples() > 2001 * 48 + 4800, 5000);
+        lumo_->Stop();
+        QVERIFY(waitUntilDone(*lumo_, 5000));
+        const auto out = finishCapture();
+
+        // The positions above show that both seeks happened; between them every
+        // frame the card got is here.
+        float maxStep = 0.0f;
+        std::size_t heard = 0;
+        for (std::size_t i = 2; i < out.size(); i += 2) {
+            maxStep = std::max(maxStep, std::fabs(out[i] - out[i - 2]));
+            heard += out[i] != 0.0f;
+        }
+        QVERIFY(heard > 9600 + 2 * 4800);
+        // The tone's own largest step is 2 pi / 48 x 0.9 = 0.118.
+        QVERIFY2(maxStep < 0.118f + a / kRamp + 1e-4f, qPrintable(QString::number(maxStep)));
+    }
+
+    // A file at another rate lasts exactly its length at 48 kHz, to its true last
+    // frame, and its last frame is ramped down rather than cut.
+    void resampledFileLastsItsLength_data()
+    {
+        QTest::addColumn<int>("rate");
+        QTest::addColumn<int>("frames");
+        QTest::addColumn<bool>("stream");
+        QTest::newRow("44.1 kHz, one second") << 44100 << 44100 << false;
+        QTest::newRow("22.05 kHz, odd length") << 22050 << 12345 << false;
+        QTest::newRow("96 kHz, streamed from disk") << 96000 << 96001 << true;
+    }
+
+    void resampledFileLastsItsLength()
+    {
+        QFETCH(int, rate);
+        QFETCH(int, frames);
+        QFETCH(bool, stream);
+        const std::vector<double> dc(static_cast<std::size_t>(frames) * 2, 0.5);
+        QVERIFY(fixtures::writeFile(path("dc.wav"), fixtures::wavFloat(2, rate, 32, dc)));
+        startCapture(stream ? 3 : 1);
+        lumo_->SetStreamThreshold(stream ? 0 : LumoManager::kDefaultStreamThreshold);
+        lumo_->Play(path("dc.wav"));
+        QCOMPARE(lumo_->IsStreaming(), stream);
+        QVERIFY(waitUntilDone(*lumo_, 10000));
+        const auto out = finishCapture();
+
+        std::size_t first = 0;
+        while (first < out.size() && out[first] == 0.0f)
+            first += 2;
+        std::size_t last = out.size();
+        while (last > first && out[last - 2] == 0.0f)
+            last -= 2;
+        const auto heard = static_cast<std::int64_t>((last - first) / 2);
+        const std::int64_t want = (std::int64_t(frames) * 48000 + rate - 1) / rate;
+        QCOMPARE(heard, want);
+        for (std::size_t i = first; i < last; ++i)
+            QVERIFY2(out[i] != 0.0f, "one unbroken sound");
+        QVERIFY2(std::fabs(out[last - 2]) < 0.5f / 200.0f,
+                 qPrintable(QString::number(out[last - 2])));
+    }
+
+    // A full-scale 5.1 file folds to stereo with the usual weights (centre and
+    // surrounds at -3 dB, LFE dropped), scaled so that it cannot clip: all six
+    // channels at full scale in phase come out at full scale, not clipped.
+    void sixChannelsFoldWithoutClipping_data()
+    {
+        QTest::addColumn<int>("mask"); // channels that carry the tone: L R C LFE Ls Rs
+        QTest::newRow("all six in phase") << 0x3f;
+        QTest::newRow("LFE alone") << 0x08;
+        QTest::newRow("centre alone") << 0x04;
+        QTest::newRow("left surround alone") << 0x10;
+        QTest::newRow("front pair") << 0x03;
+    }
+
+    void sixChannelsFoldWithoutClipping()
+    {
+        QFETCH(int, mask);
+        const int frames = 9600;
+        std::vector<std::int32_t> v(static_cast<std::size_t>(frames) * 6);
+        for (int i = 0; i < frames; ++i) {
+            // Full scale at every 8th frame (a 6 kHz square-ish tone).
+            const std::int32_t x = (i / 4) % 2 ? 32767 : -32767;
+            for (int c = 0; c < 6; ++c)
+                v[static_cast<std::size_t>(i * 6 + c)] = (mask >> c) & 1 ? x : 0;
+        }
+        QVERIFY(fixtures::writeFile(path("six.wav"), fixtures::wavInts(6, 48000, 16, v)));
+        startCapture();
+        lumo_->Play(path("six.wav"));
+        QVERIFY(waitUntilDone(*lumo_, 5000));
+        const auto out = finishCapture();
+
+        const double k = 1.0 / (1.0 + 2.0 * M_SQRT1_2);
+        const double left[6] = {k, 0, k * M_SQRT1_2, 0, k * M_SQRT1_2, 0};
+        const double right[6] = {0, k, k * M_SQRT1_2, 0, 0, k * M_SQRT1_2};
+        double wantLeft = 0.0;
+        double wantRight = 0.0;
+        for (int c = 0; c < 6; ++c) {
+            if ((mask >> c) & 1) {
+                wantLeft += left[c] * 32767.0 / 32768.0;
+                wantRight += right[c] * 32767.0 / 32768.0;
+            }
+        }
+        float peakLeft = 0.0f;
+        float peakRight = 0.0f;
+        for (std::size_t i = 0; i + 1 < out.size(); i += 2) {
+            peakLeft = std::max(peakLeft, std::fabs(out[i]));
+            peakRight = std::max(peakRight, std::fabs(out[i + 1]));
+        }
+        QVERIFY2(std::fabs(peakLeft - wantLeft) < 1e-5,
+                 qPrintable(QString::number(peakLeft, 'g', 9)));
+        QVERIFY2(std::fabs(peakRight - wantRight) < 1e-5,
+                 qPrintable(QString::number(peakRight, 'g', 9)));
+    }
+
+    // A looped file above the size limit streams from disk: what reaches the
+    // card is the file's own frames, head then loop rounds, in order.
+    void longLoopedFileStreamsItsOwnFrames()
+    {
+        const int frames = 48000 * 8;
+        std::vector<std::int32_t> v(static_cast<std::size_t>(frames) * 2);
+        for (std::size_t i = 0; i < v.size(); ++i) {
+            const auto x = static_cast<std::int32_t>((i * 7919) % 60001) - 30000;
+            v[i] = x == 0 ? 1 : x; // never silent, so the start shows
+        }
+        const std::uint32_t loopStart = 48000 * 2 + 17;
+        const std::uint32_t loopEnd = 48000 * 3 + 5; // exclusive
+        QVERIFY(fixtures::writeFile(
+            path("long.wav"), fixtures::wavInts(2, 48000, 16, v, {{loopStart, loopEnd - 1}})));
+        startCapture(3);
+        lumo_->SetStreamThreshold(1024 * 1024); // the file is 1.5 MB
+        lumo_->Play(path("long.wav"));
+        QVERIFY(lumo_->IsStreaming());
+        // Three rounds of the loop.
+        QTRY_VERIFY_WITH_TIMEOUT(lumo_->GetPlayedSamples() > 48000 * 6, 15000);
+        lumo_->Stop();
+        QVERIFY(waitUntilDone(*lumo_, 5000));
+        const auto out = finishCapture();
+
+        std::size_t first = 0;
+        while (first < out.size() && out[first] == 0.0f)
+            first += 2;
+        const std::size_t heard = (out.size() - first) / 2;
+        QVERIFY(heard > 48000 * 6);
+        for (std::size_t i = kRamp; i < 48000 * 6; ++i) {
+            const std::size_t src =
+                i < loopEnd ? i : loopStart + (i - loopStart) % (loopEnd - loopStart);
+            QCOMPARE(out[first + 2 * i], v[2 * src] / 32768.0f);
+            QCOMPARE(out[first + 2 * i + 1], v[2 * src + 1] / 32768.0f);
+        }
+        QCOMPARE(AudioEngine::GetCallbackStats().streamUnderruns, std::int64_t(0));
+    }
+
+    // The device goes away mid-sound (the disk driver's writes start failing):
+    // the output moves to the default device and the sound plays on to its end
+    // instead of hanging.
+    void lostDeviceFallsBackToTheDefault()
+    {
+        std::vector<std::int32_t> v(48000, 8000);
+        QVERIFY(fixtures::writeFile(path("half.wav"), fixtures::wavInts(1, 48000, 16, v)));
+        start(QByteArrayLiteral("/dev/full"));
+        lumo_->Play(path("half.wav"));
+        capture_ = dir_.filePath(QStringLiteral("after-loss.raw"));
+        qputenv("SDL_DISKAUDIOFILE", QFile::encodeName(capture_)); // where the default opens
+        QString lost = QStringLiteral("unset");
+        bool recovered = false;
+        QElapsedTimer t;
+        t.start();
+        while (!recovered && t.elapsed() < 5000) {
+            QThread::msleep(10);
+            recovered = lumo_->CheckOutputDevice(&lost);
+        }
+        QVERIFY(recovered);
+        QVERIFY2(lost.isEmpty(), qPrintable(lost)); // the default itself went
+        QVERIFY(AudioEngine::IsDeviceRunning());
+        QVERIFY(waitUntilDone(*lumo_, 5000));
+        QVERIFY(!lumo_->CheckOutputDevice());
+        const auto out = finishCapture();
+        QVERIFY(std::any_of(out.begin(), out.end(), [](float x) { return x > 0.2f; }));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestPreviewCapture)
+#include "tst_previewcapture.moc"
