@@ -323,10 +323,12 @@ void MainWindow::SlotOpenSettingsForm()
 {
     subFormToolSettings form(manager->GetExternalToolPath(), manager->GetExternalToolArgs(),
                              manager->GetSeekTimeMs(), this);
+    form.setUcsCatIdListPath(manager->GetUcsCatIdListPath());
     if (form.exec() != QDialog::Accepted)
         return;
     manager->SetExternalTool(form.toolPath(), form.toolArgs());
     manager->SetSeekTimeMs(form.seekTimeMs());
+    manager->SetUcsCatIdListPath(form.ucsCatIdListPath());
 }
 
 void MainWindow::SlotChangeColorTheme(TeskManager::ColorTheme)

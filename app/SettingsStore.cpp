@@ -56,6 +56,7 @@ void SettingsStore::Load(QSettings& store, StoredSettings& s)
     s.fontTableFamily =
         store.value(QStringLiteral("fontTableFamily"), s.fontTableFamily).toString();
     s.fontTableSize = store.value(QStringLiteral("fontTableSize"), s.fontTableSize).toInt();
+    s.ucsCatIdListPath = store.value(QStringLiteral("ucsCatIdList"), s.ucsCatIdListPath).toString();
 
     s.bookmarks.clear();
     const int n = store.beginReadArray(QStringLiteral("bookmarkRoot"));
@@ -109,6 +110,7 @@ void SettingsStore::Save(QSettings& store, const StoredSettings& s)
     store.setValue(QStringLiteral("fontTableIsFit"), s.fontTableIsFit);
     store.setValue(QStringLiteral("fontTableFamily"), s.fontTableFamily);
     store.setValue(QStringLiteral("fontTableSize"), s.fontTableSize);
+    store.setValue(QStringLiteral("ucsCatIdList"), s.ucsCatIdListPath);
 
     // Rewritten whole, so that removed bookmarks do not linger as stale elements.
     store.remove(QStringLiteral("bookmarkRoot"));

@@ -101,6 +101,8 @@ void TeskManager::ApplyStoredSettings()
     emit SigLoudnessVoltModeChanged(s.loudnessVoltMode);
     emit SigMultiPlotChanged(s.multiPlotFlag);
     emit SigShowHiddensFlagChanged(s.showHiddenFlag);
+    if (!s.ucsCatIdListPath.isEmpty())
+        emit SigUcsCatIdListChanged(s.ucsCatIdListPath);
     RestartAcquisition();
     emit SigColumnVisibleLoaded(s.columnState);
 }
@@ -140,6 +142,14 @@ void TeskManager::SetExternalTool(const QString& path, const QString& args)
 {
     s.externalExecutePath = path;
     s.externalExecuteArgs = args;
+}
+
+void TeskManager::SetUcsCatIdListPath(const QString& path)
+{
+    if (path == s.ucsCatIdListPath)
+        return;
+    s.ucsCatIdListPath = path;
+    emit SigUcsCatIdListChanged(path);
 }
 
 void TeskManager::StartPlaylistTimerIfWanted()

@@ -60,6 +60,7 @@ public:
     QString GetExternalToolPath() const { return s.externalExecutePath; }
     QString GetExternalToolArgs() const { return s.externalExecuteArgs; }
     int GetSeekTimeMs() const { return s.seekTimeMs; }
+    QString GetUcsCatIdListPath() const { return s.ucsCatIdListPath; }
     QString GetGacAddress() const { return s.gacAddress; }
     int GetGacPort() const { return s.gacPortNumber; }
     ColorTheme GetColorTheme() const { return static_cast<ColorTheme>(s.colorTheme); }
@@ -81,6 +82,8 @@ public:
     void SetGacPort(int port) { s.gacPortNumber = port; }
     void SetExternalTool(const QString& path, const QString& args);
     void SetSeekTimeMs(int ms) { s.seekTimeMs = ms; }
+    // Announces a changed path through SigUcsCatIdListChanged.
+    void SetUcsCatIdListPath(const QString& path);
     // Moves the playing file one seek step forward or backward.
     void SeekPlayback(bool backward);
 
@@ -116,6 +119,7 @@ signals:
     void SigSetPlaybackPosition(QString filePath, double positionRatio);
     void SigChangeColorTheme(TeskManager::ColorTheme theme);
     void SigChangeFont();
+    void SigUcsCatIdListChanged(QString path);
 
 public slots:
     void SlotChangeRootPathCalled(QString path);

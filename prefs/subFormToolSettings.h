@@ -7,8 +7,8 @@ class QSpinBox;
 class QToolButton;
 
 // "Tool Settings": the external program that opens a file, its argument line
-// with "%FILEPATH%", and the seek step of the 'R' and 'T' keys. The caller
-// stores the values when the dialog is accepted.
+// with "%FILEPATH%", the seek step of the 'R' and 'T' keys, and the UCS CatID
+// list. The caller stores the values when the dialog is accepted.
 class subFormToolSettings final : public QDialog
 {
     Q_OBJECT
@@ -22,9 +22,12 @@ public:
     QString toolPath() const;
     QString toolArgs() const;
     int seekTimeMs() const;
+    void setUcsCatIdListPath(const QString& path);
+    QString ucsCatIdListPath() const;
 
 private slots:
     void SlotPushedOpenFile();
+    void SlotPushedOpenCatIdList();
     void SlotPushedOk();
 
 private:
@@ -32,4 +35,6 @@ private:
     QToolButton* buttonOpenFile = nullptr;
     QLineEdit* editToolArgs = nullptr;
     QSpinBox* spinSeekTime = nullptr;
+    QLineEdit* editCatIdList = nullptr;
+    QToolButton* buttonOpenCatIdList = nullptr;
 };
