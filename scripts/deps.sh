@@ -17,7 +17,7 @@ test_pkgs=(
     xvfb xauth dbus-daemon
 )
 bench_pkgs=(
-    libebur128-dev bs1770gain loudgain
+    libebur128-dev bs1770gain loudgain ffmpeg
 )
 
 wanted=("${build_pkgs[@]}")
