@@ -143,11 +143,18 @@ void addUcs(QVector<MetadataItem>& items, int column, const FileMetadata* m, con
             {QCoreApplication::translate("krokTableModel", "User category"), ucs.userCategory});
         break;
     case ColumnCategory: {
-        const bool fromList = !ucs.category.isEmpty();
-        items.append({QCoreApplication::translate("krokTableModel", "Category"),
-                      fromList ? ucs.category : textOf(m, MetadataKey::UserCategory)});
-        items.append({QCoreApplication::translate("krokTableModel", "SubCategory"),
-                      fromList ? ucs.subCategory : textOf(m, MetadataKey::UserSubCategory)});
+        // The list names the category of the name's CatID; iXML names its own
+        // CatID's, which may be another one.
+        if (!ucs.category.isEmpty()) {
+            items.append({QCoreApplication::translate("krokTableModel", "Category"), ucs.category});
+            items.append(
+                {QCoreApplication::translate("krokTableModel", "SubCategory"), ucs.subCategory});
+        } else if (!ucs.isValid() || ucs.catId == textOf(m, MetadataKey::UserCatId)) {
+            items.append({QCoreApplication::translate("krokTableModel", "Category"),
+                          textOf(m, MetadataKey::UserCategory)});
+            items.append({QCoreApplication::translate("krokTableModel", "SubCategory"),
+                          textOf(m, MetadataKey::UserSubCategory)});
+        }
         break;
     }
     case ColumnFxName:

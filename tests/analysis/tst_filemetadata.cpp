@@ -2,12 +2,14 @@
 // and broken chunks), TagLib tags of files made by the Debian encoders, and
 // the timecode of a BWF time reference.
 
+#include "CellFormat.h"
 #include "FileMetadata.h"
 #include "FileMetadataReader.h"
 #include "KrokManager.h"
 #include "MetadataColumns.h"
 #include "MetadataText.h"
 #include "TagMetadataReader.h"
+#include "UcsName.h"
 #include "WaveBuilder.h"
 #include "WaveByteSource.h"
 #include "WaveMetadataReader.h"
@@ -78,6 +80,7 @@ private slots:
     void analysisStoresMetadata();
     void formatsTimecodes_data();
     void formatsTimecodes();
+    void ucsColumnsFallBackToIxml();
 };
 
 void TestFileMetadata::decodesTexts_data()
@@ -373,6 +376,31 @@ void TestFileMetadata::formatsTimecodes()
     const std::string r = timecodeRate.toStdString();
     const std::string f = flag.toStdString();
     QCOMPARE(FormatTimecode(samples, rate, r, f), expected);
+}
+
+void TestFileMetadata::ucsColumnsFallBackToIxml()
+{
+    // Libraries that keep plain file names carry the same blocks in iXML USER.
+    FileMetadata m;
+    m.setText(MetadataKey::UserCatId, "DOORWood");
+    m.setText(MetadataKey::UserCategory, "DOORS");
+    m.setText(MetadataKey::UserSubCategory, "WOOD");
+    m.setText(MetadataKey::UserFxName, "Creak");
+    m.setText(MetadataKey::UserCreator, "JD");
+    m.setText(MetadataKey::UserSource, "LIB");
+    const auto cells = [&m](const UcsName& ucs) {
+        QStringList out;
+        for (int column = ColumnCatId; column <= ColumnSource; ++column)
+            out << MetadataCellValue(column, &m, 48000, ucs, false).toString();
+        return out;
+    };
+    QCOMPARE(cells(ParseUcsName(QStringLiteral("door_take_3.wav"), nullptr)),
+             (QStringList{"DOORWood", "DOORS-WOOD", "Creak", "JD", "LIB"}));
+    // A UCS name speaks first, and iXML's category is not taken for another CatID.
+    QCOMPARE(cells(ParseUcsName(QStringLiteral("AMBForst_Birds_AB_CD.wav"), nullptr)),
+             (QStringList{"AMBForst", "", "Birds", "AB", "CD"}));
+    QCOMPARE(cells(ParseUcsName(QStringLiteral("DOORWood_Slam_AB_CD.wav"), nullptr)),
+             (QStringList{"DOORWood", "DOORS-WOOD", "Slam", "AB", "CD"}));
 }
 
 QTEST_GUILESS_MAIN(TestFileMetadata)

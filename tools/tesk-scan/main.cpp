@@ -58,17 +58,19 @@ int main(int argc, char** argv)
         "and Tempo/Key show the first field of their group that the file carries (BWF bext,\n"
         "iXML, RIFF INFO, acid, cue labels, AIFF NAME/AUTH/ANNO/(c), ID3 and Vorbis\n"
         "comments), line breaks as spaces. CatID, Category, FX Name, Creator and Source come\n"
-        "from a UCS file name (CatID_FXName_CreatorID_SourceID[_...]); Category shows\n"
-        "CATEGORY-SUBCATEGORY and needs --ucs-list. In JSON, \"metadata\" holds every text\n"
-        "field under its key: description, title, artist, album, comment, date, genre,\n"
-        "copyright, software, keywords, bpm, musicalKey, originator, originatorReference,\n"
-        "originationDate, originationTime, project, scene, take, tape, note, timecodeRate,\n"
-        "timecodeFlag, userDescription, userCategory, userSubCategory, userCatId, userFxName,\n"
-        "userCreator, userSource, userKeywords, userText, cueLabels, cueNotes (absent keys:\n"
-        "no such field); \"timeReference\" (bext, samples since midnight) with \"timecode\";\n"
-        "\"acid\" {oneShot, rootNote, beats, meterNumerator, meterDenominator, tempo}; and\n"
-        "\"ucs\" {catId, category, subCategory, fxName, creatorId, sourceId, userCategory,\n"
-        "userData}, empty for a name that is not a UCS name.\n"
+        "from a UCS file name (CatID_FXName_CreatorID_SourceID[_...]), else from the iXML\n"
+        "USER fields; Category shows CATEGORY-SUBCATEGORY from --ucs-list. In JSON,\n"
+        "\"metadata\" holds every text field under its key: description, title, artist,\n"
+        "album, comment, date, genre, copyright, software, keywords, bpm, musicalKey,\n"
+        "originator, originatorReference, originationDate, originationTime, project, scene,\n"
+        "take, tape, note, timecodeRate, timecodeFlag, userDescription, userCategory,\n"
+        "userSubCategory, userCatId, userFxName, userCreator, userSource, userKeywords,\n"
+        "userText, cueLabels, cueNotes (a key is absent when the file has no such field),\n"
+        "and also \"timeReference\" (bext, samples since midnight) with \"timecode\", and\n"
+        "\"acid\" {oneShot, rootNote, beats, meterNumerator, meterDenominator, tempo};\n"
+        "\"ucs\" holds the blocks of a UCS file name {catId, category, subCategory, fxName,\n"
+        "creatorId, sourceId, userCategory, userData} and is empty for any other name.\n"
+        "\n"
         "Loudness is integrated loudness in LUFS; -96 (shown as ---) means not measured.\n"
         "A progress bar goes to standard error when it is a terminal.\n"
         "\n"
@@ -97,8 +99,8 @@ int main(int argc, char** argv)
                                         QStringLiteral("Print one JSON array instead of CSV."));
     const QCommandLineOption ucsListOption(
         QStringLiteral("ucs-list"),
-        QStringLiteral("The UCS CatID list (CSV or TSV with CatID, Category and SubCategory\n"
-                       "columns): only its CatIDs count as UCS names, and their category names\n"
+        QStringLiteral("The UCS CatID list (CSV or TSV with CatID, Category and SubCategory "
+                       "columns): only its CatIDs count as UCS names, and their category names "
                        "are shown."),
         QStringLiteral("FILE"));
     parser.addOptions({recursiveOption, hiddenOption, loudnessOption, multiPlotOption, voltOption,
