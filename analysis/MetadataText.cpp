@@ -42,6 +42,7 @@ class TextSink final
 public:
     void put(std::uint32_t c)
     {
+        ++seen;
         if (c == '\r') {
             out.push_back('\n');
             afterCr = true;
@@ -53,8 +54,10 @@ public:
             return;
         if (c == '\t')
             c = ' ';
-        if ((c < 0x20 && c != '\n') || c == 0x7F || (c >= 0x80 && c < 0xA0) || c == 0xFEFF)
+        if ((c < 0x20 && c != '\n') || c == 0x7F || (c >= 0x80 && c < 0xA0) || c == 0xFEFF) {
+            ++dropped;
             return;
+        }
         if ((c >= 0xD800 && c < 0xE000) || c > 0x10FFFF)
             c = 0xFFFD;
         appendUtf8(out, c);
@@ -62,6 +65,10 @@ public:
 
     std::string finish()
     {
+        // Control codes in numbers are binary data (an uninitialised field, a
+        // struct), not text: nothing is shown rather than the letters among them.
+        if (dropped > 2 && dropped * 10 > seen)
+            return {};
         const auto isSpace = [](char ch) { return ch == ' ' || ch == '\n'; };
         const auto first = std::find_if_not(out.begin(), out.end(), isSpace);
         const auto last = std::find_if_not(out.rbegin(), out.rend(), isSpace).base();
@@ -73,6 +80,8 @@ public:
 private:
     std::string out;
     bool afterCr = false;
+    std::size_t seen = 0;
+    std::size_t dropped = 0;
 };
 
 // Length of the UTF-8 sequence starting at p (at most n bytes), 0 when invalid.

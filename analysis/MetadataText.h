@@ -8,6 +8,8 @@
 // 0x80..0x9F where Latin-1 has control codes), or UTF-16 behind a byte-order
 // mark. The text ends at the first NUL; line breaks become '\n', tabs spaces,
 // other control characters are dropped; surrounding white space is trimmed.
+// A field where control characters are more than a few and over a tenth of
+// the characters holds binary data and yields an empty text.
 // The result is valid UTF-8 of at most kMaxMetadataTextBytes.
 std::string DecodeMetadataText(const void* data, std::size_t size);
 

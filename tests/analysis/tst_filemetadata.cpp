@@ -104,6 +104,13 @@ void TestFileMetadata::decodesTexts_data()
         << QByteArray("\xfe\xff\xd8\x3d\xde\x00\0!", 8) << QString::fromUtf8("\xf0\x9f\x98\x80!");
     QTest::newRow("overlong utf-8 is not utf-8") << QByteArray("\xc0\xafx") << u8"À¯x";
     QTest::newRow("only NULs") << QByteArray(8, '\0') << QString();
+    QTest::newRow("binary is no text") << QByteArray("\x07\x01"
+                                                     "Ab\x02\x1b\x05\x10"
+                                                     "cd\x11\x12\x7f\x83\x8d",
+                                                     15)
+                                       << QString();
+    QTest::newRow("a stray control code is dropped") << QByteArray("Door\x01 creak, long and slow")
+                                                     << QStringLiteral("Door creak, long and slow");
 }
 
 void TestFileMetadata::decodesTexts()
