@@ -2,7 +2,10 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <string>
+
+class FileMetadata;
 
 // One point of a waveform overview: the highest and lowest sample of a bucket
 // in percent of full scale (-100..100).
@@ -44,4 +47,7 @@ struct AudioFileInfo
     std::int32_t isMultiPlotValid = 0;
     // Channel-major: the 250 points of channel 0, then channel 1, ...
     std::array<PlotPoint, kMaxPlotChannels * kPlotPoints> multiPlot{};
+    // Descriptions, tags and the like (FileMetadata.h), shared between copies;
+    // null when the file carries none.
+    std::shared_ptr<const FileMetadata> metadata;
 };

@@ -30,10 +30,27 @@ enum TableColumn : int
     ColumnLoops,
     ColumnSortSpecification,
     ColumnSortComments,
+    // What the files say about themselves (MetadataColumns.h), hidden by default.
+    ColumnDescription,
+    ColumnTitle,
+    ColumnArtist,
+    ColumnComment,
+    ColumnDate,
+    ColumnTempoKey,
+    ColumnCatId,
+    ColumnCategory,
+    ColumnFxName,
+    ColumnCreator,
+    ColumnSource,
     TableColumnCount
 };
 
-// The 15 column headers in column order; "BIT" is never translated.
+// The first column of the metadata group; the columns before it are the 15
+// that every table shows by default.
+inline constexpr int kFirstMetadataColumn = ColumnDescription;
+
+// The 15 fixed column headers in column order; "BIT" is never translated.
+// MetadataColumnHeaderLabels() (MetadataColumns.h) holds the rest.
 QStringList TableColumnHeaderLabels();
 
 // "511 byte", "0.50 KB", "1.25 MB", "0.50 GB": each unit from half of it

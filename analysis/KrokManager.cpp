@@ -1,6 +1,7 @@
 #include "KrokManager.h"
 
 #include "CompressedFileAnalysis.h"
+#include "FileMetadataReader.h"
 #include "PreviewPlayer.h"
 #include "WaveFileAnalysis.h"
 #include "WaveHeaderReader.h"
@@ -107,6 +108,22 @@ AudioFileInfo KrokManager::GetFileInfo(const QString& path)
         return DefaultFileInfo();
     const auto it = records.find(path.toStdString());
     return it == records.end() ? DefaultFileInfo() : it->second;
+}
+
+std::shared_ptr<const FileMetadata> KrokManager::FindMetadata(const QString& path,
+                                                              std::int32_t* samplingRate)
+{
+    if (samplingRate)
+        *samplingRate = 0;
+    QMutexLocker lock(&mutex);
+    if (!initialized)
+        return nullptr;
+    const auto it = records.find(path.toStdString());
+    if (it == records.end())
+        return nullptr;
+    if (samplingRate)
+        *samplingRate = it->second.samplingRate;
+    return it->second.metadata;
 }
 
 bool KrokManager::FindFileInfo(const QString& path, AudioFileInfo& out)
@@ -266,4 +283,5 @@ void AnalyzeAudioFile(const QString& path, AudioFileInfo& info, bool multiPlotWa
         AnalyzeMp3File(localPath.constData(), info, multiPlotWanted, loudnessWanted);
     else if (suffix == QLatin1String("ogg"))
         AnalyzeVorbisFile(localPath.constData(), info, multiPlotWanted, loudnessWanted);
+    info.metadata = ReadFileMetadata(localPath.constData(), suffix.toStdString());
 }

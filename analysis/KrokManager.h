@@ -39,6 +39,10 @@ public:
     AudioFileInfo GetFileInfo(const QString& path);
     // False (and `out` untouched) when the registry holds no record for the path.
     bool FindFileInfo(const QString& path, AudioFileInfo& out);
+    // The record's metadata alone (no copy of the rest); null when none.
+    // `samplingRate`, when given, receives the record's (0 without a record).
+    std::shared_ptr<const FileMetadata> FindMetadata(const QString& path,
+                                                     std::int32_t* samplingRate = nullptr);
 
     void SetLoudnessEnabled(bool enabled);
     void SetMultiPlotEnabled(bool enabled);

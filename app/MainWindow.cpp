@@ -381,6 +381,7 @@ void MainWindow::SlotOpenSettingsForm()
     form.setMatchLoudness(manager->IsMatchLoudness(), manager->GetMatchLoudnessTarget(),
                           manager->GetMatchLoudnessMaxBoost());
     form.setOutputDevices(manager->GetOutputDevices(), manager->GetOutputDevice());
+    form.setUcsCatIdListPath(manager->GetUcsCatIdListPath());
     if (form.exec() != QDialog::Accepted)
         return;
     manager->SetExternalTool(form.toolPath(), form.toolArgs());
@@ -388,6 +389,7 @@ void MainWindow::SlotOpenSettingsForm()
     manager->SetMatchLoudnessLimits(form.matchTargetLufs(), form.matchMaxBoostDb());
     manager->SlotChangeMatchLoudnessCalled(form.matchLoudness());
     manager->SetOutputDevice(form.outputDevice());
+    manager->SetUcsCatIdListPath(form.ucsCatIdListPath());
 }
 
 void MainWindow::SlotChangeColorTheme(TeskManager::ColorTheme)

@@ -39,6 +39,9 @@ struct SearchCriteriaStruct
     bool useTime = false;
     std::int32_t timeMs = 0;
     std::int32_t timeMode = GreaterOrEqual;
+    // Advanced: the Description column's fields must contain this text
+    // (letter case aside); empty means no such test.
+    QString description;
 };
 
 Q_DECLARE_METATYPE(SearchCriteriaStruct)

@@ -79,6 +79,7 @@ void SettingsStore::Load(QSettings& store, StoredSettings& s)
                                                         s.detailViewHeight));
     s.detailViewChannels =
         store.value(QStringLiteral("detailViewChannels"), s.detailViewChannels).toBool();
+    s.ucsCatIdListPath = store.value(QStringLiteral("ucsCatIdList"), s.ucsCatIdListPath).toString();
 
     s.bookmarks.clear();
     const int n = store.beginReadArray(QStringLiteral("bookmarkRoot"));
@@ -139,6 +140,7 @@ void SettingsStore::Save(QSettings& store, const StoredSettings& s)
     store.setValue(QStringLiteral("detailViewVisible"), s.detailViewVisible);
     store.setValue(QStringLiteral("detailViewHeight"), s.detailViewHeight);
     store.setValue(QStringLiteral("detailViewChannels"), s.detailViewChannels);
+    store.setValue(QStringLiteral("ucsCatIdList"), s.ucsCatIdListPath);
 
     // Rewritten whole, so that removed bookmarks do not linger as stale elements.
     store.remove(QStringLiteral("bookmarkRoot"));

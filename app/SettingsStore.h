@@ -45,6 +45,8 @@ struct StoredSettings
     bool fontTableIsFit = true;
     QString fontTableFamily;
     int fontTableSize = -1;
+    // The UCS CatID list (CSV/TSV) that names the categories of UCS file names.
+    QString ucsCatIdListPath;
     BookmarkList bookmarks;
     // Bookmarks of the older layout (paths only), written back unchanged.
     QStringList legacyBookmarkDirs;

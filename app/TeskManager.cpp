@@ -111,6 +111,8 @@ void TeskManager::ApplyStoredSettings()
     emit SigDetailViewVisibleChanged(s.detailViewVisible);
     if (!s.outputDevice.isEmpty())
         SetOutputDevice(s.outputDevice);
+    if (!s.ucsCatIdListPath.isEmpty())
+        emit SigUcsCatIdListChanged(s.ucsCatIdListPath);
     RestartAcquisition();
     emit SigColumnVisibleLoaded(s.columnState);
 }
@@ -150,6 +152,14 @@ void TeskManager::SetExternalTool(const QString& path, const QString& args)
 {
     s.externalExecutePath = path;
     s.externalExecuteArgs = args;
+}
+
+void TeskManager::SetUcsCatIdListPath(const QString& path)
+{
+    if (path == s.ucsCatIdListPath)
+        return;
+    s.ucsCatIdListPath = path;
+    emit SigUcsCatIdListChanged(path);
 }
 
 void TeskManager::StartPlaylistTimerIfWanted()

@@ -61,6 +61,7 @@ public:
     QString GetExternalToolPath() const { return s.externalExecutePath; }
     QString GetExternalToolArgs() const { return s.externalExecuteArgs; }
     int GetSeekTimeMs() const { return s.seekTimeMs; }
+    QString GetUcsCatIdListPath() const { return s.ucsCatIdListPath; }
     QString GetGacAddress() const { return s.gacAddress; }
     int GetGacPort() const { return s.gacPortNumber; }
     ColorTheme GetColorTheme() const { return static_cast<ColorTheme>(s.colorTheme); }
@@ -100,6 +101,8 @@ public:
     void SetGacPort(int port) { s.gacPortNumber = port; }
     void SetExternalTool(const QString& path, const QString& args);
     void SetSeekTimeMs(int ms) { s.seekTimeMs = ms; }
+    // Announces a changed path through SigUcsCatIdListChanged.
+    void SetUcsCatIdListPath(const QString& path);
     // Moves the playing file one seek step forward or backward.
     void SeekPlayback(bool backward);
 
@@ -139,6 +142,7 @@ signals:
     // The gain the file just started plays with, and why (LoudnessMatch::Basis).
     void SigPreviewGainChanged(double gainDb, int basis);
     void SigDetailViewVisibleChanged(bool visible);
+    void SigUcsCatIdListChanged(QString path);
 
 public slots:
     void SlotChangeRootPathCalled(QString path);

@@ -86,6 +86,24 @@ subFormToolSettings::subFormToolSettings(const QString& toolPath, const QString&
     previewLayout->addWidget(new QLabel(tr("Output device"), groupPreview), 3, 0);
     previewLayout->addWidget(comboDevice, 3, 1);
     previewLayout->setColumnStretch(1, 1);
+    auto* groupUcs = new QGroupBox(tr("UCS Category List"), this);
+    editCatIdList = new QLineEdit(groupUcs);
+    editCatIdList->setObjectName(QStringLiteral("editCatIdList"));
+    editCatIdList->setClearButtonEnabled(true);
+    buttonOpenCatIdList = new QToolButton(groupUcs);
+    buttonOpenCatIdList->setObjectName(QStringLiteral("buttonOpenCatIdList"));
+    buttonOpenCatIdList->setIcon(QIcon(QStringLiteral(":/images/open.png")));
+    buttonOpenCatIdList->setToolTip(tr("Open a CSV or TSV file..."));
+    auto* ucsLayout = new QGridLayout(groupUcs);
+    auto* ucsHint = new QLabel(tr("CatID list exported from the UCS spreadsheet (CSV or TSV with "
+                                  "CatID, Category and SubCategory columns). Without it, UCS file "
+                                  "names still fill the CatID, FX Name, Creator and Source "
+                                  "columns."),
+                               groupUcs);
+    ucsHint->setWordWrap(true);
+    ucsLayout->addWidget(ucsHint, 0, 0, 1, 2);
+    ucsLayout->addWidget(editCatIdList, 1, 0);
+    ucsLayout->addWidget(buttonOpenCatIdList, 1, 1);
 
     auto* buttons = new QDialogButtonBox(this);
     QPushButton* ok = buttons->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole);
@@ -97,6 +115,7 @@ subFormToolSettings::subFormToolSettings(const QString& toolPath, const QString&
     layout->addWidget(groupTools);
     layout->addWidget(groupSeek);
     layout->addWidget(groupPreview);
+    layout->addWidget(groupUcs);
     layout->addStretch(1);
     layout->addWidget(buttons);
     resize(460, sizeHint().height());
@@ -106,6 +125,8 @@ subFormToolSettings::subFormToolSettings(const QString& toolPath, const QString&
     spinSeekTime->setValue(seekTimeMs);
 
     connect(buttonOpenFile, &QToolButton::clicked, this, &subFormToolSettings::SlotPushedOpenFile);
+    connect(buttonOpenCatIdList, &QToolButton::clicked, this,
+            &subFormToolSettings::SlotPushedOpenCatIdList);
     // OK checks the path before accepting; the box must not accept on its own.
     connect(ok, &QPushButton::clicked, this, &subFormToolSettings::SlotPushedOk);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
@@ -166,6 +187,29 @@ QString subFormToolSettings::outputDevice() const
     return comboDevice->currentData().toString();
 }
 
+void subFormToolSettings::setUcsCatIdListPath(const QString& path)
+{
+    editCatIdList->setText(path);
+}
+
+QString subFormToolSettings::ucsCatIdListPath() const
+{
+    return editCatIdList->text().trimmed();
+}
+
+void subFormToolSettings::SlotPushedOpenCatIdList()
+{
+    const QFileInfo current(editCatIdList->text());
+    const QString startDir = current.absoluteDir().exists() && !editCatIdList->text().isEmpty()
+                                 ? current.absolutePath()
+                                 : QString();
+    const QString path =
+        QFileDialog::getOpenFileName(this, tr("Select the UCS CatID list"), startDir,
+                                     tr("CSV or TSV files (*.csv *.tsv *.txt);;All files (*)"));
+    if (!path.isEmpty())
+        editCatIdList->setText(path);
+}
+
 void subFormToolSettings::SlotPushedOpenFile()
 {
     const QFileInfo current(editToolPath->text());
@@ -186,6 +230,13 @@ void subFormToolSettings::SlotPushedOk()
     if (!path.isEmpty() && !QFileInfo::exists(path)) {
         QMessageBox::critical(this, tr("Error"),
                               tr("Specified .exe file cannot be found. %1").arg(path),
+                              QMessageBox::Ok);
+        return;
+    }
+    const QString list = ucsCatIdListPath();
+    if (!list.isEmpty() && !QFileInfo(list).isFile()) {
+        QMessageBox::critical(this, tr("Error"),
+                              tr("Specified CatID list cannot be found. %1").arg(list),
                               QMessageBox::Ok);
         return;
     }

@@ -11,8 +11,8 @@ class QToolButton;
 
 // "Tool Settings": the external program that opens a file, its argument line
 // with "%FILEPATH%", the seek step of the 'R' and 'T' keys, and the preview:
-// loudness match (target and largest boost) and output device. The caller
-// stores the values when the dialog is accepted.
+// loudness match (target and largest boost) and output device, and the UCS
+// CatID list. The caller stores the values when the dialog is accepted.
 class subFormToolSettings final : public QDialog
 {
     Q_OBJECT
@@ -26,6 +26,8 @@ public:
     QString toolPath() const;
     QString toolArgs() const;
     int seekTimeMs() const;
+    void setUcsCatIdListPath(const QString& path);
+    QString ucsCatIdListPath() const;
 
     void setMatchLoudness(bool on, double targetLufs, double maxBoostDb);
     bool matchLoudness() const;
@@ -39,6 +41,7 @@ public:
 
 private slots:
     void SlotPushedOpenFile();
+    void SlotPushedOpenCatIdList();
     void SlotPushedOk();
 
 private:
@@ -50,4 +53,6 @@ private:
     QDoubleSpinBox* spinTarget = nullptr;
     QDoubleSpinBox* spinBoost = nullptr;
     QComboBox* comboDevice = nullptr;
+    QLineEdit* editCatIdList = nullptr;
+    QToolButton* buttonOpenCatIdList = nullptr;
 };

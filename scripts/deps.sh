@@ -9,15 +9,15 @@ set_name=${1:-build}
 build_pkgs=(
     cmake g++ make pkg-config ccache
     qtbase5-dev qttools5-dev qttools5-dev-tools
-    libmpg123-dev libstb-dev libsdl2-dev libsamplerate0-dev
+    libmpg123-dev libstb-dev libsdl2-dev libsamplerate0-dev libtag1-dev
 )
 test_pkgs=(
     clang libclang-rt-14-dev
-    lame vorbis-tools
+    lame vorbis-tools flac
     xvfb xauth dbus-daemon
 )
 bench_pkgs=(
-    libebur128-dev bs1770gain loudgain
+    libebur128-dev bs1770gain loudgain ffmpeg
 )
 
 wanted=("${build_pkgs[@]}")

@@ -140,6 +140,90 @@ Bytes aifc(int channels, std::uint32_t rate, int bits, const char* compression, 
                          chunk("SSND", ssndBody(data), true)});
 }
 
+Bytes bextBody(const Bext& bext)
+{
+    Bytes b(602, 0);
+    const auto put = [&b](std::size_t offset, std::size_t length, const std::string& s) {
+        std::copy_n(s.begin(), std::min(length, s.size()), b.begin() + long(offset));
+    };
+    put(0, 256, bext.description);
+    put(256, 32, bext.originator);
+    put(288, 32, bext.originatorReference);
+    put(320, 10, bext.originationDate);
+    put(330, 8, bext.originationTime);
+    for (int i = 0; i < 8; ++i)
+        b[338 + std::size_t(i)] = static_cast<unsigned char>(bext.timeReference >> (8 * i));
+    b[346] = 1; // version
+    append(b, text(bext.codingHistory));
+    return b;
+}
+
+Bytes infoList(const std::vector<std::pair<std::string, std::string>>& items, bool pad)
+{
+    Bytes b;
+    putId(b, "INFO");
+    for (const auto& [id, value] : items) {
+        Bytes body = text(value);
+        body.push_back(0);
+        append(b, chunk(id.c_str(), body, false, pad));
+    }
+    return b;
+}
+
+Bytes adtlList(const std::vector<std::string>& labels, const std::vector<std::string>& notes)
+{
+    Bytes b;
+    putId(b, "adtl");
+    const auto add = [&b](const char* id, std::size_t index, const std::string& value) {
+        Bytes body;
+        putLe32(body, static_cast<std::uint32_t>(index + 1));
+        append(body, text(value));
+        body.push_back(0);
+        append(b, chunk(id, body));
+    };
+    for (std::size_t i = 0; i < labels.size(); ++i)
+        add("labl", i, labels[i]);
+    for (std::size_t i = 0; i < notes.size(); ++i)
+        add("note", i, notes[i]);
+    return b;
+}
+
+Bytes acidBody(std::uint32_t flags, int rootNote, std::uint32_t beats, int meterNumerator,
+               int meterDenominator, float tempo)
+{
+    Bytes b;
+    putLe32(b, flags);
+    putLe16(b, static_cast<std::uint32_t>(rootNote));
+    putLe16(b, 0x8000);
+    putLe32(b, 0);
+    putLe32(b, beats);
+    putLe16(b, static_cast<std::uint32_t>(meterDenominator));
+    putLe16(b, static_cast<std::uint32_t>(meterNumerator));
+    std::uint32_t bits = 0;
+    std::memcpy(&bits, &tempo, sizeof bits);
+    putLe32(b, bits);
+    return b;
+}
+
+Bytes wavWith(const std::vector<Bytes>& chunks)
+{
+    std::vector<Bytes> all = {chunk("fmt ", fmtBody(1, 1, 48000, 16))};
+    all.insert(all.end(), chunks.begin(), chunks.end());
+    all.push_back(chunk("data", pcm16({0, 1000, -1000, 0})));
+    return riff(all);
+}
+
+Bytes aiffWith(const std::vector<Bytes>& chunks)
+{
+    Bytes data;
+    for (const int v : {0, 1000, -1000, 0})
+        putBe16(data, static_cast<std::uint16_t>(static_cast<std::int16_t>(v)));
+    std::vector<Bytes> all = {chunk("COMM", commBody(1, 4, 16, 48000), true)};
+    all.insert(all.end(), chunks.begin(), chunks.end());
+    all.push_back(chunk("SSND", ssndBody(data), true));
+    return form("AIFF", all);
+}
+
 std::vector<std::int32_t> distinct16(std::size_t count, std::uint32_t seed)
 {
     std::vector<std::int32_t> v(count);

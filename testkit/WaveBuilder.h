@@ -301,6 +301,46 @@ Bytes aifc(int channels, std::uint32_t rate, int bits, const char* compression, 
 // Distinct, full-range 16-bit values so that any misplaced frame shows.
 std::vector<std::int32_t> distinct16(std::size_t count, std::uint32_t seed = 1);
 
+// Metadata chunk bodies, laid out as the BWF, iXML, RIFF INFO and 'acid'
+// descriptions have them.
+
+// Text bytes as given (no terminator).
+inline Bytes text(const std::string& s)
+{
+    return Bytes(s.begin(), s.end());
+}
+
+// BWF 'bext' with its 602-byte fixed part (version 1, no loudness values)
+// and the coding history after it.
+struct Bext
+{
+    std::string description;
+    std::string originator;
+    std::string originatorReference;
+    std::string originationDate; // yyyy-mm-dd
+    std::string originationTime; // hh:mm:ss
+    std::uint64_t timeReference = 0;
+    std::string codingHistory;
+};
+Bytes bextBody(const Bext& bext);
+
+// 'LIST' of type 'INFO' holding one sub-chunk per item, each text
+// NUL-terminated; `pad` adds the byte after odd-sized texts.
+Bytes infoList(const std::vector<std::pair<std::string, std::string>>& items, bool pad = true);
+
+// 'LIST' of type 'adtl' with a 'labl' per label and a 'note' per note, for
+// cue points 1, 2, ...
+Bytes adtlList(const std::vector<std::string>& labels, const std::vector<std::string>& notes = {});
+
+// 'acid': flags (bit 0 one-shot, bit 1 root note set), root note, beats, meter, tempo.
+Bytes acidBody(std::uint32_t flags, int rootNote, std::uint32_t beats, int meterNumerator,
+               int meterDenominator, float tempo);
+
+// A short PCM WAV (16-bit mono, 48 kHz, a few samples) with `chunks` before its data.
+Bytes wavWith(const std::vector<Bytes>& chunks);
+// The same as AIFF; the chunks are given with big-endian sizes (chunk(..., true)).
+Bytes aiffWith(const std::vector<Bytes>& chunks);
+
 inline QByteArray toQByteArray(const Bytes& b)
 {
     return QByteArray(reinterpret_cast<const char*>(b.data()), static_cast<int>(b.size()));

@@ -74,7 +74,10 @@ bool SearchRowMatcher::parseDurationMs(const QString& text, int* ms)
 bool SearchRowMatcher::matches(const krokTableModel& model, int row,
                                const SearchCriteriaStruct& criteria)
 {
-    if (!criteria.name.isEmpty() && !model.fileNameRef(row).contains(criteria.name)) {
+    // The file name as typed; descriptions and tags letter case aside, since
+    // they are prose.
+    if (!criteria.name.isEmpty() && !model.fileNameRef(row).contains(criteria.name) &&
+        !model.metadataContains(row, criteria.name)) {
         return false;
     }
     if (!criteria.useDetail) {
@@ -90,6 +93,10 @@ bool SearchRowMatcher::matches(const krokTableModel& model, int row,
     }
     if (criteria.useChannels &&
         !integerCellPasses(model, row, ColumnChannels, criteria.channels, criteria.channelsMode)) {
+        return false;
+    }
+    if (!criteria.description.isEmpty() &&
+        !model.metadataColumnContains(row, ColumnDescription, criteria.description)) {
         return false;
     }
     if (criteria.useTime) {

@@ -2,8 +2,10 @@
 
 #include "GacManager.h"
 #include "KrokTableSortModel.h"
+#include "MetadataColumns.h"
 #include "SearchRowMatcher.h"
 #include "TeskManager.h"
+#include "UcsCatalogLoader.h"
 #include "WaveformStyledItemDelegate.h"
 
 #include <QDragEnterEvent>
@@ -25,6 +27,9 @@ constexpr int kManyRowsChanged = 1000;
 
 constexpr std::array<int, 13> kDefaultColumnWidths = {150, 180, 85, 135, 50, 80, 35,
                                                       65,  35,  60, 120, 60, 50};
+// Description .. Source.
+constexpr std::array<int, TableColumnCount - kFirstMetadataColumn> kMetadataColumnWidths = {
+    260, 160, 130, 200, 130, 100, 90, 140, 160, 100, 90};
 
 } // namespace
 
@@ -44,6 +49,7 @@ WidgetTableBrowser::WidgetTableBrowser(TeskManager* manager,
     , view(new SubWidgetTableView(std::move(nuendoState), this))
     , proxy(new KrokTableSortModel(this))
     , delegate(new WaveformStyledItemDelegate(manager, this))
+    , ucsLoader(new UcsCatalogLoader(this))
 {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -69,7 +75,18 @@ WidgetTableBrowser::WidgetTableBrowser(TeskManager* manager,
     view->setDragDropMode(QAbstractItemView::DragOnly);
 
     model->setHeaderLabels(krokTableModel::columnHeaderLabels());
+    // The metadata columns wait until the user asks for them.
+    for (int column = kFirstMetadataColumn; column < model->columnCount(); ++column) {
+        view->setColumnHidden(column, true);
+    }
     setAcceptDrops(true);
+    connect(ucsLoader, &UcsCatalogLoader::SigLoaded, this, [this](QString, QString error) {
+        model->setUcsCatalog(ucsLoader->catalog());
+        model->refreshAll();
+        if (!error.isEmpty()) {
+            emit SigSendMessage(error);
+        }
+    });
 
     connect(view, &QAbstractItemView::clicked, this, &WidgetTableBrowser::SlotTableClicked);
     connect(view, &QAbstractItemView::activated, this,
@@ -136,6 +153,8 @@ void WidgetTableBrowser::connectManager()
             &WidgetTableBrowser::SlotResetPlaybackPosition);
     connect(manager, &TeskManager::SigSetPlaybackPosition, this,
             &WidgetTableBrowser::SlotSetPlaybackPosition);
+    connect(manager, &TeskManager::SigUcsCatIdListChanged, this,
+            &WidgetTableBrowser::SlotUcsCatIdListChanged);
 
     // Questions answered before the emit returns: same thread, direct.
     connect(this, &WidgetTableBrowser::SigAutoPlaybackFlagRequired, manager,
@@ -158,6 +177,9 @@ void WidgetTableBrowser::setDefaultColumnWidths()
 {
     for (int column = 0; column < static_cast<int>(kDefaultColumnWidths.size()); ++column) {
         view->setColumnWidth(column, kDefaultColumnWidths[column]);
+    }
+    for (std::size_t i = 0; i < kMetadataColumnWidths.size(); ++i) {
+        view->setColumnWidth(kFirstMetadataColumn + static_cast<int>(i), kMetadataColumnWidths[i]);
     }
 }
 
@@ -433,6 +455,11 @@ void WidgetTableBrowser::SlotSelectedItemPlaybackCalled()
         return;
     }
     emit SigStartPlaybackCalled(currentPath());
+}
+
+void WidgetTableBrowser::SlotUcsCatIdListChanged(QString path)
+{
+    ucsLoader->load(path);
 }
 
 void WidgetTableBrowser::dragEnterEvent(QDragEnterEvent* event)

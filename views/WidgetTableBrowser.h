@@ -11,6 +11,7 @@
 class GacManager;
 class KrokTableSortModel;
 class TeskManager;
+class UcsCatalogLoader;
 class WaveformStyledItemDelegate;
 
 // The right-hand pane: the file table under its proxy and waveform delegate.
@@ -75,6 +76,9 @@ public slots:
     void SlotSubEscPressed();
     void SlotTableClicked(const QModelIndex& index);
     void SlotSelectedItemPlaybackCalled();
+    // Reads the UCS CatID list (off the GUI thread) and shows its categories;
+    // an empty path goes back to UCS names without a list.
+    void SlotUcsCatIdListChanged(QString path);
 
 protected:
     void dragEnterEvent(QDragEnterEvent* event) override;
@@ -94,6 +98,7 @@ private:
     SubWidgetTableView* view;
     KrokTableSortModel* proxy;
     WaveformStyledItemDelegate* delegate;
+    UcsCatalogLoader* ucsLoader;
     bool columnWidthsInitialized = false;
     // Seconds per model row for the status line, read as each analysed range
     // arrives so that totalling a whole list never copies every record at

@@ -4,8 +4,12 @@
 
 #include "AudioFileInfo.h"
 #include "CellFormat.h"
+#include "FileMetadata.h"
 #include "KrokManager.h"
+#include "MetadataColumns.h"
 #include "TeskManager.h"
+#include "UcsCatalog.h"
+#include "UcsName.h"
 #include "WaveformStyledItem.h"
 
 #include <QFont>
@@ -45,7 +49,7 @@ krokTableModel::~krokTableModel() = default;
 QStringList krokTableModel::columnHeaderLabels()
 {
     // Shared with the command-line scanner, which prints the same headers.
-    return TableColumnHeaderLabels();
+    return TableColumnHeaderLabels() + MetadataColumnHeaderLabels();
 }
 
 QModelIndex krokTableModel::index(int row, int column, const QModelIndex& parent) const
@@ -91,6 +95,9 @@ QVariant krokTableModel::data(const QModelIndex& index, int role) const
         return rows[row].path;
     case TableRoles::Format:
         return cellValue(row, ColumnFormat, true);
+    case Qt::ToolTipRole:
+        // The full text of a metadata cell that the column may cut short.
+        return hasFiles && IsMetadataColumn(column) ? metadataValue(row, column, role) : QVariant();
     default:
         return {};
     }
@@ -153,6 +160,9 @@ QVariant krokTableModel::cellValue(int row, int column, bool forSorting) const
     default:
         break;
     }
+    if (IsMetadataColumn(column)) {
+        return metadataValue(row, column, forSorting ? TableRoles::SortValue : Qt::DisplayRole);
+    }
     if (!entry.detailAcquired || !registry) {
         return {};
     }
@@ -164,6 +174,60 @@ QVariant krokTableModel::cellValue(int row, int column, bool forSorting) const
         return plotItem(info, row);
     }
     return RecordCellValue(column, info, forSorting, loudnessVoltMode);
+}
+
+QVariant krokTableModel::metadataValue(int row, int column, int role) const
+{
+    // UCS blocks come from the name and show before the file is analysed.
+    const UcsName ucs = IsUcsColumn(column) ? ucsName(row) : UcsName();
+    std::int32_t samplingRate = 0;
+    FileMetadataPtr metadata;
+    if (rows[row].detailAcquired && registry) {
+        metadata = registry->FindMetadata(rows[row].path, &samplingRate);
+    }
+    if (role == Qt::ToolTipRole) {
+        const QString tip = MetadataToolTip(column, metadata.get(), samplingRate, ucs);
+        return tip.isEmpty() ? QVariant() : QVariant(tip);
+    }
+    return MetadataCellValue(column, metadata.get(), samplingRate, ucs,
+                             role == TableRoles::SortValue);
+}
+
+void krokTableModel::setUcsCatalog(std::shared_ptr<const UcsCatalog> catalog)
+{
+    ucsCatalog = std::move(catalog);
+}
+
+UcsName krokTableModel::ucsName(int row) const
+{
+    return ParseUcsName(fileNameRef(row).toString(), ucsCatalog.get());
+}
+
+bool krokTableModel::metadataContains(int row, const QString& needle) const
+{
+    if (!hasFiles || !rows[row].detailAcquired || !registry) {
+        return false;
+    }
+    const FileMetadataPtr metadata = registry->FindMetadata(rows[row].path);
+    // Without a list the UCS blocks are all in the name, which the name filter reads.
+    const UcsName ucs = ucsCatalog ? ucsName(row) : UcsName();
+    return MetadataContains(metadata.get(), ucs, needle);
+}
+
+bool krokTableModel::metadataColumnContains(int row, int column, const QString& needle) const
+{
+    if (!hasFiles || !rows[row].detailAcquired || !registry) {
+        return false;
+    }
+    std::int32_t samplingRate = 0;
+    const FileMetadataPtr metadata = registry->FindMetadata(rows[row].path, &samplingRate);
+    const UcsName ucs = IsUcsColumn(column) ? ucsName(row) : UcsName();
+    for (const MetadataItem& item : MetadataItems(column, metadata.get(), samplingRate, ucs)) {
+        if (item.text.contains(needle, Qt::CaseInsensitive)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 QVariant krokTableModel::plotItem(const AudioFileInfo& info, int row) const

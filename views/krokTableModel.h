@@ -11,10 +11,13 @@
 #include <QVector>
 
 #include <cstdint>
+#include <memory>
 
 class KrokManager;
 class TeskManager;
+class UcsCatalog;
 struct AudioFileInfo;
+struct UcsName;
 
 // One row of the file table: the path and the flags of search and sort
 // specification. Analysed values are never kept here; each cell request reads
@@ -35,7 +38,8 @@ struct FileRowEntry
 using SortSpecEntry = QPair<QString, QString>;
 
 // The model behind the file table: one row per listed file, fifteen fixed
-// columns, values looked up in the analysis registry by full path on demand.
+// columns and the metadata columns after them, values looked up in the
+// analysis registry by full path on demand.
 class krokTableModel final : public QAbstractTableModel
 {
     Q_OBJECT
@@ -81,6 +85,17 @@ public:
     QList<SortSpecEntry> applySortSpecification(const QList<SortSpecEntry>& entries);
     void resetSortSpecification();
 
+    // The CatID list that validates UCS names and names their categories; null
+    // for none. The caller refreshes the rows.
+    void setUcsCatalog(std::shared_ptr<const UcsCatalog> catalog);
+    // The UCS blocks of the row's file name.
+    UcsName ucsName(int row) const;
+    // Whether the row's metadata or UCS category names contain `needle`
+    // (letter case aside); false for a row not analysed.
+    bool metadataContains(int row, const QString& needle) const;
+    // Whether one of the fields a metadata column gathers contains `needle`.
+    bool metadataColumnContains(int row, int column, const QString& needle) const;
+
     void setLoudnessVoltMode(bool on) { loudnessVoltMode = on; }
     void setMultiPlot(bool on) { multiPlot = on; }
     void setPlaybackPosition(const QString& path, double ratio);
@@ -90,6 +105,8 @@ public:
 
 private:
     QVariant cellValue(int row, int column, bool forSorting) const;
+    // Display, sort value (TableRoles::SortValue) or tooltip of a metadata column.
+    QVariant metadataValue(int row, int column, int role) const;
     QVariant plotItem(const AudioFileInfo& info, int row) const;
     QVariant tableFont() const;
 
@@ -106,4 +123,5 @@ private:
     bool sortSpecActive = false;
     int commonPrefix = 0;
     mutable PathRanking pathOrder;
+    std::shared_ptr<const UcsCatalog> ucsCatalog;
 };

@@ -54,6 +54,15 @@ subFormSearch::subFormSearch(const SearchCriteriaStruct& initial, QWidget* paren
         new QLabel(tr("If unspecified, the Name filter will not apply."), nameGroup));
     details->addWidget(nameGroup);
 
+    auto* descriptionGroup = new QGroupBox(tr("Description contains"), groupDetail);
+    auto* descriptionLayout = new QVBoxLayout(descriptionGroup);
+    editDescription = new QLineEdit(criteria.description, descriptionGroup);
+    descriptionLayout->addWidget(editDescription);
+    descriptionLayout->addWidget(
+        new QLabel(tr("Letter case is ignored. If unspecified, this filter will not apply."),
+                   descriptionGroup));
+    details->addWidget(descriptionGroup);
+
     auto* formatGroup = new QGroupBox(tr("Format"), groupDetail);
     auto* formatLayout = new QHBoxLayout(formatGroup);
     const QString formatTexts[kFormatBoxCount] = {QStringLiteral("WAV"), QStringLiteral("AIFF"),
@@ -125,6 +134,7 @@ void subFormSearch::SlotOKPushed()
 {
     criteria.name = editName->text();
     criteria.useDetail = groupDetail->isChecked();
+    criteria.description = editDescription->text();
     criteria.formatMask = 0;
     for (int i = 0; i < kFormatBoxCount; ++i) {
         if (formatBoxes[i]->isChecked())

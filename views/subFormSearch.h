@@ -25,6 +25,7 @@ public:
     // Controls, for tests and for the keyboard order.
     QGroupBox* detailGroup() const { return groupDetail; }
     QLineEdit* nameEdit() const { return editName; }
+    QLineEdit* descriptionEdit() const { return editDescription; }
     QCheckBox* formatBox(int index) const { return formatBoxes[index]; }
     QGroupBox* rateGroup() const { return groupRate; }
     QSpinBox* rateSpin() const { return spinRate; }
@@ -49,6 +50,7 @@ private:
     SearchCriteriaStruct criteria;
     QGroupBox* groupDetail;
     QLineEdit* editName;
+    QLineEdit* editDescription;
     QCheckBox* formatBoxes[kFormatBoxCount];
     QGroupBox* groupRate;
     QSpinBox* spinRate;

@@ -343,6 +343,25 @@
     </message>
 </context>
 <context>
+    <name>UcsCatalog</name>
+    <message>
+        <source>The CatID list cannot be opened: %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The CatID list is too large: %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The CatID list has no CatID column.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The CatID list holds no CatID.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>WidgetDetailView</name>
     <message>
         <source>The region could not be written: %1</source>
@@ -475,6 +494,186 @@
         <source>(no files)</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Description</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Title/Name</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Artist/Originator</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Comment</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Date</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Tempo/Key</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>CatID</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Category</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>FX Name</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Creator</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Source</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>iXML description</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Title</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Album</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Project</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Scene</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Take</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Tape</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Artist</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Originator</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Originator reference</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copyright</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Note</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>iXML user fields</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keywords</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Genre</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Software</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cue labels</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cue notes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Origination date</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Time reference</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Tempo</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Root note</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 (MIDI %2)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Beats</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Meter</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Type</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>One-shot</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Loop</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Key</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>User category</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>SubCategory</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>User data</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1: %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 BPM</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>subFormBookmark</name>
@@ -603,6 +802,14 @@
     <message>
         <source>Show only when equal to</source>
         <translation>Show only when equal to</translation>
+    </message>
+    <message>
+        <source>Description contains</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Letter case is ignored. If unspecified, this filter will not apply.</source>
+        <translation type="unfinished"></translation>
     </message>
 </context>
 <context>
@@ -776,6 +983,30 @@
     </message>
     <message>
         <source>%1 (not available)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>UCS Category List</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open a CSV or TSV file...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>CatID list exported from the UCS spreadsheet (CSV or TSV with CatID, Category and SubCategory columns). Without it, UCS file names still fill the CatID, FX Name, Creator and Source columns.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select the UCS CatID list</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>CSV or TSV files (*.csv *.tsv *.txt);;All files (*)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Specified CatID list cannot be found. %1</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

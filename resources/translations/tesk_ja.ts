@@ -343,6 +343,25 @@
     </message>
 </context>
 <context>
+    <name>UcsCatalog</name>
+    <message>
+        <source>The CatID list cannot be opened: %1</source>
+        <translation>CatIDリストを開けません: %1</translation>
+    </message>
+    <message>
+        <source>The CatID list is too large: %1</source>
+        <translation>CatIDリストが大きすぎます: %1</translation>
+    </message>
+    <message>
+        <source>The CatID list has no CatID column.</source>
+        <translation>CatIDリストにCatID列がありません。</translation>
+    </message>
+    <message>
+        <source>The CatID list holds no CatID.</source>
+        <translation>CatIDリストにCatIDが含まれていません。</translation>
+    </message>
+</context>
+<context>
     <name>WidgetDetailView</name>
     <message>
         <source>The region could not be written: %1</source>
@@ -475,6 +494,186 @@
         <source>(no files)</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Description</source>
+        <translation>説明</translation>
+    </message>
+    <message>
+        <source>Title/Name</source>
+        <translation>タイトル/名前</translation>
+    </message>
+    <message>
+        <source>Artist/Originator</source>
+        <translation>アーティスト/作成者</translation>
+    </message>
+    <message>
+        <source>Comment</source>
+        <translation>コメント</translation>
+    </message>
+    <message>
+        <source>Date</source>
+        <translation>日付</translation>
+    </message>
+    <message>
+        <source>Tempo/Key</source>
+        <translation>テンポ/キー</translation>
+    </message>
+    <message>
+        <source>CatID</source>
+        <translation>CatID</translation>
+    </message>
+    <message>
+        <source>Category</source>
+        <translation>カテゴリー</translation>
+    </message>
+    <message>
+        <source>FX Name</source>
+        <translation>FX名</translation>
+    </message>
+    <message>
+        <source>Creator</source>
+        <translation>クリエイター</translation>
+    </message>
+    <message>
+        <source>Source</source>
+        <translation>ソース</translation>
+    </message>
+    <message>
+        <source>iXML description</source>
+        <translation>iXMLの説明</translation>
+    </message>
+    <message>
+        <source>Title</source>
+        <translation>タイトル</translation>
+    </message>
+    <message>
+        <source>Album</source>
+        <translation>アルバム</translation>
+    </message>
+    <message>
+        <source>Project</source>
+        <translation>プロジェクト</translation>
+    </message>
+    <message>
+        <source>Scene</source>
+        <translation>シーン</translation>
+    </message>
+    <message>
+        <source>Take</source>
+        <translation>テイク</translation>
+    </message>
+    <message>
+        <source>Tape</source>
+        <translation>テープ</translation>
+    </message>
+    <message>
+        <source>Artist</source>
+        <translation>アーティスト</translation>
+    </message>
+    <message>
+        <source>Originator</source>
+        <translation>作成者</translation>
+    </message>
+    <message>
+        <source>Originator reference</source>
+        <translation>作成者リファレンス</translation>
+    </message>
+    <message>
+        <source>Copyright</source>
+        <translation>著作権</translation>
+    </message>
+    <message>
+        <source>Note</source>
+        <translation>ノート</translation>
+    </message>
+    <message>
+        <source>iXML user fields</source>
+        <translation>iXMLユーザーフィールド</translation>
+    </message>
+    <message>
+        <source>Keywords</source>
+        <translation>キーワード</translation>
+    </message>
+    <message>
+        <source>Genre</source>
+        <translation>ジャンル</translation>
+    </message>
+    <message>
+        <source>Software</source>
+        <translation>ソフトウェア</translation>
+    </message>
+    <message>
+        <source>Cue labels</source>
+        <translation>キューラベル</translation>
+    </message>
+    <message>
+        <source>Cue notes</source>
+        <translation>キューノート</translation>
+    </message>
+    <message>
+        <source>Origination date</source>
+        <translation>作成日時</translation>
+    </message>
+    <message>
+        <source>Time reference</source>
+        <translation>タイムリファレンス</translation>
+    </message>
+    <message>
+        <source>Tempo</source>
+        <translation>テンポ</translation>
+    </message>
+    <message>
+        <source>Root note</source>
+        <translation>ルートノート</translation>
+    </message>
+    <message>
+        <source>%1 (MIDI %2)</source>
+        <translation>%1 (MIDI %2)</translation>
+    </message>
+    <message>
+        <source>Beats</source>
+        <translation>拍数</translation>
+    </message>
+    <message>
+        <source>Meter</source>
+        <translation>拍子</translation>
+    </message>
+    <message>
+        <source>Type</source>
+        <translation>種類</translation>
+    </message>
+    <message>
+        <source>One-shot</source>
+        <translation>ワンショット</translation>
+    </message>
+    <message>
+        <source>Loop</source>
+        <translation>ループ</translation>
+    </message>
+    <message>
+        <source>Key</source>
+        <translation>キー</translation>
+    </message>
+    <message>
+        <source>User category</source>
+        <translation>ユーザーカテゴリー</translation>
+    </message>
+    <message>
+        <source>SubCategory</source>
+        <translation>サブカテゴリー</translation>
+    </message>
+    <message>
+        <source>User data</source>
+        <translation>ユーザーデータ</translation>
+    </message>
+    <message>
+        <source>%1: %2</source>
+        <translation>%1：%2</translation>
+    </message>
+    <message>
+        <source>%1 BPM</source>
+        <translation>%1 BPM</translation>
+    </message>
 </context>
 <context>
     <name>subFormBookmark</name>
@@ -603,6 +802,14 @@
     <message>
         <source>Show only when equal to</source>
         <translation>等しい場合のみ表示</translation>
+    </message>
+    <message>
+        <source>Description contains</source>
+        <translation>説明に含む文字列</translation>
+    </message>
+    <message>
+        <source>Letter case is ignored. If unspecified, this filter will not apply.</source>
+        <translation>大文字と小文字は区別しません。指定しない場合、このフィルターは適用されません。</translation>
     </message>
 </context>
 <context>
@@ -777,6 +984,30 @@
     <message>
         <source>%1 (not available)</source>
         <translation>%1 (使用不可)</translation>
+    </message>
+    <message>
+        <source>UCS Category List</source>
+        <translation>UCSカテゴリーリスト</translation>
+    </message>
+    <message>
+        <source>Open a CSV or TSV file...</source>
+        <translation>CSVまたはTSVファイルを開く...</translation>
+    </message>
+    <message>
+        <source>CatID list exported from the UCS spreadsheet (CSV or TSV with CatID, Category and SubCategory columns). Without it, UCS file names still fill the CatID, FX Name, Creator and Source columns.</source>
+        <translation>UCSスプレッドシートから書き出したCatIDリスト（CatID、Category、SubCategory列を含むCSVまたはTSV）。指定しなくても、UCS形式のファイル名からCatID、FX名、クリエイター、ソースの列が表示されます。</translation>
+    </message>
+    <message>
+        <source>Select the UCS CatID list</source>
+        <translation>UCSのCatIDリストを選択</translation>
+    </message>
+    <message>
+        <source>CSV or TSV files (*.csv *.tsv *.txt);;All files (*)</source>
+        <translation>CSV/TSVファイル (*.csv *.tsv *.txt);;すべてのファイル (*)</translation>
+    </message>
+    <message>
+        <source>Specified CatID list cannot be found. %1</source>
+        <translation>指定されたCatIDリストが見つかりません。%1</translation>
     </message>
 </context>
 </TS>

@@ -343,6 +343,25 @@
     </message>
 </context>
 <context>
+    <name>UcsCatalog</name>
+    <message>
+        <source>The CatID list cannot be opened: %1</source>
+        <translation>无法打开 CatID 列表：%1</translation>
+    </message>
+    <message>
+        <source>The CatID list is too large: %1</source>
+        <translation>CatID 列表过大：%1</translation>
+    </message>
+    <message>
+        <source>The CatID list has no CatID column.</source>
+        <translation>CatID 列表中没有 CatID 列。</translation>
+    </message>
+    <message>
+        <source>The CatID list holds no CatID.</source>
+        <translation>CatID 列表中没有任何 CatID。</translation>
+    </message>
+</context>
+<context>
     <name>WidgetDetailView</name>
     <message>
         <source>The region could not be written: %1</source>
@@ -475,6 +494,186 @@
         <source>(no files)</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Description</source>
+        <translation>描述</translation>
+    </message>
+    <message>
+        <source>Title/Name</source>
+        <translation>标题/名称</translation>
+    </message>
+    <message>
+        <source>Artist/Originator</source>
+        <translation>艺术家/创建者</translation>
+    </message>
+    <message>
+        <source>Comment</source>
+        <translation>注释</translation>
+    </message>
+    <message>
+        <source>Date</source>
+        <translation>日期</translation>
+    </message>
+    <message>
+        <source>Tempo/Key</source>
+        <translation>速度/调性</translation>
+    </message>
+    <message>
+        <source>CatID</source>
+        <translation>CatID</translation>
+    </message>
+    <message>
+        <source>Category</source>
+        <translation>类别</translation>
+    </message>
+    <message>
+        <source>FX Name</source>
+        <translation>音效名称</translation>
+    </message>
+    <message>
+        <source>Creator</source>
+        <translation>创作者</translation>
+    </message>
+    <message>
+        <source>Source</source>
+        <translation>来源</translation>
+    </message>
+    <message>
+        <source>iXML description</source>
+        <translation>iXML 描述</translation>
+    </message>
+    <message>
+        <source>Title</source>
+        <translation>标题</translation>
+    </message>
+    <message>
+        <source>Album</source>
+        <translation>专辑</translation>
+    </message>
+    <message>
+        <source>Project</source>
+        <translation>项目</translation>
+    </message>
+    <message>
+        <source>Scene</source>
+        <translation>场景</translation>
+    </message>
+    <message>
+        <source>Take</source>
+        <translation>条次</translation>
+    </message>
+    <message>
+        <source>Tape</source>
+        <translation>磁带</translation>
+    </message>
+    <message>
+        <source>Artist</source>
+        <translation>艺术家</translation>
+    </message>
+    <message>
+        <source>Originator</source>
+        <translation>创建者</translation>
+    </message>
+    <message>
+        <source>Originator reference</source>
+        <translation>创建者参考编号</translation>
+    </message>
+    <message>
+        <source>Copyright</source>
+        <translation>版权</translation>
+    </message>
+    <message>
+        <source>Note</source>
+        <translation>备注</translation>
+    </message>
+    <message>
+        <source>iXML user fields</source>
+        <translation>iXML 用户字段</translation>
+    </message>
+    <message>
+        <source>Keywords</source>
+        <translation>关键词</translation>
+    </message>
+    <message>
+        <source>Genre</source>
+        <translation>流派</translation>
+    </message>
+    <message>
+        <source>Software</source>
+        <translation>软件</translation>
+    </message>
+    <message>
+        <source>Cue labels</source>
+        <translation>提示点标签</translation>
+    </message>
+    <message>
+        <source>Cue notes</source>
+        <translation>提示点备注</translation>
+    </message>
+    <message>
+        <source>Origination date</source>
+        <translation>创建日期</translation>
+    </message>
+    <message>
+        <source>Time reference</source>
+        <translation>时间参考</translation>
+    </message>
+    <message>
+        <source>Tempo</source>
+        <translation>速度</translation>
+    </message>
+    <message>
+        <source>Root note</source>
+        <translation>根音</translation>
+    </message>
+    <message>
+        <source>%1 (MIDI %2)</source>
+        <translation>%1 (MIDI %2)</translation>
+    </message>
+    <message>
+        <source>Beats</source>
+        <translation>拍数</translation>
+    </message>
+    <message>
+        <source>Meter</source>
+        <translation>拍号</translation>
+    </message>
+    <message>
+        <source>Type</source>
+        <translation>类型</translation>
+    </message>
+    <message>
+        <source>One-shot</source>
+        <translation>单次</translation>
+    </message>
+    <message>
+        <source>Loop</source>
+        <translation>循环</translation>
+    </message>
+    <message>
+        <source>Key</source>
+        <translation>调性</translation>
+    </message>
+    <message>
+        <source>User category</source>
+        <translation>用户类别</translation>
+    </message>
+    <message>
+        <source>SubCategory</source>
+        <translation>子类别</translation>
+    </message>
+    <message>
+        <source>User data</source>
+        <translation>用户数据</translation>
+    </message>
+    <message>
+        <source>%1: %2</source>
+        <translation>%1：%2</translation>
+    </message>
+    <message>
+        <source>%1 BPM</source>
+        <translation>%1 BPM</translation>
+    </message>
 </context>
 <context>
     <name>subFormBookmark</name>
@@ -603,6 +802,14 @@
     <message>
         <source>Show only when equal to</source>
         <translation>仅在等于时显示</translation>
+    </message>
+    <message>
+        <source>Description contains</source>
+        <translation>描述包含</translation>
+    </message>
+    <message>
+        <source>Letter case is ignored. If unspecified, this filter will not apply.</source>
+        <translation>不区分大小写。未指定时，此筛选条件不适用。</translation>
     </message>
 </context>
 <context>
@@ -777,6 +984,30 @@
     <message>
         <source>%1 (not available)</source>
         <translation>%1（不可用）</translation>
+    </message>
+    <message>
+        <source>UCS Category List</source>
+        <translation>UCS 类别列表</translation>
+    </message>
+    <message>
+        <source>Open a CSV or TSV file...</source>
+        <translation>打开 CSV 或 TSV 文件...</translation>
+    </message>
+    <message>
+        <source>CatID list exported from the UCS spreadsheet (CSV or TSV with CatID, Category and SubCategory columns). Without it, UCS file names still fill the CatID, FX Name, Creator and Source columns.</source>
+        <translation>从 UCS 电子表格导出的 CatID 列表（包含 CatID、Category 和 SubCategory 列的 CSV 或 TSV）。即使不指定，符合 UCS 规则的文件名仍会填写 CatID、音效名称、创作者和来源列。</translation>
+    </message>
+    <message>
+        <source>Select the UCS CatID list</source>
+        <translation>选择 UCS CatID 列表</translation>
+    </message>
+    <message>
+        <source>CSV or TSV files (*.csv *.tsv *.txt);;All files (*)</source>
+        <translation>CSV 或 TSV 文件 (*.csv *.tsv *.txt);;所有文件 (*)</translation>
+    </message>
+    <message>
+        <source>Specified CatID list cannot be found. %1</source>
+        <translation>找不到指定的 CatID 列表。%1</translation>
     </message>
 </context>
 </TS>

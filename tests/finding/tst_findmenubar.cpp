@@ -85,7 +85,7 @@ private slots:
         MenuBar* bar = window.GetMenuBar();
         const QList<QAction*>& columns = bar->columnVisibilityActions();
         QCOMPARE(columns.size(), krokTableModel::columnHeaderLabels().size());
-        QCOMPARE(columns.size(), 15);
+        QCOMPARE(columns.size(), int(TableColumnCount));
         QCOMPARE(columns.at(ColumnLoudness)->text(), QStringLiteral("Loudness"));
         QSignalSpy mask(bar, &MenuBar::SigColumnVisiblityChanged);
 

@@ -1,4 +1,5 @@
 #include "TestSettings.h"
+#include "WaveBuilder.h"
 
 #include <QDir>
 #include <QFile>
@@ -74,6 +75,9 @@ QList<QStringList> ParseCsv(const QString& text)
     return rows;
 }
 
+// The Category column of the CSV (after the 15 fixed columns and six metadata ones).
+constexpr int ColumnCategoryIndex = 22;
+
 QStringList RowFor(const QList<QStringList>& rows, const QString& fileName)
 {
     for (const QStringList& row : rows)
@@ -111,13 +115,22 @@ private slots:
         QCOMPARE(run.exitCode, 0);
         const QList<QStringList> rows = ParseCsv(QString::fromUtf8(run.out));
         QVERIFY(!rows.isEmpty());
-        QCOMPARE(rows.first(),
-                 (QStringList{"File", "Full Path", "Size", "Modify Time", "Format", "Sampling Rate",
-                              "Channels", "Samples", "BIT", "Duration", "Plots", "Loudness",
-                              "Loops", "Sort Specification", "Sort Comments"}));
+        QCOMPARE(rows.first(), (QStringList{"File",          "Full Path",
+                                            "Size",          "Modify Time",
+                                            "Format",        "Sampling Rate",
+                                            "Channels",      "Samples",
+                                            "BIT",           "Duration",
+                                            "Plots",         "Loudness",
+                                            "Loops",         "Sort Specification",
+                                            "Sort Comments", "Description",
+                                            "Title/Name",    "Artist/Originator",
+                                            "Comment",       "Date",
+                                            "Tempo/Key",     "CatID",
+                                            "Category",      "FX Name",
+                                            "Creator",       "Source"}));
         QCOMPARE(rows.size(), 1 + 3); // two audio files and the broken one
         for (const QStringList& row : rows)
-            QCOMPARE(row.size(), 15);
+            QCOMPARE(row.size(), 26);
 
         const QStringList mp3 = RowFor(rows, QStringLiteral("a-tones.mp3"));
         QCOMPARE(mp3.value(1), QDir(dir.path()).absoluteFilePath(QStringLiteral("a-tones.mp3")));
@@ -126,7 +139,8 @@ private slots:
         QVERIFY(
             QDateTime::fromString(mp3.value(3), QStringLiteral("yyyy/MM/dd HH:mm:ss")).isValid());
         QCOMPARE(mp3.mid(4, 6), (QStringList{"MP3", "44100", "2", "220500", "128", "0:05.000"}));
-        QCOMPARE(mp3.mid(10), (QStringList{"", "---", "0", "", ""}));
+        QCOMPARE(mp3.mid(10, 5), (QStringList{"", "---", "0", "", ""}));
+        QCOMPARE(mp3.mid(15), QVector<QString>(11).toList()); // no tags, no UCS name
 
         // The comma and quotes in the name survive the quoting.
         const QStringList wav = RowFor(rows, QStringLiteral("c, \"quoted\".wav"));
@@ -224,6 +238,84 @@ private slots:
         QCOMPARE(QJsonDocument::fromJson(none.out).array().size(), 0);
     }
 
+    void metadataFields()
+    {
+        QTemporaryDir meta;
+        fixtures::Bext bext;
+        bext.description = "Old oak door, slow creak, \"heavy\"";
+        bext.originator = "Field Kit";
+        bext.originationDate = "2023-04-01";
+        bext.originationTime = "12:30:05";
+        bext.timeReference = 48000ull * 3600;
+        const std::string ixml = "<BWFXML><SCENE>12A</SCENE><TAKE>3</TAKE><SPEED><TIMECODE_RATE>"
+                                 "25/1</TIMECODE_RATE></SPEED></BWFXML>";
+        QVERIFY(fixtures::writeFile(
+            meta.filePath(QStringLiteral("DOORWood_Creak Open_JD_FKIT_01.wav")),
+            fixtures::wavWith(
+                {fixtures::chunk("bext", fixtures::bextBody(bext)),
+                 fixtures::chunk("iXML", fixtures::text(ixml)),
+                 fixtures::chunk("LIST", fixtures::infoList({{"ICMT", "line one\r\nline two"}})),
+                 fixtures::chunk("acid", fixtures::acidBody(2, 57, 8, 4, 4, 92.5f))})));
+        QVERIFY(fixtures::writeFile(meta.filePath(QStringLiteral("kick_01_hard_v2.wav")),
+                                    fixtures::wavWith({})));
+        const QString list = meta.filePath(QStringLiteral("ucs.csv"));
+        QVERIFY(fixtures::WriteBytes(list, "Category,SubCategory,CatID,Explanations\n"
+                                           "DOORS,WOOD,DOORWood,\"Wooden doors, gates\"\n"));
+
+        Run run = Scan({meta.path()});
+        QCOMPARE(run.exitCode, 0);
+        QList<QStringList> rows = ParseCsv(QString::fromUtf8(run.out));
+        QStringList door = RowFor(rows, QStringLiteral("DOORWood_Creak Open_JD_FKIT_01.wav"));
+        QCOMPARE(door.mid(15),
+                 (QStringList{"Old oak door, slow creak, \"heavy\"", "12A", "Field Kit",
+                              "line one line two", "2023-04-01 12:30:05", "92.5 BPM, A3",
+                              "DOORWood", "", "Creak Open", "JD", "FKIT"}));
+        QCOMPARE(RowFor(rows, QStringLiteral("kick_01_hard_v2.wav")).mid(15),
+                 QVector<QString>(11).toList());
+
+        run = Scan({QStringLiteral("--ucs-list"), list, QStringLiteral("--json"), meta.path()});
+        QCOMPARE(run.exitCode, 0);
+        const QJsonArray files = QJsonDocument::fromJson(run.out).array();
+        QCOMPARE(files.size(), 2);
+        for (const QJsonValue& value : files) {
+            const QJsonObject o = value.toObject();
+            const QJsonObject metadata = o.value(QStringLiteral("metadata")).toObject();
+            const QJsonObject ucs = o.value(QStringLiteral("ucs")).toObject();
+            if (o.value(QStringLiteral("path")).toString().endsWith(QLatin1String("v2.wav"))) {
+                QVERIFY(metadata.isEmpty());
+                QVERIFY(ucs.isEmpty());
+                continue;
+            }
+            QCOMPARE(metadata.value(QStringLiteral("description")).toString(),
+                     QStringLiteral("Old oak door, slow creak, \"heavy\""));
+            QCOMPARE(metadata.value(QStringLiteral("comment")).toString(),
+                     QStringLiteral("line one\nline two"));
+            QCOMPARE(metadata.value(QStringLiteral("take")).toString(), QStringLiteral("3"));
+            QCOMPARE(metadata.value(QStringLiteral("timeReference")).toDouble(), 172800000.0);
+            QCOMPARE(metadata.value(QStringLiteral("timecode")).toString(),
+                     QStringLiteral("01:00:00:00"));
+            const QJsonObject acid = metadata.value(QStringLiteral("acid")).toObject();
+            QCOMPARE(acid.value(QStringLiteral("rootNote")).toInt(), 57);
+            QCOMPARE(acid.value(QStringLiteral("oneShot")).toBool(), false);
+            QCOMPARE(acid.value(QStringLiteral("tempo")).toDouble(), 92.5);
+            QCOMPARE(ucs.value(QStringLiteral("category")).toString(), QStringLiteral("DOORS"));
+            QCOMPARE(ucs.value(QStringLiteral("subCategory")).toString(), QStringLiteral("WOOD"));
+            QCOMPARE(ucs.value(QStringLiteral("userData")).toString(), QStringLiteral("01"));
+        }
+
+        run = Scan({QStringLiteral("--ucs-list"), list, meta.path()});
+        rows = ParseCsv(QString::fromUtf8(run.out));
+        door = RowFor(rows, QStringLiteral("DOORWood_Creak Open_JD_FKIT_01.wav"));
+        QCOMPARE(door.value(ColumnCategoryIndex), QStringLiteral("DOORS-WOOD"));
+
+        // A list that is no list stops the scan before it starts.
+        run = Scan({QStringLiteral("--ucs-list"),
+                    meta.filePath(QStringLiteral("kick_01_hard_v2.wav")), meta.path()});
+        QCOMPARE(run.exitCode, 2);
+        QVERIFY(run.err.contains("CatID"));
+        QVERIFY(run.out.isEmpty());
+    }
+
     void usageErrors_data()
     {
         QTest::addColumn<QStringList>("arguments");
@@ -261,8 +353,9 @@ private slots:
     {
         const Run run = Scan({QStringLiteral("--help")});
         QCOMPARE(run.exitCode, 0);
-        for (const char* word : {"--recursive", "--hidden", "--loudness", "--multi-plot", "--json",
-                                 "Exit status", "FOLDER"})
+        for (const char* word :
+             {"--recursive", "--hidden", "--loudness", "--multi-plot", "--json", "--ucs-list",
+              "originatorReference", "timecode", "Exit status", "FOLDER"})
             QVERIFY2(run.out.contains(word), word);
     }
 

@@ -77,12 +77,14 @@ void TestTableModel::headers()
     QCOMPARE(model.columnCount(), 0);
     QCOMPARE(model.headerData(0, Qt::Horizontal).toString(), QString());
     model.setHeaderLabels(krokTableModel::columnHeaderLabels());
-    QCOMPARE(model.columnCount(), 15);
+    QCOMPARE(model.columnCount(), 26);
     QCOMPARE(model.headerData(0, Qt::Horizontal).toString(), QStringLiteral("File"));
     QCOMPARE(model.headerData(8, Qt::Horizontal).toString(), QStringLiteral("BIT"));
     QCOMPARE(model.headerData(14, Qt::Horizontal).toString(), QStringLiteral("Sort Comments"));
-    QVERIFY(model.headerData(15, Qt::Horizontal).isValid());
-    QCOMPARE(model.headerData(15, Qt::Horizontal).toString(), QString());
+    QCOMPARE(model.headerData(15, Qt::Horizontal).toString(), QStringLiteral("Description"));
+    QCOMPARE(model.headerData(25, Qt::Horizontal).toString(), QStringLiteral("Source"));
+    QVERIFY(model.headerData(26, Qt::Horizontal).isValid());
+    QCOMPARE(model.headerData(26, Qt::Horizontal).toString(), QString());
     QVERIFY(!model.headerData(0, Qt::Vertical).isValid());
     QVERIFY(!model.headerData(0, Qt::Horizontal, Qt::ToolTipRole).isValid());
 }
@@ -232,7 +234,7 @@ void TestTableModel::plotCellAndPosition()
     model->setPlaybackPosition(paths[1], 0.25);
     QCOMPARE(changed.count(), 1);
     QCOMPARE(changed.at(0).at(0).toModelIndex(), model->index(1, 0));
-    QCOMPARE(changed.at(0).at(1).toModelIndex(), model->index(1, 14));
+    QCOMPARE(changed.at(0).at(1).toModelIndex(), model->index(1, TableColumnCount - 1));
     QCOMPARE(model->index(1, 10).data().value<PlotPointer>()->position(), 0.25);
     QCOMPARE(model->index(0, 10).data().value<PlotPointer>()->position(), 0.0);
     model->setPlaybackPosition(wav(QStringLiteral("not_listed.wav")), 0.5);

@@ -2,6 +2,9 @@
 
 #include "AudioFileInfo.h"
 #include "CellFormat.h"
+#include "FileMetadata.h"
+#include "MetadataColumns.h"
+#include "UcsName.h"
 
 #include <QFileInfo>
 #include <QJsonArray>
@@ -23,6 +26,57 @@ QJsonArray PlotArray(const PlotPoint* points)
     return values;
 }
 
+QJsonObject MetadataObject(const AudioFileInfo& info)
+{
+    QJsonObject o;
+    const FileMetadata* m = info.metadata.get();
+    if (!m)
+        return o;
+    for (const FileMetadata::Entry& entry : m->entries())
+        o.insert(QLatin1String(MetadataKeyName(entry.key)),
+                 QString::fromUtf8(entry.text.data(), static_cast<int>(entry.text.size())));
+    if (m->hasTimeReference) {
+        o.insert(QStringLiteral("timeReference"), static_cast<qint64>(m->timeReference));
+        o.insert(QStringLiteral("timecode"), FormatTimecode(m->timeReference, info.samplingRate,
+                                                            m->text(MetadataKey::TimecodeRate),
+                                                            m->text(MetadataKey::TimecodeFlag)));
+    }
+    if (m->hasAcid) {
+        QJsonObject acid;
+        acid.insert(QStringLiteral("oneShot"), m->acid.isOneShot());
+        if (m->acid.hasRootNote())
+            acid.insert(QStringLiteral("rootNote"), m->acid.rootNote);
+        acid.insert(QStringLiteral("beats"), static_cast<qint64>(m->acid.beats));
+        acid.insert(QStringLiteral("meterNumerator"), m->acid.meterNumerator);
+        acid.insert(QStringLiteral("meterDenominator"), m->acid.meterDenominator);
+        acid.insert(QStringLiteral("tempo"), double(m->acid.tempo));
+        o.insert(QStringLiteral("acid"), acid);
+    }
+    return o;
+}
+
+QJsonObject UcsObject(const UcsName& ucs)
+{
+    QJsonObject o;
+    if (!ucs.isValid())
+        return o;
+    const std::pair<const char*, const QString*> fields[] = {
+        {"catId", &ucs.catId},
+        {"category", &ucs.category},
+        {"subCategory", &ucs.subCategory},
+        {"fxName", &ucs.fxName},
+        {"creatorId", &ucs.creatorId},
+        {"sourceId", &ucs.sourceId},
+        {"userCategory", &ucs.userCategory},
+        {"userData", &ucs.userData},
+    };
+    for (const auto& [key, value] : fields) {
+        if (!value->isEmpty())
+            o.insert(QLatin1String(key), *value);
+    }
+    return o;
+}
+
 } // namespace
 
 QString ScanReport::CsvField(const QString& text)
@@ -38,13 +92,15 @@ QString ScanReport::CsvField(const QString& text)
 QString ScanReport::CsvHeader()
 {
     QStringList fields;
-    for (const QString& label : TableColumnHeaderLabels())
+    for (const QString& label : TableColumnHeaderLabels() + MetadataColumnHeaderLabels())
         fields << CsvField(label);
     return fields.join(QLatin1Char(','));
 }
 
-QString ScanReport::CsvRow(const QString& path, const AudioFileInfo& info, bool loudnessVoltMode)
+QString ScanReport::CsvRow(const QString& path, const AudioFileInfo& info, bool loudnessVoltMode,
+                           const UcsCatalog* catalog)
 {
+    const UcsName ucs = ParseUcsName(QFileInfo(path).fileName(), catalog);
     QStringList fields;
     for (int column = 0; column < TableColumnCount; ++column) {
         QString cell;
@@ -52,6 +108,9 @@ QString ScanReport::CsvRow(const QString& path, const AudioFileInfo& info, bool 
             cell = QFileInfo(path).fileName();
         else if (column == ColumnFullPath)
             cell = path;
+        else if (IsMetadataColumn(column))
+            cell = MetadataCellValue(column, info.metadata.get(), info.samplingRate, ucs, false)
+                       .toString();
         else
             cell = RecordCellValue(column, info, false, loudnessVoltMode).toString();
         fields << CsvField(cell);
@@ -59,7 +118,8 @@ QString ScanReport::CsvRow(const QString& path, const AudioFileInfo& info, bool 
     return fields.join(QLatin1Char(','));
 }
 
-QByteArray ScanReport::JsonObject(const QString& path, const AudioFileInfo& info)
+QByteArray ScanReport::JsonObject(const QString& path, const AudioFileInfo& info,
+                                  const UcsCatalog* catalog)
 {
     QJsonObject o;
     o.insert(QStringLiteral("path"), path);
@@ -85,5 +145,7 @@ QByteArray ScanReport::JsonObject(const QString& path, const AudioFileInfo& info
     for (int c = 0; c < channels; ++c)
         multi.append(PlotArray(info.multiPlot.data() + c * kPlotPoints));
     o.insert(QStringLiteral("multiPlot"), multi);
+    o.insert(QStringLiteral("metadata"), MetadataObject(info));
+    o.insert(QStringLiteral("ucs"), UcsObject(ParseUcsName(QFileInfo(path).fileName(), catalog)));
     return QJsonDocument(o).toJson(QJsonDocument::Compact);
 }

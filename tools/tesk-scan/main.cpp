@@ -5,6 +5,7 @@
 #include "AudioFileLister.h"
 #include "KrokManager.h"
 #include "ScanReport.h"
+#include "UcsCatalog.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -47,17 +48,35 @@ int main(int argc, char** argv)
         "Lists the audio files of FOLDER (wav, aif, aiff, mp3, ogg, any letter case) as Tesk's\n"
         "file table does, analyses each one and prints one row per file on standard output.\n"
         "\n"
-        "Output: CSV with a header row of the table's 15 columns, cells formatted as the\n"
+        "Output: CSV with a header row of the table's 26 columns, cells formatted as the\n"
         "table shows them (the Plots and sort-specification columns are left empty), or with\n"
         "--json one JSON array holding an object per file with \"path\" and every field of\n"
         "the analysis record; \"plot\" is 500 integers (max and min interleaved, percent of\n"
         "full scale) and \"multiPlot\" one such array per channel.\n"
+        "\n"
+        "Metadata: the CSV columns Description, Title/Name, Artist/Originator, Comment, Date\n"
+        "and Tempo/Key show the first field of their group that the file carries (BWF bext,\n"
+        "iXML, RIFF INFO, acid, cue labels, AIFF NAME/AUTH/ANNO/(c), ID3 and Vorbis\n"
+        "comments), line breaks as spaces. CatID, Category, FX Name, Creator and Source come\n"
+        "from a UCS file name (CatID_FXName_CreatorID_SourceID[_...]), else from the iXML\n"
+        "USER fields; Category shows CATEGORY-SUBCATEGORY from --ucs-list. In JSON,\n"
+        "\"metadata\" holds every text field under its key: description, title, artist,\n"
+        "album, comment, date, genre, copyright, software, keywords, bpm, musicalKey,\n"
+        "originator, originatorReference, originationDate, originationTime, project, scene,\n"
+        "take, tape, note, timecodeRate, timecodeFlag, userDescription, userCategory,\n"
+        "userSubCategory, userCatId, userFxName, userCreator, userSource, userKeywords,\n"
+        "userText, cueLabels, cueNotes (a key is absent when the file has no such field),\n"
+        "and also \"timeReference\" (bext, samples since midnight) with \"timecode\", and\n"
+        "\"acid\" {oneShot, rootNote, beats, meterNumerator, meterDenominator, tempo};\n"
+        "\"ucs\" holds the blocks of a UCS file name {catId, category, subCategory, fxName,\n"
+        "creatorId, sourceId, userCategory, userData} and is empty for any other name.\n"
+        "\n"
         "Loudness is integrated loudness in LUFS; -96 (shown as ---) means not measured.\n"
         "A progress bar goes to standard error when it is a terminal.\n"
         "\n"
         "Exit status: 0 when the folder was scanned (files that cannot be read get a row\n"
-        "with default values and do not stop the scan), 2 for a bad option or a missing or\n"
-        "unreadable folder, 1 when the output cannot be written.\n"
+        "with default values and do not stop the scan), 2 for a bad option, a missing or\n"
+        "unreadable folder or an unusable --ucs-list, 1 when the output cannot be written.\n"
         "\n"
         "Example: tesk-scan --recursive --loudness ~/Sounds > sounds.csv"));
     parser.addHelpOption();
@@ -78,8 +97,14 @@ int main(int argc, char** argv)
         QStringLiteral("Show the loudness of mono files raised by 3.0103 dB (CSV only)."));
     const QCommandLineOption jsonOption(QStringLiteral("json"),
                                         QStringLiteral("Print one JSON array instead of CSV."));
-    parser.addOptions(
-        {recursiveOption, hiddenOption, loudnessOption, multiPlotOption, voltOption, jsonOption});
+    const QCommandLineOption ucsListOption(
+        QStringLiteral("ucs-list"),
+        QStringLiteral("The UCS CatID list (CSV or TSV with CatID, Category and SubCategory "
+                       "columns): only its CatIDs count as UCS names, and their category names "
+                       "are shown."),
+        QStringLiteral("FILE"));
+    parser.addOptions({recursiveOption, hiddenOption, loudnessOption, multiPlotOption, voltOption,
+                       jsonOption, ucsListOption});
     parser.addPositionalArgument(QStringLiteral("FOLDER"), QStringLiteral("The folder to scan."));
 
     if (!parser.parse(QCoreApplication::arguments())) {
@@ -113,6 +138,16 @@ int main(int argc, char** argv)
         return kUsageError;
     }
 
+    std::shared_ptr<const UcsCatalog> catalog;
+    if (parser.isSet(ucsListOption)) {
+        QString error;
+        catalog = UcsCatalog::load(parser.value(ucsListOption), &error);
+        if (!catalog) {
+            std::fprintf(stderr, "tesk-scan: %s\n", qPrintable(error));
+            return kUsageError;
+        }
+    }
+
     const bool json = parser.isSet(jsonOption);
     const bool voltMode = parser.isSet(voltOption);
     const QList<QString> files = ListAudioFiles(
@@ -135,9 +170,10 @@ int main(int argc, char** argv)
         const QString shownPath = QDir::toNativeSeparators(path);
         if (json)
             ok = Write((i == 0 ? QByteArrayLiteral("\n") : QByteArrayLiteral(",\n")) +
-                       ScanReport::JsonObject(shownPath, info));
+                       ScanReport::JsonObject(shownPath, info, catalog.get()));
         else
-            ok = Write((ScanReport::CsvRow(shownPath, info, voltMode) + '\n').toUtf8());
+            ok = Write(
+                (ScanReport::CsvRow(shownPath, info, voltMode, catalog.get()) + '\n').toUtf8());
         if (progress && (sinceProgress.elapsed() >= 100 || i + 1 == files.size())) {
             PrintProgress(i + 1, files.size());
             sinceProgress.restart();
