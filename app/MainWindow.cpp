@@ -7,7 +7,9 @@
 #include "GacManager.h"
 #include "MenuBar.h"
 #include "SortSettingsApplication.h"
+#include "StatusProgress.h"
 #include "SubFormFont.h"
+#include "SystemThemeWatcher.h"
 #include "TeskStyle.h"
 #include "WidgetPlayer.h"
 #include "WidgetRootPath.h"
@@ -40,6 +42,17 @@ namespace {
 
 constexpr int kRowHeightStep = 2;
 constexpr int kMinRowHeight = 10;
+// Room for the folder tree beside a table that shows all its columns.
+constexpr int kComfortableTreeWidth = 260;
+constexpr int kNarrowestTreeWidth = 200;
+
+// The folder tree's part of the splitter's width `w`: a quarter, or less when
+// that lets the table show every column, though never below a usable width.
+int TreeShare(int w, int tableWidth)
+{
+    const int quarter = w / 4;
+    return qBound(qMin(kNarrowestTreeWidth, quarter), w - tableWidth, quarter);
+}
 
 } // namespace
 
@@ -77,6 +90,9 @@ MainWindow::MainWindow(QWidget* parent)
     statusLabel = new QLabel(QString(), this);
     statusLabel->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     statusBar()->addWidget(statusLabel, 1);
+    statusProgress = new StatusProgress(this);
+    statusBar()->addPermanentWidget(statusProgress);
+    statusProgress->ConnectManager(manager);
 
     if (const QScreen* screen = QGuiApplication::primaryScreen())
         setGeometry(DefaultWindowGeometry(screen->geometry()));
@@ -94,6 +110,15 @@ MainWindow::MainWindow(QWidget* parent)
 
     connect(widgetTableBrowser, &WidgetTableBrowser::SigOpenByExplorerCalled, this,
             &MainWindow::SlotOpenParentDirByExplorer);
+    connect(widgetTableBrowser, &WidgetTableBrowser::SigSendMessage, this,
+            &MainWindow::SlotSetStatusMessage);
+    // Columns shown or hidden from the table's header go the menu's way.
+    connect(widgetTableBrowser, &WidgetTableBrowser::SigColumnVisiblityChanged, menuBarWidget,
+            &MenuBar::ColumnVisibleStateLoaded);
+    connect(widgetTableBrowser, &WidgetTableBrowser::SigColumnVisiblityChanged, manager,
+            &TeskManager::MemorizeColumnVisibleState);
+    connect(widgetRootPath, &WidgetRootPath::SigStatusMessage, this,
+            &MainWindow::SlotSetStatusMessage);
     connect(widgetPlayer, &WidgetPlayer::SigStartCalled, widgetTableBrowser,
             &WidgetTableBrowser::SlotSelectedItemPlaybackCalled);
     connect(widgetTreeBrowser, &WidgetTreeBrowser::SigShowInExplorer, this,
@@ -121,6 +146,13 @@ MainWindow::MainWindow(QWidget* parent)
     manager->GetFontSettings()->SetDefaultFont(QApplication::font().family(),
                                                QApplication::font().pointSize());
     manager->ApplyStoredSettings();
+    if (!geometryRestored) {
+        if (const QScreen* screen = QGuiApplication::primaryScreen())
+            setGeometry(DefaultWindowGeometry(screen->availableGeometry(), PreferredWidth()));
+    }
+    themeWatcher = new SystemThemeWatcher(this);
+    connect(themeWatcher, &SystemThemeWatcher::SigSystemDarkChanged, this,
+            &MainWindow::SlotSystemDarkChanged);
     gacManager->SetServer(manager->GetGacAddress(), manager->GetGacPort());
     menuBarWidget->InitState();
     gacMenuTimer = new QTimer(this);
@@ -137,11 +169,12 @@ void MainWindow::showEvent(QShowEvent* event)
 {
     QMainWindow::showEvent(event);
     // Before the first show the splitter has only its default width, so the
-    // quarter for the tree is taken again once the layout has given it its own.
+    // tree's share is worked out again once the layout has given it its own.
     if (!splitterSized) {
         splitterSized = true;
-        const int w = splitter->width();
-        splitter->setSizes({w / 4, 3 * w / 4});
+        const int w = splitter->width() - splitter->handleWidth();
+        const int tree = TreeShare(w, widgetTableBrowser->preferredTableWidth());
+        splitter->setSizes({tree, w - tree});
     }
 }
 
@@ -168,6 +201,9 @@ void MainWindow::setupForm()
     auto* toolBar = new QToolBar(this);
     toolBar->setObjectName(QStringLiteral("mainToolBar"));
     addToolBar(Qt::TopToolBarArea, toolBar);
+    // It holds nothing: an empty strip under the menus only takes room.
+    toolBar->hide();
+    toolBar->toggleViewAction()->setVisible(false);
     auto* bar = new QStatusBar(this);
     bar->setObjectName(QStringLiteral("statusBar"));
     setStatusBar(bar);
@@ -198,7 +234,25 @@ void MainWindow::SlotShowDialog(QString title, QString msg)
 
 void MainWindow::SlotSetMainWindowGeometry(int left, int top, int wid, int hgt)
 {
+    geometryRestored = true;
     setGeometry(left, top, wid, hgt);
+}
+
+int MainWindow::PreferredWidth()
+{
+    // The table at its starting widths, the tree beside it, the splitter's
+    // handle and the layout's margins.
+    const int table = widgetTableBrowser->preferredTableWidth();
+    int left = 0;
+    int right = 0;
+    centralWidget()->layout()->getContentsMargins(&left, nullptr, &right, nullptr);
+    return table + kComfortableTreeWidth + splitter->handleWidth() + left + right;
+}
+
+void MainWindow::SlotSystemDarkChanged(bool dark)
+{
+    if (manager->GetColorTheme() == TeskManager::System)
+        ApplyTeskStyle(manager, dark ? 1 : 0);
 }
 
 void MainWindow::SlotOpenParentDirByExplorer(QString filePath)

@@ -6,6 +6,8 @@
 
 class GacManager;
 class MenuBar;
+class StatusProgress;
+class SystemThemeWatcher;
 class SubFormFont;
 class WidgetRootPath;
 class WidgetSearch;
@@ -38,6 +40,10 @@ public:
     WidgetTreeBrowser* GetTreeBrowser() const { return widgetTreeBrowser; }
     WidgetTableBrowser* GetTableBrowser() const { return widgetTableBrowser; }
     QLabel* GetStatusLabel() const { return statusLabel; }
+    StatusProgress* GetStatusProgress() const { return statusProgress; }
+    // The window width at which the table shows every visible column at its
+    // starting width, with the tree beside it at its share.
+    int PreferredWidth();
 
 public slots:
     void SlotSetWaitCursor();
@@ -68,6 +74,8 @@ public slots:
     void SlotSortSettingsApplied();
     void SlotGacOpenSettings();
     void SlotGacToggleConnection();
+    // The desktop switched between light and dark while running.
+    void SlotSystemDarkChanged(bool dark);
 
 private slots:
     void updateGacMenu();
@@ -90,10 +98,14 @@ private:
     WidgetTableBrowser* widgetTableBrowser = nullptr;
     QSplitter* splitter = nullptr;
     QLabel* statusLabel = nullptr;
+    StatusProgress* statusProgress = nullptr;
+    SystemThemeWatcher* themeWatcher = nullptr;
     QShortcut* searchShortcut = nullptr;
     // Made on first use and kept, so their fields survive closing.
     subFormSortSettings* sortSettings = nullptr;
     SubFormFont* fontForm = nullptr;
     QTimer* gacMenuTimer = nullptr;
     bool splitterSized = false;
+    // A stored geometry was applied; otherwise the window opens at its preferred width.
+    bool geometryRestored = false;
 };

@@ -56,6 +56,9 @@ void SettingsStore::Load(QSettings& store, StoredSettings& s)
     s.fontTableFamily =
         store.value(QStringLiteral("fontTableFamily"), s.fontTableFamily).toString();
     s.fontTableSize = store.value(QStringLiteral("fontTableSize"), s.fontTableSize).toInt();
+    s.recursiveFlag = store.value(QStringLiteral("recursiveFlag"), s.recursiveFlag).toBool();
+    s.tableHeaderState =
+        store.value(QStringLiteral("tableHeaderState"), s.tableHeaderState).toByteArray();
 
     s.bookmarks.clear();
     const int n = store.beginReadArray(QStringLiteral("bookmarkRoot"));
@@ -109,6 +112,8 @@ void SettingsStore::Save(QSettings& store, const StoredSettings& s)
     store.setValue(QStringLiteral("fontTableIsFit"), s.fontTableIsFit);
     store.setValue(QStringLiteral("fontTableFamily"), s.fontTableFamily);
     store.setValue(QStringLiteral("fontTableSize"), s.fontTableSize);
+    store.setValue(QStringLiteral("recursiveFlag"), s.recursiveFlag);
+    store.setValue(QStringLiteral("tableHeaderState"), s.tableHeaderState);
 
     // Rewritten whole, so that removed bookmarks do not linger as stale elements.
     store.remove(QStringLiteral("bookmarkRoot"));

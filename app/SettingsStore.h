@@ -2,6 +2,7 @@
 
 #include "Bookmark.h"
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 
@@ -43,6 +44,12 @@ struct StoredSettings
     BookmarkList bookmarks;
     // Bookmarks of the older layout (paths only), written back unchanged.
     QStringList legacyBookmarkDirs;
+    // "Display files in subfolders as well".
+    bool recursiveFlag = false;
+    // The file table's header as QHeaderView::saveState gives it: column
+    // order, widths, hidden columns, sort column and order. Empty until the
+    // table has been shown once.
+    QByteArray tableHeaderState;
 
     bool HasValidGeometry() const { return width >= 1 && height >= 1 && left >= 0 && top >= 0; }
 };

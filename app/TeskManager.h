@@ -45,7 +45,7 @@ public:
 
     QString GetVersion() const { return QStringLiteral("1.28.00"); }
     QString GetRootPath() const { return s.rootPath; }
-    bool IsRecursive() const { return recursiveFlag; }
+    bool IsRecursive() const { return s.recursiveFlag; }
     int GetRowHeight() const { return s.rowHeight; }
     bool IsLoudnessEnabled() const { return s.loudnessFlag; }
     bool IsLoudnessVoltMode() const { return s.loudnessVoltMode; }
@@ -74,6 +74,9 @@ public:
     KrokManager* GetKrokManager() const { return krokManager; }
     FontSettings* GetFontSettings() { return &fontSettings; }
     const QTimer* GetPlaylistTimer() const { return &timerPlaylist; }
+    QByteArray GetTableHeaderState() const { return s.tableHeaderState; }
+    // The audio file to select once the current list is in; empty for none.
+    QString GetPendingSelection() const { return pendingSelection; }
 
     void SetRowHeight(int height);
     void SetColorTheme(ColorTheme theme);
@@ -81,6 +84,8 @@ public:
     void SetGacPort(int port) { s.gacPortNumber = port; }
     void SetExternalTool(const QString& path, const QString& args);
     void SetSeekTimeMs(int ms) { s.seekTimeMs = ms; }
+    // Kept for the next save; the table hands its header over before saving.
+    void SetTableHeaderState(const QByteArray& state) { s.tableHeaderState = state; }
     // Moves the playing file one seek step forward or backward.
     void SeekPlayback(bool backward);
 
@@ -116,6 +121,16 @@ signals:
     void SigSetPlaybackPosition(QString filePath, double positionRatio);
     void SigChangeColorTheme(TeskManager::ColorTheme theme);
     void SigChangeFont();
+    // The stored header of the file table, announced before the first list.
+    void SigTableHeaderStateLoaded(QByteArray state);
+    // A file was named as the root: select it once its folder's list is in.
+    void SigFileSelectionRequested(QString filePath);
+    // Work on the current list: total 0 while the folder is being listed
+    // (how many files there are is not known yet), then `done` of `total`
+    // files analysed.
+    void SigProgressChanged(int done, int total);
+    // The work ended, was cancelled for good, or there is none.
+    void SigProgressEnded();
 
 public slots:
     void SlotChangeRootPathCalled(QString path);
@@ -156,8 +171,9 @@ private:
 
     // The persisted state, with the built-in defaults until the store is read.
     StoredSettings s;
-    // "Display all files from subfolders as well" is not persisted: every session starts flat.
-    bool recursiveFlag = false;
+    QString pendingSelection;
+    // Files in the analysis under way, for the progress.
+    int progressTotal = 0;
     QString lastPlayingPath;
     QTimer timerPlaylist;
     QTimer timerStatus;

@@ -74,7 +74,8 @@ bool SearchRowMatcher::parseDurationMs(const QString& text, int* ms)
 bool SearchRowMatcher::matches(const krokTableModel& model, int row,
                                const SearchCriteriaStruct& criteria)
 {
-    if (!criteria.name.isEmpty() && !model.fileNameRef(row).contains(criteria.name)) {
+    if (!criteria.name.isEmpty() &&
+        !model.fileNameRef(row).contains(criteria.name, Qt::CaseInsensitive)) {
         return false;
     }
     if (!criteria.useDetail) {

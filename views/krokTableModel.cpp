@@ -5,6 +5,7 @@
 #include "AudioFileInfo.h"
 #include "CellFormat.h"
 #include "KrokManager.h"
+#include "TableFont.h"
 #include "TeskManager.h"
 #include "WaveformStyledItem.h"
 
@@ -122,14 +123,17 @@ QVariant krokTableModel::tableFont() const
     if (!manager) {
         return {};
     }
+    // Asked for every cell painted: the fitted size is measured only when the
+    // settings or the row height have changed.
     const FontSettings* fonts = manager->GetFontSettings();
-    QFont font;
-    font.setFamily(fonts->GetFamily(FontSettings::Table));
-    const int size = fonts->GetPointSize(FontSettings::Table);
-    if (fonts->IsFitToCell() && size > 0) {
-        font.setPointSize(size);
+    const FontKey key{fonts->GetFamily(FontSettings::Table),
+                      fonts->GetPointSize(FontSettings::Table), fonts->IsFitToCell(),
+                      manager->GetRowHeight()};
+    if (!(key == fontKey) || !cachedFont) {
+        fontKey = key;
+        cachedFont = TableFont(*fonts, key.rowHeight);
     }
-    return font;
+    return *cachedFont;
 }
 
 QVariant krokTableModel::cellValue(int row, int column, bool forSorting) const

@@ -4,6 +4,7 @@
 #include "TableRoles.h"
 
 #include <QAbstractTableModel>
+#include <QFont>
 #include <QList>
 #include <QPair>
 #include <QString>
@@ -11,6 +12,7 @@
 #include <QVector>
 
 #include <cstdint>
+#include <optional>
 
 class KrokManager;
 class TeskManager;
@@ -106,4 +108,18 @@ private:
     bool sortSpecActive = false;
     int commonPrefix = 0;
     mutable PathRanking pathOrder;
+    struct FontKey
+    {
+        QString family;
+        int pointSize = -1;
+        bool fit = false;
+        int rowHeight = 0;
+        bool operator==(const FontKey& o) const
+        {
+            return family == o.family && pointSize == o.pointSize && fit == o.fit &&
+                   rowHeight == o.rowHeight;
+        }
+    };
+    mutable FontKey fontKey;
+    mutable std::optional<QFont> cachedFont;
 };

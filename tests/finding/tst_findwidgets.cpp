@@ -32,6 +32,8 @@ QMimeData* urlsOf(const QString& path)
     return mime;
 }
 
+using fixtures::SpiedTexts;
+
 int countOf(const QSignalSpy& spy, const QString& text)
 {
     int n = 0;
@@ -102,18 +104,86 @@ private slots:
         QCOMPARE(countOf(status, QStringLiteral("Retrieving file list")), 2);
     }
 
-    void enterOnMissingPathChangesNothing()
+    void rootBarEntry_data()
     {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("root");
+        QTest::addColumn<QString>("selected");
+        QTest::addColumn<QString>("message");
+        // Paths relative to the sandbox, which is the working and the home folder.
+        QTest::newRow("trailing slash") << "bar/sfx/"
+                                        << "bar/sfx"
+                                        << ""
+                                        << "";
+        QTest::newRow("dot") << "."
+                             << ""
+                             << ""
+                             << "";
+        QTest::newRow("dots inside") << "./bar/../bar/sfx/."
+                                     << "bar/sfx"
+                                     << ""
+                                     << "";
+        QTest::newRow("tilde") << "~/bar"
+                               << "bar"
+                               << ""
+                               << "";
+        QTest::newRow("audio file") << "bar/sfx/Hit 2.WAV"
+                                    << "bar/sfx"
+                                    << "bar/sfx/Hit 2.WAV"
+                                    << "";
+        QTest::newRow("missing folder") << "bar/gone/"
+                                        << "-"
+                                        << ""
+                                        << "The folder \"%1/bar/gone\" does not exist.";
+        QTest::newRow("other file")
+            << "bar/notes.txt"
+            << "-"
+            << ""
+            << "\"bar/notes.txt\" is neither a folder nor a WAV, AIFF, MP3 or Ogg Vorbis file.";
+    }
+
+    void rootBarEntry()
+    {
+        QFETCH(QString, typed);
+        QFETCH(QString, root);
+        QFETCH(QString, selected);
+        QFETCH(QString, message);
+        const QString base = QDir(dir.path()).canonicalPath();
+        const QString sfx = base + QStringLiteral("/bar/sfx");
+        QVERIFY(QDir().mkpath(sfx));
+        QVERIFY(fixtures::writeSineWav(sfx + QStringLiteral("/Hit 2.WAV"), 8000, 1, 800, 0.0));
+        QVERIFY(fixtures::WriteBytes(base + QStringLiteral("/bar/notes.txt")));
+        const QByteArray home = qgetenv("HOME");
+        const QString previousDir = QDir::currentPath();
+        qputenv("HOME", QFile::encodeName(base));
+        QDir::setCurrent(base);
+
+        TeskManager manager;
         WidgetRootPath bar;
-        QSignalSpy asks(&bar, &WidgetRootPath::SigChangeRootPathCalled);
-        bar.pathLine()->setText(dir.filePath(QStringLiteral("no/such/folder")));
+        bar.SetManager(&manager);
+        // The folder listed before: a refused entry puts it back.
+        manager.SlotChangeRootPathCalled(sfx + QStringLiteral("/"));
+        QCOMPARE(manager.GetRootPath(), sfx);
+        QSignalSpy messages(&bar, &WidgetRootPath::SigStatusMessage);
+        QSignalSpy selections(&manager, &TeskManager::SigFileSelectionRequested);
+        bar.pathLine()->setText(typed);
         QTest::keyClick(bar.pathLine(), Qt::Key_Return);
-        QTest::keyClick(bar.pathLine(), Qt::Key_Enter, Qt::KeypadModifier);
-        QCOMPARE(asks.count(), 0);
-        bar.pathLine()->setText(dir.path());
-        QTest::keyClick(bar.pathLine(), Qt::Key_Enter, Qt::KeypadModifier);
-        QCOMPARE(asks.count(), 1);
-        QCOMPARE(asks.at(0).at(0).toString(), dir.path());
+        QDir::setCurrent(previousDir);
+        qputenv("HOME", home);
+
+        const QString expected = root == QLatin1String("-")
+                                     ? sfx
+                                     : (root.isEmpty() ? base : base + QLatin1Char('/') + root);
+        QCOMPARE(manager.GetRootPath(), expected);
+        QCOMPARE(bar.pathLine()->text(), expected);
+        QCOMPARE(SpiedTexts(messages),
+                 message.isEmpty() ? QStringList() : QStringList{message.arg(base)});
+        // Recent folders hold each folder once, in one spelling.
+        QCOMPARE(manager.GetRecentFolders().count(sfx), 1);
+        if (!selected.isEmpty()) {
+            QTRY_COMPARE_WITH_TIMEOUT(selections.count(), 1, 20000);
+            QCOMPARE(selections.at(0).at(0).toString(), base + QLatin1Char('/') + selected);
+        }
     }
 
     void dragAcceptance_data()
@@ -152,8 +222,9 @@ private slots:
         QDropEvent drop(QPointF(5, 5), Qt::CopyAction | Qt::LinkAction, mime.get(), Qt::LeftButton,
                         Qt::NoModifier);
         QApplication::sendEvent(&bar, &drop);
+        // A file goes as it is: its folder is listed with the file selected.
         QCOMPARE(asks.count(), 1);
-        QCOMPARE(asks.at(0).at(0).toString(), dir.filePath(QStringLiteral("drag")));
+        QCOMPARE(asks.at(0).at(0).toString(), path);
         QCOMPARE(drop.dropAction(), Qt::IgnoreAction);
     }
 
@@ -259,6 +330,46 @@ private slots:
         QCOMPARE(applied.at(2).at(1).toBool(), false);
         search.SlotEnableSearchWidget();
         QVERIFY(search.searchLine()->isEnabled());
+    }
+
+    void typingFiltersAfterAPauseAndClearingAtOnce()
+    {
+        WidgetSearch search;
+        SearchCriteriaStruct stored;
+        connect(&search, &WidgetSearch::SigSearchCriteriaRequired, this,
+                [&stored](SearchCriteriaStruct* c) { *c = stored; });
+        connect(&search, &WidgetSearch::SigSearchCriteriaApplied, this,
+                [&stored](SearchCriteriaStruct c, bool) { stored = c; });
+        QSignalSpy applied(&search, &WidgetSearch::SigSearchCriteriaApplied);
+
+        // Each key restarts the pause; only the whole word is applied.
+        QTest::keyClicks(search.searchLine(), QStringLiteral("door"));
+        QCOMPARE(applied.count(), 0);
+        QVERIFY(search.typingTimer()->isActive());
+        QTRY_COMPARE(applied.count(), 1);
+        QCOMPARE(stored.name, QStringLiteral("door"));
+
+        // The clear button shows every file again without waiting.
+        QToolButton* clear = nullptr;
+        for (QToolButton* button : search.searchLine()->findChildren<QToolButton*>()) {
+            if (button->defaultAction() &&
+                button->defaultAction()->objectName() == QLatin1String("_q_qlineeditclearaction"))
+                clear = button;
+        }
+        QVERIFY(clear);
+        clear->click();
+        QCOMPARE(applied.count(), 2);
+        QCOMPARE(stored.name, QString());
+        QVERIFY(!search.typingTimer()->isActive());
+
+        // So does deleting the text by hand.
+        QTest::keyClicks(search.searchLine(), QStringLiteral("ab"));
+        QTest::keyClick(search.searchLine(), Qt::Key_Backspace);
+        QTest::keyClick(search.searchLine(), Qt::Key_Backspace);
+        QCOMPARE(applied.count(), 2); // "ab" never got through: the name was already empty
+        QVERIFY(!search.typingTimer()->isActive());
+        QTest::qWait(WidgetSearch::kTypingPauseMs * 2);
+        QCOMPARE(applied.count(), 2);
     }
 
     void advancedDialogAssemblesRecord()
