@@ -255,6 +255,10 @@ void TeskManager::SlotChangeRootPathCalled(QString path)
 
 void TeskManager::SlotChangeRecursiveCalled(bool flag)
 {
+    // The menu entry echoes the stored flag back when it is announced at
+    // start-up; that is no reason to list the folder twice.
+    if (flag == s.recursiveFlag)
+        return;
     timerPlaylist.stop();
     s.recursiveFlag = flag;
     emit SigRecursiveChanged(flag);

@@ -109,10 +109,13 @@ void subFormToolSettings::SlotPushedOpenFile()
 void subFormToolSettings::SlotPushedOk()
 {
     const QString path = editToolPath->text();
-    if (!path.isEmpty() && !QFileInfo::exists(path)) {
-        QMessageBox::critical(this, tr("Error"),
-                              tr("Specified .exe file cannot be found. %1").arg(path),
-                              QMessageBox::Ok);
+    // A folder, or a file that cannot be run, would only fail at the launch.
+    const QFileInfo tool(path);
+    if (!path.isEmpty() && !(tool.isFile() && tool.isExecutable())) {
+        const QString text = tool.exists()
+                                 ? tr("Specified file is not a program that can be run. %1")
+                                 : tr("Specified .exe file cannot be found. %1");
+        QMessageBox::critical(this, tr("Error"), text.arg(path), QMessageBox::Ok);
         return;
     }
     accept();

@@ -233,18 +233,14 @@ void WidgetTableBrowser::showHeaderMenu(const QPoint& position)
         action->setChecked(((visible >> column) & 1) != 0);
         // The last visible column stays: a table without columns offers no header to click.
         action->setEnabled(!action->isChecked() || (visible & ~(1 << column)) != 0);
-        action->setData(column);
+        connect(action, &QAction::triggered, this, [this, column](bool shown) {
+            view->setColumnHidden(column, !shown);
+            if (shown && view->columnWidth(column) < view->horizontalHeader()->minimumSectionSize())
+                view->setColumnWidth(column, view->horizontalHeader()->defaultSectionSize());
+            emit SigColumnVisiblityChanged(visibleColumnMask());
+        });
     }
-    const QAction* chosen = menu.exec(view->horizontalHeader()->mapToGlobal(position));
-    if (!chosen) {
-        return;
-    }
-    const int column = chosen->data().toInt();
-    view->setColumnHidden(column, !chosen->isChecked());
-    if (chosen->isChecked() && view->columnWidth(column) < 20) {
-        setDefaultColumnWidths();
-    }
-    emit SigColumnVisiblityChanged(visibleColumnMask());
+    menu.exec(view->horizontalHeader()->mapToGlobal(position));
 }
 
 void WidgetTableBrowser::SlotHeaderStateLoaded(QByteArray state)

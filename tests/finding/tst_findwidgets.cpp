@@ -16,6 +16,7 @@
 #include <QGroupBox>
 #include <QLineEdit>
 #include <QMimeData>
+#include <QScrollBar>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QSpinBox>
@@ -239,10 +240,26 @@ private slots:
         QVERIFY(!bar.refreshButton()->isEnabled());
         QCOMPARE(bar.pathLine()->text(), dir.path());
 
+        // Filled (gold) exactly when the folder is bookmarked.
+        const auto goldPixels = [&bar] {
+            const QImage image = bar.starButton()->grab().toImage();
+            int gold = 0;
+            for (int y = 0; y < image.height(); ++y) {
+                for (int x = 0; x < image.width(); ++x) {
+                    const QColor c = image.pixelColor(x, y);
+                    gold += c.red() > 200 && c.green() > 140 && c.blue() < 100 ? 1 : 0;
+                }
+            }
+            return gold;
+        };
         bar.SlotBookmarkStateSpecified(true);
         QVERIFY(bar.starButton()->isChecked());
+        QVERIFY(goldPixels() > 40);
+        QCOMPARE(bar.starButton()->toolTip(), QStringLiteral("Remove from Bookmarks"));
         bar.SlotBookmarkStateSpecified(false);
         QVERIFY(!bar.starButton()->isChecked());
+        QCOMPARE(goldPixels(), 0);
+        QCOMPARE(bar.starButton()->toolTip(), QStringLiteral("Add to Bookmarks"));
         QCOMPARE(flag.count(), 0);
 
         bar.starButton()->click();
@@ -298,6 +315,38 @@ private slots:
         QCOMPARE(esc.count(), 2);
         QCOMPARE(altUp.count(), 1);
         QCOMPARE(altDown.count(), 1);
+    }
+
+    void treeShowsTheRootWhileItsAncestorsLoad()
+    {
+        // Two hundred folders beside the root's parent: as they load, they are
+        // inserted above it and would push it out of sight.
+        QTemporaryDir deep;
+        QVERIFY(deep.isValid());
+        for (int k = 0; k < 200; ++k)
+            QVERIFY(QDir().mkpath(
+                deep.filePath(QStringLiteral("m%1").arg(k, 3, 10, QLatin1Char('0')))));
+        const QString root = deep.filePath(QStringLiteral("m150/inner"));
+        QVERIFY(QDir().mkpath(root));
+
+        WidgetTreeBrowser tree(nullptr);
+        tree.resize(300, 300);
+        tree.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&tree));
+        tree.SlotRootPathChanged(root);
+        TreeViewItemModel* model = tree.treeModel();
+        const QModelIndex parent = model->index(deep.path());
+        QTRY_COMPARE_WITH_TIMEOUT(model->rowCount(parent), 200, 20000);
+        SubWidgetTreeView* view = tree.treeView();
+        const QModelIndex index = model->index(root);
+        QTRY_VERIFY_WITH_TIMEOUT(view->viewport()->rect().contains(view->visualRect(index)), 10000);
+        QCOMPARE(view->currentIndex(), index);
+
+        // Once the user scrolls, the tree stays where the user put it.
+        view->verticalScrollBar()->triggerAction(QAbstractSlider::SliderToMinimum);
+        const int top = view->verticalScrollBar()->value();
+        emit model->directoryLoaded(deep.path());
+        QCOMPARE(view->verticalScrollBar()->value(), top);
     }
 
     void searchBarReportsChangesOnly()

@@ -61,6 +61,7 @@ private slots:
     void loudnessVoltModeRefreshesEveryCell();
     void firstRootChangeSetsDefaultWidthsOnce();
     void userSortSurvivesARootChange();
+    void namedFileIsSelectedWithoutPlaying();
 };
 
 void TestTableBrowser::viewSetUp()
@@ -541,6 +542,36 @@ void TestTableBrowser::endOfListOrderEqualsAFreshSort()
     browser.tableView()->sortByColumn(1, Qt::DescendingOrder);
     std::reverse(expected.begin(), expected.end());
     QCOMPARE(shownPaths(), expected);
+}
+
+void TestTableBrowser::namedFileIsSelectedWithoutPlaying()
+{
+    WidgetTableBrowser browser(nullptr, {});
+    // Auto playback is on: a selection by hand would start the file.
+    connect(&browser, &WidgetTableBrowser::SigAutoPlaybackFlagRequired, this,
+            [](bool* flag) { *flag = true; });
+    QSignalSpy play(&browser, &WidgetTableBrowser::SigStartPlaybackCalled);
+    QStringList listed;
+    // Found in reverse: the row moves when the finished list is sorted.
+    for (int k = 399; k >= 0; --k)
+        listed << QStringLiteral("/lib/take%1.wav").arg(k);
+    browser.resize(600, 200);
+    browser.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&browser));
+    browser.SlotRootPathChanged();
+    browser.SlotFilePathListAcquired(listed);
+    browser.SlotSelectFile(QStringLiteral("/lib/take250.wav"));
+    SubWidgetTableView* view = browser.tableView();
+    QCOMPARE(view->currentIndex().data(257).toString(), QStringLiteral("/lib/take250.wav"));
+    QCOMPARE(view->selectionModel()->selectedRows().size(), 1);
+    QCOMPARE(play.count(), 0);
+    // Still selected and in sight once the finished list is sorted.
+    browser.SlotGetDetailEnded();
+    QCOMPARE(view->currentIndex().data(257).toString(), QStringLiteral("/lib/take250.wav"));
+    QVERIFY(view->viewport()->rect().intersects(view->visualRect(view->currentIndex())));
+    // A later selection by hand plays as before.
+    view->selectRow(0);
+    QCOMPARE(play.count(), 1);
 }
 
 QTEST_MAIN(TestTableBrowser)
