@@ -141,7 +141,9 @@ MainWindow::MainWindow(QWidget* parent)
     searchShortcut->setContext(Qt::WindowShortcut);
     connect(searchShortcut, &QShortcut::activated, widgetSearch,
             &WidgetSearch::SlotFocusSearchTextbox);
-    setWindowIcon(QIcon(QStringLiteral(":/images/tesk.png")));
+    // The installed icon at every size where there is one; the built-in one otherwise.
+    setWindowIcon(QIcon::fromTheme(QStringLiteral("works.orvane.Tesk"),
+                                   QIcon(QStringLiteral(":/images/tesk.png"))));
 
     manager->GetFontSettings()->SetDefaultFont(QApplication::font().family(),
                                                QApplication::font().pointSize());

@@ -30,6 +30,8 @@ int main(int argc, char* argv[])
     QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     QApplication app(argc, argv);
+    // Ties the windows to the installed launcher (its name and icon in the dock).
+    QGuiApplication::setDesktopFileName(QStringLiteral("works.orvane.Tesk"));
 
     QTranslator translatorJa;
     QTranslator translatorZh;
