@@ -236,7 +236,12 @@ void TeskManager::SlotChangeRootPathCalled(QString path)
     const RootRequest request = ResolveRootPath(path);
     if (request.folder.isEmpty())
         return;
-    pendingSelection = request.file;
+    // The tree echoes every root change with the bare folder; that must not
+    // drop the file waiting to be selected there.
+    if (!request.file.isEmpty())
+        pendingSelection = request.file;
+    else if (request.folder != s.rootPath)
+        pendingSelection.clear();
     path = request.folder;
     // The folder tree follows every root change by selecting that folder, and
     // its selection asks for that root again, while the announcement is still

@@ -203,6 +203,18 @@ private slots:
         QCOMPARE(proxy->index(1, ColumnFile).data().toString(), QStringLiteral("rain.wav"));
     }
 
+    void fileNamedAsRootIsSelected()
+    {
+        // As "Open With Tesk" or a drop does it, with the folder tree echoing
+        // the new root as it follows it.
+        MainWindow window;
+        QVERIFY(showFolder(window, root + QStringLiteral("/wind.wav")));
+        QCOMPARE(window.GetManager()->GetRootPath(), root);
+        const SubWidgetTableView* view = window.GetTableBrowser()->tableView();
+        QCOMPARE(view->currentIndex().data(257).toString(), root + QStringLiteral("/wind.wav"));
+        QCOMPARE(view->selectionModel()->selectedRows().size(), 1);
+    }
+
     void emptyToolBarIsHidden()
     {
         MainWindow window;
