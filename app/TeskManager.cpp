@@ -9,7 +9,6 @@
 #include "SubThreadGetList.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QFileInfo>
 
 namespace {

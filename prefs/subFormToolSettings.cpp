@@ -26,7 +26,12 @@ subFormToolSettings::subFormToolSettings(const QString& toolPath, const QString&
     buttonOpenFile = new QToolButton(groupTools);
     buttonOpenFile->setObjectName(QStringLiteral("buttonOpenFile"));
     buttonOpenFile->setIcon(QIcon(QStringLiteral(":/images/open.png")));
+#ifdef Q_OS_WIN
     buttonOpenFile->setToolTip(tr("Open an .exe or .app file..."));
+#else
+    // Programs on Linux have no .exe to name them by.
+    buttonOpenFile->setToolTip(tr("Choose the program..."));
+#endif
     editToolArgs = new QLineEdit(QStringLiteral("%FILEPATH%"), groupTools);
     editToolArgs->setObjectName(QStringLiteral("editToolArgs"));
 
@@ -100,10 +105,23 @@ void subFormToolSettings::SlotPushedOpenFile()
                                  : QString();
     // No filter: on Windows this lists .exe files among others, and on Linux
     // any executable file, whatever its name, can be a tool.
-    const QString path =
-        QFileDialog::getOpenFileName(this, tr("Select external .exe file"), startDir);
+#ifdef Q_OS_WIN
+    const QString title = tr("Select external .exe file");
+#else
+    const QString title = tr("Select the external program");
+#endif
+    const QString path = QFileDialog::getOpenFileName(this, title, startDir);
     if (!path.isEmpty())
         editToolPath->setText(path);
+}
+
+QString subFormToolSettings::missingToolText()
+{
+#ifdef Q_OS_WIN
+    return tr("Specified .exe file cannot be found. %1");
+#else
+    return tr("Specified program cannot be found. %1");
+#endif
 }
 
 void subFormToolSettings::SlotPushedOk()
@@ -114,7 +132,7 @@ void subFormToolSettings::SlotPushedOk()
     if (!path.isEmpty() && !(tool.isFile() && tool.isExecutable())) {
         const QString text = tool.exists()
                                  ? tr("Specified file is not a program that can be run. %1")
-                                 : tr("Specified .exe file cannot be found. %1");
+                                 : missingToolText();
         QMessageBox::critical(this, tr("Error"), text.arg(path), QMessageBox::Ok);
         return;
     }

@@ -23,6 +23,9 @@ public:
     QString toolArgs() const;
     int seekTimeMs() const;
 
+    // What OK says when nothing exists at the tool path ("%1" is the path).
+    static QString missingToolText();
+
 private slots:
     void SlotPushedOpenFile();
     void SlotPushedOk();

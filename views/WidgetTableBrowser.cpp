@@ -15,7 +15,7 @@
 #include <QHeaderView>
 #include <QMenu>
 #include <QMimeData>
-#include <QScrollBar>
+#include <QStyle>
 #include <QVBoxLayout>
 
 #include <cmath>

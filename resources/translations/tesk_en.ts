@@ -755,5 +755,17 @@
         <source>Specified file is not a program that can be run. %1</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Choose the program...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select the external program</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Specified program cannot be found. %1</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 </TS>

@@ -755,5 +755,17 @@
         <source>Specified file is not a program that can be run. %1</source>
         <translation>指定されたファイルは実行できるプログラムではありません。%1</translation>
     </message>
+    <message>
+        <source>Choose the program...</source>
+        <translation>プログラムを選択...</translation>
+    </message>
+    <message>
+        <source>Select the external program</source>
+        <translation>外部プログラムを選択</translation>
+    </message>
+    <message>
+        <source>Specified program cannot be found. %1</source>
+        <translation>指定されたプログラムが見つかりません。%1</translation>
+    </message>
 </context>
 </TS>

@@ -755,5 +755,17 @@
         <source>Specified file is not a program that can be run. %1</source>
         <translation>指定的文件不是可运行的程序。%1</translation>
     </message>
+    <message>
+        <source>Choose the program...</source>
+        <translation>选择程序...</translation>
+    </message>
+    <message>
+        <source>Select the external program</source>
+        <translation>选择外部程序</translation>
+    </message>
+    <message>
+        <source>Specified program cannot be found. %1</source>
+        <translation>找不到指定的程序。%1</translation>
+    </message>
 </context>
 </TS>

@@ -81,8 +81,13 @@ private slots:
                                << "";
         QTest::newRow("runnable file") << "program"
                                        << "";
+#ifdef Q_OS_WIN
         QTest::newRow("missing") << "missing"
                                  << "Specified .exe file cannot be found. %1";
+#else
+        QTest::newRow("missing") << "missing"
+                                 << "Specified program cannot be found. %1";
+#endif
         QTest::newRow("folder") << "folder"
                                 << "Specified file is not a program that can be run. %1";
         QTest::newRow("file that cannot run")
