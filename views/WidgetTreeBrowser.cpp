@@ -94,7 +94,12 @@ void WidgetTreeBrowser::revealFollowedFolder()
     // Rows are inserted above it after this call returns: lay them out first.
     revealing = true;
     view->doItemsLayout();
-    view->scrollTo(index, QAbstractItemView::PositionAtCenter);
+    // A folder still in sight stays where it is: it may be the one just
+    // clicked, and moving it would put another under the mouse.
+    if (!view->viewport()->rect().contains(view->visualRect(index)))
+        view->scrollTo(index, QAbstractItemView::PositionAtCenter);
+    else
+        view->scrollTo(index, QAbstractItemView::EnsureVisible);
     revealing = false;
 }
 
