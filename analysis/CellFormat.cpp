@@ -11,36 +11,46 @@ QString Tr(const char* text)
     return QCoreApplication::translate("krokTableModel", text);
 }
 
+// Marked for the translation tools; translated when the headers are made.
+const char* const kHeaders[] = {
+    QT_TRANSLATE_NOOP("krokTableModel", "File"),
+    QT_TRANSLATE_NOOP("krokTableModel", "Full Path"),
+    QT_TRANSLATE_NOOP("krokTableModel", "Size"),
+    QT_TRANSLATE_NOOP("krokTableModel", "Modify Time"),
+    QT_TRANSLATE_NOOP("krokTableModel", "Format"),
+    QT_TRANSLATE_NOOP("krokTableModel", "Sampling Rate"),
+    QT_TRANSLATE_NOOP("krokTableModel", "Channels"),
+    QT_TRANSLATE_NOOP("krokTableModel", "Samples"),
+    "BIT",
+    QT_TRANSLATE_NOOP("krokTableModel", "Duration"),
+    QT_TRANSLATE_NOOP("krokTableModel", "Plots"),
+    QT_TRANSLATE_NOOP("krokTableModel", "Loudness"),
+    QT_TRANSLATE_NOOP("krokTableModel", "Loops"),
+    QT_TRANSLATE_NOOP("krokTableModel", "Sort Specification"),
+    QT_TRANSLATE_NOOP("krokTableModel", "Sort Comments"),
+};
+
 } // namespace
 
 QStringList TableColumnHeaderLabels()
 {
-    return {Tr("File"),
-            Tr("Full Path"),
-            Tr("Size"),
-            Tr("Modify Time"),
-            Tr("Format"),
-            Tr("Sampling Rate"),
-            Tr("Channels"),
-            Tr("Samples"),
-            QStringLiteral("BIT"),
-            Tr("Duration"),
-            Tr("Plots"),
-            Tr("Loudness"),
-            Tr("Loops"),
-            Tr("Sort Specification"),
-            Tr("Sort Comments")};
+    QStringList labels;
+    for (const char* header : kHeaders)
+        labels << (header == kHeaders[ColumnBits] ? QString::fromLatin1(header) : Tr(header));
+    return labels;
 }
 
 QString FormatFileSize(std::int32_t size)
 {
     if (size >= 0x20000000)
-        return Tr("%1 GB").arg(size / (1024.0 * 1024.0 * 1024.0), 0, 'f', 2);
+        return Tr(QT_TRANSLATE_NOOP("krokTableModel", "%1 GB"))
+            .arg(size / (1024.0 * 1024.0 * 1024.0), 0, 'f', 2);
     if (size >= 0x80000)
-        return Tr("%1 MB").arg(size / (1024.0 * 1024.0), 0, 'f', 2);
+        return Tr(QT_TRANSLATE_NOOP("krokTableModel", "%1 MB"))
+            .arg(size / (1024.0 * 1024.0), 0, 'f', 2);
     if (size < 512)
-        return Tr("%1 byte").arg(size);
-    return Tr("%1 KB").arg(size / 1024.0, 0, 'f', 2);
+        return Tr(QT_TRANSLATE_NOOP("krokTableModel", "%1 byte")).arg(size);
+    return Tr(QT_TRANSLATE_NOOP("krokTableModel", "%1 KB")).arg(size / 1024.0, 0, 'f', 2);
 }
 
 float DurationSeconds(std::int32_t samples, std::int32_t samplingRate)

@@ -1,17 +1,13 @@
 #include "CommandLineRoot.h"
 
-#include "AudioSuffix.h"
-
-#include <QFileInfo>
+#include "RootPathInput.h"
 
 QString CommandLineRoot(const QStringList& arguments)
 {
     if (arguments.size() < 2)
         return QString();
-    const QFileInfo info(arguments.at(1));
-    if (info.isDir())
-        return info.absoluteFilePath();
-    if (info.isFile() && IsSupportedAudioSuffix(info.suffix()))
-        return info.absolutePath();
-    return QString();
+    const RootRequest request = ResolveRootPath(arguments.at(1));
+    if (!request.isAccepted())
+        return QString();
+    return request.file.isEmpty() ? request.folder : request.file;
 }

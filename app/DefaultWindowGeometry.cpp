@@ -1,5 +1,7 @@
 #include "DefaultWindowGeometry.h"
 
+#include <QtGlobal>
+
 namespace {
 
 constexpr int kWidth = 1350;
@@ -7,8 +9,9 @@ constexpr int kHeight = 600;
 
 } // namespace
 
-QRect DefaultWindowGeometry(const QRect& screen)
+QRect DefaultWindowGeometry(const QRect& screen, int wantedWidth)
 {
+    const int wide = qMax(kWidth, wantedWidth);
     int top = 0;
     int height = screen.height();
     if (screen.height() > kHeight) {
@@ -17,9 +20,9 @@ QRect DefaultWindowGeometry(const QRect& screen)
     }
     int left = 0;
     int width = screen.width();
-    if (screen.width() > kWidth) {
-        left = (screen.width() - kWidth) / 2;
-        width = kWidth;
+    if (screen.width() > wide) {
+        left = (screen.width() - wide) / 2;
+        width = wide;
     }
-    return QRect(left, top, width, height);
+    return QRect(screen.left() + left, screen.top() + top, width, height);
 }

@@ -40,7 +40,9 @@ void RevealInFileManager(const QString& path, QObject* context)
         QStringLiteral("org.freedesktop.FileManager1"),
         QStringLiteral("/org/freedesktop/FileManager1"),
         QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
-    message << QStringList{QUrl::fromLocalFile(path).toString()} << QString();
+    // URIs as the specification of the interface wants them: percent-encoded,
+    // so that blanks, "#", "%" and non-ASCII names reach the file manager intact.
+    message << QStringList{QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded)} << QString();
     // Asynchronous: a file manager that is slow to start must not hold the window.
     auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(message, 5000), context);
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, context,

@@ -7,8 +7,10 @@
 #include "GacManager.h"
 #include "MenuBar.h"
 #include "SortSettingsApplication.h"
+#include "StatusProgress.h"
 #include "SubFormFont.h"
 #include "TableRoles.h"
+#include "SystemThemeWatcher.h"
 #include "TeskStyle.h"
 #include "WidgetDetailView.h"
 #include "WidgetPlayer.h"
@@ -44,6 +46,17 @@ namespace {
 
 constexpr int kRowHeightStep = 2;
 constexpr int kMinRowHeight = 10;
+// Room for the folder tree beside a table that shows all its columns.
+constexpr int kComfortableTreeWidth = 260;
+constexpr int kNarrowestTreeWidth = 200;
+
+// The folder tree's part of the splitter's width `w`: a quarter, or less when
+// that lets the table show every column, though never below a usable width.
+int TreeShare(int w, int tableWidth)
+{
+    const int quarter = w / 4;
+    return qBound(qMin(kNarrowestTreeWidth, quarter), w - tableWidth, quarter);
+}
 
 } // namespace
 
@@ -89,6 +102,9 @@ MainWindow::MainWindow(QWidget* parent)
     statusLabel = new QLabel(QString(), this);
     statusLabel->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     statusBar()->addWidget(statusLabel, 1);
+    statusProgress = new StatusProgress(this);
+    statusBar()->addPermanentWidget(statusProgress);
+    statusProgress->ConnectManager(manager);
 
     if (const QScreen* screen = QGuiApplication::primaryScreen())
         setGeometry(DefaultWindowGeometry(screen->geometry()));
@@ -108,6 +124,15 @@ MainWindow::MainWindow(QWidget* parent)
             &MainWindow::SlotOpenParentDirByExplorer);
     connect(widgetPlayer, &WidgetPlayer::SigStartCalled, this,
             &MainWindow::SlotStartPlaybackRequested);
+    connect(widgetTableBrowser, &WidgetTableBrowser::SigSendMessage, this,
+            &MainWindow::SlotSetStatusMessage);
+    // Columns shown or hidden from the table's header go the menu's way.
+    connect(widgetTableBrowser, &WidgetTableBrowser::SigColumnVisiblityChanged, menuBarWidget,
+            &MenuBar::ColumnVisibleStateLoaded);
+    connect(widgetTableBrowser, &WidgetTableBrowser::SigColumnVisiblityChanged, manager,
+            &TeskManager::MemorizeColumnVisibleState);
+    connect(widgetRootPath, &WidgetRootPath::SigStatusMessage, this,
+            &MainWindow::SlotSetStatusMessage);
     connect(widgetTreeBrowser, &WidgetTreeBrowser::SigShowInExplorer, this,
             &MainWindow::SlotOpenParentDirByExplorer);
     connect(widgetRootPath, &WidgetRootPath::SigBookmarkFlagChangeRequired, this,
@@ -128,12 +153,21 @@ MainWindow::MainWindow(QWidget* parent)
     searchShortcut->setContext(Qt::WindowShortcut);
     connect(searchShortcut, &QShortcut::activated, widgetSearch,
             &WidgetSearch::SlotFocusSearchTextbox);
-    setWindowIcon(QIcon(QStringLiteral(":/images/tesk.png")));
+    // The installed icon at every size where there is one; the built-in one otherwise.
+    setWindowIcon(QIcon::fromTheme(QStringLiteral("works.orvane.Tesk"),
+                                   QIcon(QStringLiteral(":/images/tesk.png"))));
 
     manager->GetFontSettings()->SetDefaultFont(QApplication::font().family(),
                                                QApplication::font().pointSize());
     setUpDetailView();
     manager->ApplyStoredSettings();
+    if (!geometryRestored) {
+        if (const QScreen* screen = QGuiApplication::primaryScreen())
+            setGeometry(DefaultWindowGeometry(screen->availableGeometry(), PreferredWidth()));
+    }
+    themeWatcher = new SystemThemeWatcher(this);
+    connect(themeWatcher, &SystemThemeWatcher::SigSystemDarkChanged, this,
+            &MainWindow::SlotSystemDarkChanged);
     gacManager->SetServer(manager->GetGacAddress(), manager->GetGacPort());
     menuBarWidget->InitState();
     gacMenuTimer = new QTimer(this);
@@ -182,11 +216,12 @@ void MainWindow::showEvent(QShowEvent* event)
 {
     QMainWindow::showEvent(event);
     // Before the first show the splitter has only its default width, so the
-    // quarter for the tree is taken again once the layout has given it its own.
+    // tree's share is worked out again once the layout has given it its own.
     if (!splitterSized) {
         splitterSized = true;
-        const int w = splitter->width();
-        splitter->setSizes({w / 4, 3 * w / 4});
+        const int w = splitter->width() - splitter->handleWidth();
+        const int tree = TreeShare(w, widgetTableBrowser->preferredTableWidth());
+        splitter->setSizes({tree, w - tree});
         restoreDetailViewHeight();
     }
 }
@@ -223,6 +258,9 @@ void MainWindow::setupForm()
     auto* toolBar = new QToolBar(this);
     toolBar->setObjectName(QStringLiteral("mainToolBar"));
     addToolBar(Qt::TopToolBarArea, toolBar);
+    // It holds nothing: an empty strip under the menus only takes room.
+    toolBar->hide();
+    toolBar->toggleViewAction()->setVisible(false);
     auto* bar = new QStatusBar(this);
     bar->setObjectName(QStringLiteral("statusBar"));
     setStatusBar(bar);
@@ -253,7 +291,25 @@ void MainWindow::SlotShowDialog(QString title, QString msg)
 
 void MainWindow::SlotSetMainWindowGeometry(int left, int top, int wid, int hgt)
 {
+    geometryRestored = true;
     setGeometry(left, top, wid, hgt);
+}
+
+int MainWindow::PreferredWidth()
+{
+    // The table at its starting widths, the tree beside it, the splitter's
+    // handle and the layout's margins.
+    const int table = widgetTableBrowser->preferredTableWidth();
+    int left = 0;
+    int right = 0;
+    centralWidget()->layout()->getContentsMargins(&left, nullptr, &right, nullptr);
+    return table + kComfortableTreeWidth + splitter->handleWidth() + left + right;
+}
+
+void MainWindow::SlotSystemDarkChanged(bool dark)
+{
+    if (manager->GetColorTheme() == TeskManager::System)
+        ApplyTeskStyle(manager, dark ? 1 : 0);
 }
 
 void MainWindow::SlotOpenParentDirByExplorer(QString filePath)

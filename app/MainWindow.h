@@ -6,6 +6,8 @@
 
 class GacManager;
 class MenuBar;
+class StatusProgress;
+class SystemThemeWatcher;
 class SubFormFont;
 class WidgetRootPath;
 class WidgetSearch;
@@ -40,6 +42,10 @@ public:
     WidgetTableBrowser* GetTableBrowser() const { return widgetTableBrowser; }
     WidgetDetailView* GetDetailView() const { return detailView; }
     QLabel* GetStatusLabel() const { return statusLabel; }
+    StatusProgress* GetStatusProgress() const { return statusProgress; }
+    // The window width at which the table shows every visible column at its
+    // starting width, with the tree beside it at its share.
+    int PreferredWidth();
 
 public slots:
     void SlotSetWaitCursor();
@@ -73,6 +79,8 @@ public slots:
     // Play (Space, the play button): the region in the detail view when it has
     // one for the current file, else the current row.
     void SlotStartPlaybackRequested();
+    // The desktop switched between light and dark while running.
+    void SlotSystemDarkChanged(bool dark);
 
 private slots:
     void updateGacMenu();
@@ -99,10 +107,14 @@ private:
     QSplitter* splitter = nullptr;
     QSplitter* tableSplitter = nullptr; // the table over the detail view
     QLabel* statusLabel = nullptr;
+    StatusProgress* statusProgress = nullptr;
+    SystemThemeWatcher* themeWatcher = nullptr;
     QShortcut* searchShortcut = nullptr;
     // Made on first use and kept, so their fields survive closing.
     subFormSortSettings* sortSettings = nullptr;
     SubFormFont* fontForm = nullptr;
     QTimer* gacMenuTimer = nullptr;
     bool splitterSized = false;
+    // A stored geometry was applied; otherwise the window opens at its preferred width.
+    bool geometryRestored = false;
 };

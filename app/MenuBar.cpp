@@ -36,7 +36,11 @@ void MenuBar::buildFolderMenu()
         recentActions.append(action);
     }
     menu->addSeparator();
+#ifdef Q_OS_WIN
     QAction* explorer = menu->addAction(tr("Show in Explorer"));
+#else
+    QAction* explorer = menu->addAction(tr("Show in File Manager"));
+#endif
     explorer->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O));
     connect(explorer, &QAction::triggered, window, &MainWindow::SlotOpenRootByExplorer);
     menu->addSeparator();

@@ -80,6 +80,9 @@ void SettingsStore::Load(QSettings& store, StoredSettings& s)
     s.detailViewChannels =
         store.value(QStringLiteral("detailViewChannels"), s.detailViewChannels).toBool();
     s.ucsCatIdListPath = store.value(QStringLiteral("ucsCatIdList"), s.ucsCatIdListPath).toString();
+    s.recursiveFlag = store.value(QStringLiteral("recursiveFlag"), s.recursiveFlag).toBool();
+    s.tableHeaderState =
+        store.value(QStringLiteral("tableHeaderState"), s.tableHeaderState).toByteArray();
 
     s.bookmarks.clear();
     const int n = store.beginReadArray(QStringLiteral("bookmarkRoot"));
@@ -141,6 +144,8 @@ void SettingsStore::Save(QSettings& store, const StoredSettings& s)
     store.setValue(QStringLiteral("detailViewHeight"), s.detailViewHeight);
     store.setValue(QStringLiteral("detailViewChannels"), s.detailViewChannels);
     store.setValue(QStringLiteral("ucsCatIdList"), s.ucsCatIdListPath);
+    store.setValue(QStringLiteral("recursiveFlag"), s.recursiveFlag);
+    store.setValue(QStringLiteral("tableHeaderState"), s.tableHeaderState);
 
     // Rewritten whole, so that removed bookmarks do not linger as stale elements.
     store.remove(QStringLiteral("bookmarkRoot"));

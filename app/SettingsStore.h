@@ -2,6 +2,7 @@
 
 #include "Bookmark.h"
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 
@@ -59,6 +60,12 @@ struct StoredSettings
     bool detailViewVisible = true;
     int detailViewHeight = kDefaultDetailViewHeight;
     bool detailViewChannels = false;
+    // "Display files in subfolders as well".
+    bool recursiveFlag = false;
+    // The file table's header as QHeaderView::saveState gives it: column
+    // order, widths, hidden columns, sort column and order. Empty until the
+    // table has been shown once.
+    QByteArray tableHeaderState;
 
     bool HasValidGeometry() const { return width >= 1 && height >= 1 && left >= 0 && top >= 0; }
 };

@@ -5,11 +5,11 @@
 #include "KrokManager.h"
 #include "LoudnessMatch.h"
 #include "LumoManager.h"
+#include "RootPathInput.h"
 #include "SubThreadGetDetail.h"
 #include "SubThreadGetList.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -89,6 +89,11 @@ void TeskManager::ApplyStoredSettings()
     s.fontTreeFamily = s.fontTableFamily = fontSettings.GetDefaultFamily();
     s.fontTreeSize = s.fontTableSize = fontSettings.GetDefaultPointSize();
     SettingsStore::Load(s);
+    // Older sessions stored whatever spelling was typed ("x/", "./x").
+    s.rootPath = NormalizedRootPath(s.rootPath);
+    for (QString& folder : s.recentDirs)
+        folder = NormalizedRootPath(folder);
+    s.recentDirs.removeDuplicates();
 
     if (s.HasValidGeometry())
         emit SigSetMainWindowGeometry(s.left, s.top, s.width, s.height);
@@ -113,6 +118,8 @@ void TeskManager::ApplyStoredSettings()
         SetOutputDevice(s.outputDevice);
     if (!s.ucsCatIdListPath.isEmpty())
         emit SigUcsCatIdListChanged(s.ucsCatIdListPath);
+    emit SigRecursiveChanged(s.recursiveFlag);
+    emit SigTableHeaderStateLoaded(s.tableHeaderState);
     RestartAcquisition();
     emit SigColumnVisibleLoaded(s.columnState);
 }
@@ -291,7 +298,7 @@ void TeskManager::SeekPlayback(bool backward)
 bool TeskManager::IsRootBookmarked() const
 {
     for (const Bookmark& b : s.bookmarks) {
-        if (b.path == s.rootPath)
+        if (NormalizedRootPath(b.path) == s.rootPath)
             return true;
     }
     return false;
@@ -303,7 +310,7 @@ void TeskManager::AddBookmark(const QString& name)
         return;
     bool renamed = false;
     for (Bookmark& b : s.bookmarks) {
-        if (b.path == s.rootPath) {
+        if (NormalizedRootPath(b.path) == s.rootPath) {
             b.name = name;
             renamed = true;
             break;
@@ -319,7 +326,7 @@ void TeskManager::RemoveBookmark()
     if (s.rootPath.isEmpty())
         return;
     for (int i = s.bookmarks.size() - 1; i >= 0; --i) {
-        if (s.bookmarks.at(i).path == s.rootPath)
+        if (NormalizedRootPath(s.bookmarks.at(i).path) == s.rootPath)
             s.bookmarks.removeAt(i);
     }
     emit SigCurrentDirBookmarkChanged(false);
@@ -334,6 +341,19 @@ void TeskManager::SetBookmarks(const BookmarkList& list)
 
 void TeskManager::SlotChangeRootPathCalled(QString path)
 {
+    // One spelling per folder; an audio file stands for its folder, with the
+    // file selected once listed. A missing folder is still taken (and lists
+    // nothing), as a stored root on an absent disk is.
+    const RootRequest request = ResolveRootPath(path);
+    if (request.folder.isEmpty())
+        return;
+    // The tree echoes every root change with the bare folder; that must not
+    // drop the file waiting to be selected there.
+    if (!request.file.isEmpty())
+        pendingSelection = request.file;
+    else if (request.folder != s.rootPath)
+        pendingSelection.clear();
+    path = request.folder;
     // The folder tree follows every root change by selecting that folder, and
     // its selection asks for that root again, while the announcement is still
     // under way or the work has just begun. Restarting then would cancel the
@@ -341,7 +361,7 @@ void TeskManager::SlotChangeRootPathCalled(QString path)
     // the list on its way is the one asked for. Once the list is out and only
     // analysis runs, the same root is listed again, so that whoever asked
     // (the sort settings' Apply waits for it) gets a fresh list.
-    if (IsListingRoot() && QDir::cleanPath(path) == QDir::cleanPath(s.rootPath))
+    if (IsListingRoot() && path == s.rootPath)
         return;
     timerPlaylist.stop();
     s.rootPath = path;
@@ -351,8 +371,12 @@ void TeskManager::SlotChangeRootPathCalled(QString path)
 
 void TeskManager::SlotChangeRecursiveCalled(bool flag)
 {
+    // The menu entry echoes the stored flag back when it is announced at
+    // start-up; that is no reason to list the folder twice.
+    if (flag == s.recursiveFlag)
+        return;
     timerPlaylist.stop();
-    recursiveFlag = flag;
+    s.recursiveFlag = flag;
     emit SigRecursiveChanged(flag);
     RestartAcquisition();
 }
@@ -487,11 +511,14 @@ void TeskManager::SlotRootPathRequired(QString* path)
 void TeskManager::StartListWorker()
 {
     emit SigSetStatusMessage(tr("Retrieving file list"));
-    threadGetList->start(s.rootPath, recursiveFlag, s.showHiddenFlag);
+    emit SigProgressChanged(0, 0);
+    threadGetList->start(s.rootPath, s.recursiveFlag, s.showHiddenFlag);
 }
 
 void TeskManager::StartDetailWorkerForUpdate()
 {
+    progressTotal = pendingUpdateFiles.size();
+    emit SigProgressChanged(0, progressTotal);
     threadGetDetail->start(pendingUpdateFiles);
 }
 
@@ -508,8 +535,10 @@ void TeskManager::RestartAcquisition()
     emit SigCurrentDirBookmarkChanged(IsRootBookmarked());
     announcingRoot = false;
 
-    if (s.rootPath.isEmpty() || !QFileInfo(s.rootPath).isDir())
+    if (s.rootPath.isEmpty() || !QFileInfo(s.rootPath).isDir()) {
+        emit SigProgressEnded();
         return;
+    }
     // The finished handler starts the job that is due with the settings of that moment.
     if (listCancelPending || detailCancelPending)
         return;
@@ -534,12 +563,19 @@ void TeskManager::SlotFileListAcquired(QList<QString> fileList)
     emit SigSetWaitCursor();
     if (krokManager->RegisterFiles(fileList)) {
         emit SigFilePathListAcquired(fileList);
+        if (!pendingSelection.isEmpty()) {
+            emit SigFileSelectionRequested(pendingSelection);
+            pendingSelection.clear();
+        }
+        progressTotal = fileList.size();
+        emit SigProgressChanged(0, progressTotal);
         emit SigSetStatusMessage(
             tr("Completed adding files to Analysis Library  Waiting for analyzed data..."));
         emit SigRestoreCursor();
         threadGetDetail->start(fileList);
     } else {
         emit SigRestoreCursor();
+        emit SigProgressEnded();
         emit SigSetStatusMessage(tr("File registration failed. Max number of files that can be "
                                     "registered has been exceeded."));
     }
@@ -550,6 +586,7 @@ void TeskManager::SlotAnalyzedInfoAcquired(int i_from, int i_to)
     if (listCancelPending || detailCancelPending)
         return;
     emit SigAnalyzedInfoAcquired(i_from, i_to);
+    emit SigProgressChanged(i_to + 1, progressTotal);
     emit SigSetStatusMessage(tr("Completed data analysis from %1 to %2 of %3")
                                  .arg(i_from + 1)
                                  .arg(i_to + 1)
@@ -559,6 +596,7 @@ void TeskManager::SlotAnalyzedInfoAcquired(int i_from, int i_to)
 void TeskManager::SlotEndGetDetailInfo()
 {
     emit SigSetStatusMessage(tr("Completed acquiring analyzed data"));
+    emit SigProgressEnded();
     emit SigEndGetDetailInfo();
     emit SigSearchExecute(searchCriteria);
     pendingUpdateFiles.clear();

@@ -46,7 +46,7 @@ public:
 
     QString GetVersion() const { return QStringLiteral("1.28.00"); }
     QString GetRootPath() const { return s.rootPath; }
-    bool IsRecursive() const { return recursiveFlag; }
+    bool IsRecursive() const { return s.recursiveFlag; }
     int GetRowHeight() const { return s.rowHeight; }
     bool IsLoudnessEnabled() const { return s.loudnessFlag; }
     bool IsLoudnessVoltMode() const { return s.loudnessVoltMode; }
@@ -94,6 +94,9 @@ public:
     bool IsDetailViewChannels() const { return s.detailViewChannels; }
     void SetDetailViewHeight(int height);
     void SetDetailViewChannels(bool perChannel) { s.detailViewChannels = perChannel; }
+    QByteArray GetTableHeaderState() const { return s.tableHeaderState; }
+    // The audio file to select once the current list is in; empty for none.
+    QString GetPendingSelection() const { return pendingSelection; }
 
     void SetRowHeight(int height);
     void SetColorTheme(ColorTheme theme);
@@ -103,6 +106,8 @@ public:
     void SetSeekTimeMs(int ms) { s.seekTimeMs = ms; }
     // Announces a changed path through SigUcsCatIdListChanged.
     void SetUcsCatIdListPath(const QString& path);
+    // Kept for the next save; the table hands its header over before saving.
+    void SetTableHeaderState(const QByteArray& state) { s.tableHeaderState = state; }
     // Moves the playing file one seek step forward or backward.
     void SeekPlayback(bool backward);
 
@@ -143,6 +148,16 @@ signals:
     void SigPreviewGainChanged(double gainDb, int basis);
     void SigDetailViewVisibleChanged(bool visible);
     void SigUcsCatIdListChanged(QString path);
+    // The stored header of the file table, announced before the first list.
+    void SigTableHeaderStateLoaded(QByteArray state);
+    // A file was named as the root: select it once its folder's list is in.
+    void SigFileSelectionRequested(QString filePath);
+    // Work on the current list: total 0 while the folder is being listed
+    // (how many files there are is not known yet), then `done` of `total`
+    // files analysed.
+    void SigProgressChanged(int done, int total);
+    // The work ended, was cancelled for good, or there is none.
+    void SigProgressEnded();
 
 public slots:
     void SlotChangeRootPathCalled(QString path);
@@ -192,8 +207,9 @@ private:
 
     // The persisted state, with the built-in defaults until the store is read.
     StoredSettings s;
-    // "Display all files from subfolders as well" is not persisted: every session starts flat.
-    bool recursiveFlag = false;
+    QString pendingSelection;
+    // Files in the analysis under way, for the progress.
+    int progressTotal = 0;
     QString lastPlayingPath;
     QTimer timerPlaylist;
     QTimer timerStatus;

@@ -5,10 +5,11 @@
 #include <QApplication>
 #include <QStyleFactory>
 
-TeskStyle::TeskStyle(TeskManager* manager)
+TeskStyle::TeskStyle(TeskManager* manager, int systemDark)
     : QProxyStyle(QStyleFactory::create(QStringLiteral("fusion")))
     , manager(manager)
     , standardFusionPalette(baseStyle()->standardPalette())
+    , systemDark(systemDark)
 {}
 
 bool TeskStyle::isDark(TeskManager::ColorTheme theme)
@@ -59,8 +60,8 @@ QPalette TeskStyle::darkPalette()
     return p;
 }
 
-void ApplyTeskStyle(TeskManager* manager)
+void ApplyTeskStyle(TeskManager* manager, int systemDark)
 {
     // QApplication takes ownership and deletes the previous style.
-    QApplication::setStyle(new TeskStyle(manager));
+    QApplication::setStyle(new TeskStyle(manager, systemDark));
 }

@@ -14,7 +14,9 @@ class TeskStyle final : public QProxyStyle
     Q_DISABLE_COPY_MOVE(TeskStyle)
 
 public:
-    explicit TeskStyle(TeskManager* manager);
+    // `systemDark` (0 light, 1 dark) is the desktop's scheme when already
+    // known, as after a change was announced; -1 asks the desktop.
+    explicit TeskStyle(TeskManager* manager, int systemDark = -1);
 
     using QProxyStyle::polish;
     void polish(QPalette& palette) override;
@@ -33,4 +35,4 @@ private:
 
 // Installs a new TeskStyle as the application style, which repolishes every
 // widget with the palette of the manager's current theme.
-void ApplyTeskStyle(TeskManager* manager);
+void ApplyTeskStyle(TeskManager* manager, int systemDark = -1);

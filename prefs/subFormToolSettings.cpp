@@ -31,7 +31,12 @@ subFormToolSettings::subFormToolSettings(const QString& toolPath, const QString&
     buttonOpenFile = new QToolButton(groupTools);
     buttonOpenFile->setObjectName(QStringLiteral("buttonOpenFile"));
     buttonOpenFile->setIcon(QIcon(QStringLiteral(":/images/open.png")));
+#ifdef Q_OS_WIN
     buttonOpenFile->setToolTip(tr("Open an .exe or .app file..."));
+#else
+    // Programs on Linux have no .exe to name them by.
+    buttonOpenFile->setToolTip(tr("Choose the program..."));
+#endif
     editToolArgs = new QLineEdit(QStringLiteral("%FILEPATH%"), groupTools);
     editToolArgs->setObjectName(QStringLiteral("editToolArgs"));
 
@@ -218,19 +223,35 @@ void subFormToolSettings::SlotPushedOpenFile()
                                  : QString();
     // No filter: on Windows this lists .exe files among others, and on Linux
     // any executable file, whatever its name, can be a tool.
-    const QString path =
-        QFileDialog::getOpenFileName(this, tr("Select external .exe file"), startDir);
+#ifdef Q_OS_WIN
+    const QString title = tr("Select external .exe file");
+#else
+    const QString title = tr("Select the external program");
+#endif
+    const QString path = QFileDialog::getOpenFileName(this, title, startDir);
     if (!path.isEmpty())
         editToolPath->setText(path);
+}
+
+QString subFormToolSettings::missingToolText()
+{
+#ifdef Q_OS_WIN
+    return tr("Specified .exe file cannot be found. %1");
+#else
+    return tr("Specified program cannot be found. %1");
+#endif
 }
 
 void subFormToolSettings::SlotPushedOk()
 {
     const QString path = editToolPath->text();
-    if (!path.isEmpty() && !QFileInfo::exists(path)) {
-        QMessageBox::critical(this, tr("Error"),
-                              tr("Specified .exe file cannot be found. %1").arg(path),
-                              QMessageBox::Ok);
+    // A folder, or a file that cannot be run, would only fail at the launch.
+    const QFileInfo tool(path);
+    if (!path.isEmpty() && !(tool.isFile() && tool.isExecutable())) {
+        const QString text = tool.exists()
+                                 ? tr("Specified file is not a program that can be run. %1")
+                                 : missingToolText();
+        QMessageBox::critical(this, tr("Error"), text.arg(path), QMessageBox::Ok);
         return;
     }
     const QString list = ucsCatIdListPath();

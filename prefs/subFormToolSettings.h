@@ -39,6 +39,9 @@ public:
     // "" for the system default.
     QString outputDevice() const;
 
+    // What OK says when nothing exists at the tool path ("%1" is the path).
+    static QString missingToolText();
+
 private slots:
     void SlotPushedOpenFile();
     void SlotPushedOpenCatIdList();

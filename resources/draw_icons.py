@@ -1,8 +1,12 @@
 #!/usr/bin/env python3
-"""Draws Tesk's 24x24 toolbar and window icons into images/ (standard library only).
+"""Draws Tesk's icons (standard library only): the 24x24 toolbar and window
+icons into images/ with a 48x48 "@2x" twin for high-density screens, and the
+application icon for the desktop into icons/hicolor/ at every size the
+freedesktop icon theme knows, beside its scalable SVG.
 
-Each icon is a handful of shapes rasterised with 4x4 supersampling, so edges are
-anti-aliased. Run it again after changing a shape and commit the PNGs."""
+Each icon is a handful of shapes in a 24-unit square, rasterised with 4x4
+supersampling, so edges are anti-aliased at any size. Run it again after
+changing a shape and commit the output."""
 import math
 import os
 import struct
@@ -10,16 +14,19 @@ import zlib
 
 SIZE = 24
 SUB = 4
+APP_ID = "works.orvane.Tesk"
+HICOLOR_SIZES = (16, 22, 24, 32, 48, 64, 128, 256)
 
 
 def png_bytes(pixels):
+    size = len(pixels)
     raw = b"".join(b"\x00" + bytes(row) for row in pixels)
 
     def chunk(tag, data):
         c = struct.pack(">I", len(data)) + tag + data
         return c + struct.pack(">I", zlib.crc32(tag + data) & 0xFFFFFFFF)
 
-    header = struct.pack(">IIBBBBB", SIZE, SIZE, 8, 6, 0, 0, 0)
+    header = struct.pack(">IIBBBBB", size, size, 8, 6, 0, 0, 0)
     return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header)
             + chunk(b"IDAT", zlib.compress(raw, 9)) + chunk(b"IEND", b""))
 
@@ -79,16 +86,17 @@ def rect(colour, x0, y0, x1, y1):
     return polygon(colour, [(x0, y0), (x1, y0), (x1, y1), (x0, y1)])
 
 
-def render(shapes):
+def render(shapes, size=SIZE):
+    scale = size / SIZE
     pixels = []
-    for py in range(SIZE):
+    for py in range(size):
         row = []
-        for px in range(SIZE):
+        for px in range(size):
             acc = [0.0, 0.0, 0.0, 0.0]
             for sy in range(SUB):
                 for sx in range(SUB):
-                    x = px + (sx + 0.5) / SUB
-                    y = py + (sy + 0.5) / SUB
+                    x = (px + (sx + 0.5) / SUB) / scale
+                    y = (py + (sy + 0.5) / SUB) / scale
                     colour = None
                     for shape in shapes:  # later shapes paint over earlier ones
                         if shape.test(x, y):
@@ -127,6 +135,8 @@ GOLD = (240, 184, 40, 255)
 FOLDER = (232, 176, 72, 255)
 FOLDER_DARK = (196, 140, 48, 255)
 GREY = (150, 154, 160, 255)
+APP_BACKGROUND = (34, 40, 52, 255)
+APP_WAVE = (110, 220, 150, 255)
 
 wave = [(3, 12), (5, 12), (6.5, 6), (8, 18), (9.5, 4), (11, 20), (12.5, 7), (14, 16), (15.5, 9),
         (17, 14), (18.5, 11), (21, 12)]
@@ -135,13 +145,14 @@ folder_front = [(2, 10), (22, 10), (22, 20), (2, 20)]
 star = star_points(12, 12.8, 10.5, 4.3)
 
 ICONS = {
-    "tesk": [disc((34, 40, 52, 255), 12, 12, 11), polyline((110, 220, 150, 255), wave, 1.8)],
+    "tesk": [disc(APP_BACKGROUND, 12, 12, 11), polyline(APP_WAVE, wave, 1.8)],
     "open": [polygon(FOLDER_DARK, folder_back),
              polygon(FOLDER, [(5, 11), (23, 11), (20, 20), (2, 20)])],
     "update": [ring(BLUE, 12, 12, 7.5, 2.6, 40, 330),
                polygon(BLUE, [(15.5, 2.5), (21.5, 7.5), (14, 9.5)])],
-    "star": [polygon(GOLD, star)],
-    "star2": [polyline(GREY, star + [star[0]], 1.6)],
+    # Not bookmarked: an outline; bookmarked (the "2" image): filled.
+    "star": [polyline(GREY, star + [star[0]], 1.6)],
+    "star2": [polygon(GOLD, star)],
     "search": [ring(DARK, 10, 10, 6, 2.4), polyline(DARK, [(14.5, 14.5), (21, 21)], 3.2)],
     "play_start": [polygon(GREEN, [(7, 4), (20, 12), (7, 20)])],
     "play_stop": [rect(RED, 6, 6, 18, 18)],
@@ -166,12 +177,38 @@ ICONS = {
 }
 
 
+def app_icon_svg():
+    """The application icon as SVG: the same disc and waveform as "tesk"."""
+    def colour(c):
+        return "#%02x%02x%02x" % c[:3]
+    points = " ".join("%g,%g" % p for p in wave)
+    return ('<?xml version="1.0" encoding="UTF-8"?>\n'
+            '<svg xmlns="http://www.w3.org/2000/svg" width="24" height="24" viewBox="0 0 24 24">\n'
+            '  <title>Tesk</title>\n'
+            '  <circle cx="12" cy="12" r="11" fill="%s"/>\n'
+            '  <polyline points="%s" fill="none" stroke="%s" stroke-width="1.8"'
+            ' stroke-linecap="round" stroke-linejoin="round"/>\n'
+            '</svg>\n') % (colour(APP_BACKGROUND), points, colour(APP_WAVE))
+
+
+def write(path, data):
+    os.makedirs(os.path.dirname(path), exist_ok=True)
+    with open(path, "wb") as f:
+        f.write(data)
+
+
 def main():
-    out = os.path.join(os.path.dirname(os.path.abspath(__file__)), "images")
-    os.makedirs(out, exist_ok=True)
+    here = os.path.dirname(os.path.abspath(__file__))
+    out = os.path.join(here, "images")
     for name, shapes in ICONS.items():
-        with open(os.path.join(out, name + ".png"), "wb") as f:
-            f.write(png_bytes(render(shapes)))
+        write(os.path.join(out, name + ".png"), png_bytes(render(shapes)))
+        write(os.path.join(out, name + "@2x.png"), png_bytes(render(shapes, 2 * SIZE)))
+    hicolor = os.path.join(here, "icons", "hicolor")
+    for size in HICOLOR_SIZES:
+        write(os.path.join(hicolor, "%dx%d" % (size, size), "apps", APP_ID + ".png"),
+              png_bytes(render(ICONS["tesk"], size)))
+    write(os.path.join(hicolor, "scalable", "apps", APP_ID + ".svg"),
+          app_icon_svg().encode("utf-8"))
 
 
 if __name__ == "__main__":

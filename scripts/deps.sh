@@ -15,6 +15,7 @@ test_pkgs=(
     clang libclang-rt-14-dev
     lame vorbis-tools flac
     xvfb xauth dbus-daemon
+    desktop-file-utils appstream man-db
 )
 bench_pkgs=(
     libebur128-dev bs1770gain loudgain ffmpeg

@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QDragEnterEvent>
+#include <QEvent>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QGridLayout>
@@ -27,7 +28,8 @@ subFormSortSettings::subFormSortSettings(QWidget* parent)
     : QDialog(parent)
 {
     setWindowTitle(tr("Sort Settings"));
-    resize(500, 500);
+    // The designed size; the rows below are laid out to fit its width.
+    resize(kDesignedWidth, 500);
     setAcceptDrops(true);
 
     groupUseCsv = new QGroupBox(tr("Use CSV file for sorting"), this);
@@ -76,9 +78,16 @@ subFormSortSettings::subFormSortSettings(QWidget* parent)
     tableResult->setAcceptDrops(false);
     tableResult->viewport()->setAcceptDrops(false);
 
-    checkMoveToRoot = new QCheckBox(
-        tr("Move to the root folder of the relative path when sorting is applied"), this);
+    // The long text wraps in a label beside the box, so that it never makes
+    // the dialog wider than designed; a click on it toggles the box as usual.
+    checkMoveToRoot = new QCheckBox(this);
     checkMoveToRoot->setChecked(true);
+    labelMoveToRoot = new QLabel(
+        tr("Move to the root folder of the relative path when sorting is applied"), this);
+    labelMoveToRoot->setWordWrap(true);
+    labelMoveToRoot->setBuddy(checkMoveToRoot);
+    labelMoveToRoot->installEventFilter(this);
+    checkMoveToRoot->setAccessibleName(labelMoveToRoot->text());
     buttonApply = new QPushButton(tr("Apply"), this);
 
     spinPathColumn->setObjectName(QStringLiteral("spinPathColumn"));
@@ -103,11 +112,11 @@ subFormSortSettings::subFormSortSettings(QWidget* parent)
     columns->addSpacing(12);
     columns->addWidget(new QLabel(tr("Comments column"), groupUseCsv));
     columns->addWidget(spinCommentColumn);
-    columns->addSpacing(12);
-    columns->addWidget(checkIgnoreFirstLine);
     columns->addStretch(1);
 
+    // Rows kept short enough for the dialog's 500 pixels in any UI font.
     auto* analyzeRow = new QHBoxLayout;
+    analyzeRow->addWidget(checkIgnoreFirstLine);
     analyzeRow->addStretch(1);
     analyzeRow->addWidget(buttonAnalyze);
 
@@ -118,11 +127,15 @@ subFormSortSettings::subFormSortSettings(QWidget* parent)
     groupLayout->addWidget(tableResult, 1);
 
     auto* applyRow = new QHBoxLayout;
-    applyRow->addWidget(checkMoveToRoot, 1);
+    applyRow->addStretch(1);
     applyRow->addWidget(buttonApply);
 
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(groupUseCsv, 1);
+    auto* moveRow = new QHBoxLayout;
+    moveRow->addWidget(checkMoveToRoot, 0, Qt::AlignTop);
+    moveRow->addWidget(labelMoveToRoot, 1);
+    layout->addLayout(moveRow);
     layout->addLayout(applyRow);
 
     connect(buttonCsvPath, &QToolButton::clicked, this,
@@ -135,6 +148,16 @@ subFormSortSettings::subFormSortSettings(QWidget* parent)
 }
 
 subFormSortSettings::~subFormSortSettings() = default;
+
+bool subFormSortSettings::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == labelMoveToRoot && event->type() == QEvent::MouseButtonRelease &&
+        checkMoveToRoot->isEnabled()) {
+        checkMoveToRoot->toggle();
+        return true;
+    }
+    return QDialog::eventFilter(watched, event);
+}
 
 void subFormSortSettings::setRelativeRoot(const QString& rootPath)
 {

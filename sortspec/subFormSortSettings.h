@@ -6,6 +6,7 @@
 
 class QCheckBox;
 class QGroupBox;
+class QLabel;
 class QLineEdit;
 class QMimeData;
 class QPushButton;
@@ -24,6 +25,8 @@ class subFormSortSettings final : public QDialog
 public:
     explicit subFormSortSettings(QWidget* parent = nullptr);
     ~subFormSortSettings() override;
+
+    static constexpr int kDesignedWidth = 500;
 
     void setRelativeRoot(const QString& rootPath);
     QString relativeRoot() const;
@@ -58,6 +61,7 @@ private slots:
     void SlotPushedButtonApply();
 
 protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragMoveEvent(QDragMoveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
@@ -82,6 +86,7 @@ private:
     QPushButton* buttonAnalyze = nullptr;
     QTableWidget* tableResult = nullptr;
     QCheckBox* checkMoveToRoot = nullptr;
+    QLabel* labelMoveToRoot = nullptr;
     QPushButton* buttonApply = nullptr;
 
     SortEntryList sortEntries;

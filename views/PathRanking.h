@@ -29,8 +29,9 @@ public:
     // worked out here at once, never waiting for the pool thread.
     const QVector<int>& ranks() { return hasTaken ? taken : takeRanks(); }
 
-    // Rank of every path in the order of QString::compare past `skip`
-    // characters. Gives up (returning an empty vector) once `cancel` is set.
+    // Rank of every path past `skip` characters in natural order: numbers by
+    // value, case ignored, one folder's entries together. Gives up (returning
+    // an empty vector) once `cancel` is set.
     static QVector<int> rank(const QStringList& paths, int skip,
                              const std::atomic<bool>* cancel = nullptr);
 

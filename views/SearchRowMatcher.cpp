@@ -74,9 +74,9 @@ bool SearchRowMatcher::parseDurationMs(const QString& text, int* ms)
 bool SearchRowMatcher::matches(const krokTableModel& model, int row,
                                const SearchCriteriaStruct& criteria)
 {
-    // The file name as typed; descriptions and tags letter case aside, since
-    // they are prose.
-    if (!criteria.name.isEmpty() && !model.fileNameRef(row).contains(criteria.name) &&
+    // The file name letter case aside, as the descriptions and tags.
+    if (!criteria.name.isEmpty() &&
+        !model.fileNameRef(row).contains(criteria.name, Qt::CaseInsensitive) &&
         !model.metadataContains(row, criteria.name)) {
         return false;
     }

@@ -18,6 +18,20 @@
 #include <memory>
 #include <utility>
 
+namespace {
+
+// Windows users know the file manager by its name; elsewhere it has many.
+QString showInFileManagerText()
+{
+#ifdef Q_OS_WIN
+    return SubWidgetTableView::tr("Show in Explorer");
+#else
+    return SubWidgetTableView::tr("Show in File Manager");
+#endif
+}
+
+} // namespace
+
 SubWidgetTableView::SubWidgetTableView(GacManager* gac, QWidget* parent)
     : SubWidgetTableView(ConnectionStateQuery([gac] { return gac ? gac->GetState() : 0; }), parent)
 {}
@@ -25,7 +39,7 @@ SubWidgetTableView::SubWidgetTableView(GacManager* gac, QWidget* parent)
 SubWidgetTableView::SubWidgetTableView(ConnectionStateQuery nuendoState, QWidget* parent)
     : QTableView(parent)
     , connectionState(std::move(nuendoState))
-    , actShowInExplorer(new QAction(tr("Show in Explorer"), this))
+    , actShowInExplorer(new QAction(showInFileManagerText(), this))
     , actOpenExternal(new QAction(tr("Open with an external tool"), this))
     , actCopy(new QAction(tr("Copy to Clipboard"), this))
     , actUpdate(new QAction(tr("Update information"), this))
@@ -108,9 +122,27 @@ void SubWidgetTableView::SlotCopyToClip()
     if (urls.isEmpty()) {
         return;
     }
+    QApplication::clipboard()->setMimeData(clipboardData(urls));
+}
+
+QMimeData* SubWidgetTableView::clipboardData(const QList<QUrl>& urls)
+{
     auto* mime = new QMimeData;
     mime->setUrls(urls);
-    QApplication::clipboard()->setMimeData(mime);
+#ifndef Q_OS_WIN
+    // GNOME's file manager and its kin paste files only from their own list:
+    // the verb, then one encoded URI a line.
+    QByteArray copied("copy");
+    QStringList paths;
+    for (const QUrl& url : urls) {
+        copied += '\n' + url.toEncoded();
+        paths << url.toLocalFile();
+    }
+    mime->setData(QStringLiteral("x-special/gnome-copied-files"), copied);
+    // A text field or a terminal takes the paths as they are.
+    mime->setText(paths.join(QLatin1Char('\n')));
+#endif
+    return mime;
 }
 
 void SubWidgetTableView::SlotUpdate()

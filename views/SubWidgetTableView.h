@@ -9,6 +9,7 @@
 class GacManager;
 class QAction;
 class QMenu;
+class QMimeData;
 
 // The file table itself: keys, context menu, clipboard copy and the drag of
 // files out of the program. Whether "Open with Nuendo" is offered is asked of
@@ -35,6 +36,11 @@ public:
     // The selected rows' full paths as local-file URLs; false when one of them
     // does not make a URL.
     bool selectedFileUrls(QList<QUrl>* urls) const;
+
+    // What a copy puts on the clipboard for `urls`: the URI list, and outside
+    // Windows also the list GNOME-family file managers paste from and the paths
+    // as text. The caller owns it.
+    static QMimeData* clipboardData(const QList<QUrl>& urls);
 
     // Where the last mouse press hit the viewport; a click in a plot cell seeks there.
     QPoint lastPressPosition() const { return pressPosition; }

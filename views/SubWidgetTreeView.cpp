@@ -3,9 +3,23 @@
 #include <QAction>
 #include <QKeyEvent>
 
+namespace {
+
+// Windows users know the file manager by its name; elsewhere it has many.
+QString showInFileManagerText()
+{
+#ifdef Q_OS_WIN
+    return SubWidgetTreeView::tr("Show in Explorer");
+#else
+    return SubWidgetTreeView::tr("Show in File Manager");
+#endif
+}
+
+} // namespace
+
 SubWidgetTreeView::SubWidgetTreeView(QWidget* parent)
     : QTreeView(parent)
-    , actionShowInExplorer(new QAction(tr("Show in Explorer"), this))
+    , actionShowInExplorer(new QAction(showInFileManagerText(), this))
 {
     setFocusPolicy(Qt::StrongFocus);
     setContextMenuPolicy(Qt::ActionsContextMenu);

@@ -1,6 +1,8 @@
 #include "WaveformStyledItem.h"
 
+#include <QPaintDevice>
 #include <QPainter>
+#include <QPen>
 #include <QRect>
 
 #include <algorithm>
@@ -120,12 +122,20 @@ void WaveformStyledItem::paint(QPainter* painter, const QRect& rect)
 {
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing, true);
-    painter->setPen(QColor(32, 168, 32));
     painter->translate(rect.topLeft());
+    // On a high-density screen the lines are built and drawn in device pixels,
+    // so the plot shows as much detail as the screen has, at the usual weight.
+    const qreal ratio = painter->device() ? painter->device()->devicePixelRatioF() : 1.0;
+    const int width = qRound(rect.width() * ratio);
+    const int height = qRound(rect.height() * ratio);
+    if (ratio != 1.0) {
+        painter->scale(1.0 / ratio, 1.0 / ratio);
+    }
+    painter->setPen(QPen(QColor(32, 168, 32), ratio));
 
-    if (rect.width() != cachedWidth) {
-        rebuild(rect.width(), rect.height());
-        cachedWidth = rect.width();
+    if (width != cachedWidth) {
+        rebuild(width, height);
+        cachedWidth = width;
     }
     if (isMultiChannel) {
         for (const QPolygonF& line : qAsConst(channelPolylines)) {
@@ -136,9 +146,9 @@ void WaveformStyledItem::paint(QPainter* painter, const QRect& rect)
     }
 
     if (playPosition > 0.0 && playPosition < 1.0) {
-        painter->setPen(QColor(Qt::blue));
-        const int x = static_cast<int>(rect.width() * playPosition);
-        painter->drawLine(x, 0, x, rect.height());
+        painter->setPen(QPen(QColor(Qt::blue), ratio));
+        const int x = static_cast<int>(width * playPosition);
+        painter->drawLine(x, 0, x, height);
     }
     painter->restore();
 }

@@ -41,15 +41,6 @@ void WaveformStyledItemDelegate::paint(QPainter* painter, const QStyleOptionView
         }
         return;
     }
-    if (manager) {
-        FontSettings* fonts = manager->GetFontSettings();
-        if (fonts->IsFitToCell()) {
-            const double fitted = option.rect.height() * 0.4;
-            if (fonts->GetPointSize(FontSettings::Table) != fitted) {
-                fonts->SetPointSize(FontSettings::Table, static_cast<int>(fitted));
-            }
-        }
-    }
     QStyledItemDelegate::paint(painter, option, index);
 }
 

@@ -6,8 +6,7 @@
 class TeskManager;
 
 // Paints the "Plots" cells through their WaveformStyledItem and every other
-// cell as usual. While the table font fits the cell, its size follows the row
-// height (40 % of it).
+// cell as usual (the model's font role fits the text to the row height).
 class WaveformStyledItemDelegate final : public QStyledItemDelegate
 {
     Q_OBJECT

@@ -1,6 +1,7 @@
 #include "WidgetRootPath.h"
 
 #include "AudioSuffix.h"
+#include "RootPathInput.h"
 #include "TeskManager.h"
 
 #include <QDragEnterEvent>
@@ -42,6 +43,7 @@ WidgetRootPath::WidgetRootPath(QWidget* parent)
 
     buttonRefresh = makeButton(this, QIcon(QStringLiteral(":/images/update.png")), tr("Refresh"));
     lineEdit = new QLineEdit(this);
+    // An outline while the folder is not bookmarked, filled once it is.
     QIcon star;
     star.addFile(QStringLiteral(":/images/star.png"), QSize(), QIcon::Normal, QIcon::Off);
     star.addFile(QStringLiteral(":/images/star2.png"), QSize(), QIcon::Normal, QIcon::On);
@@ -112,6 +114,7 @@ void WidgetRootPath::SlotBookmarkStateSpecified(bool bookmarked)
 {
     const QSignalBlocker blocker(buttonStar);
     buttonStar->setChecked(bookmarked);
+    buttonStar->setToolTip(bookmarked ? tr("Remove from Bookmarks") : tr("Add to Bookmarks"));
 }
 
 void WidgetRootPath::SlotUpdateEnabled()
@@ -119,12 +122,38 @@ void WidgetRootPath::SlotUpdateEnabled()
     buttonRefresh->setEnabled(true);
 }
 
+void WidgetRootPath::submitTypedPath()
+{
+    const QString typed = lineEdit->text();
+    const RootRequest request = ResolveTypedRoot(typed);
+    if (request.isAccepted()) {
+        // The manager may keep the listing it has under way for this folder
+        // and announce nothing: the line shows the folder's one spelling anyway.
+        lineEdit->setText(request.folder);
+        emit SigChangeRootPathCalled(request.file.isEmpty() ? request.folder : request.file);
+        return;
+    }
+    QString root;
+    emit SigRootPathRequired(&root);
+    lineEdit->setText(root);
+    switch (request.refusal) {
+    case RootRequest::Missing:
+        emit SigStatusMessage(tr("The folder \"%1\" does not exist.").arg(request.folder));
+        break;
+    case RootRequest::NotAudio:
+        emit SigStatusMessage(
+            tr("\"%1\" is neither a folder nor a WAV, AIFF, MP3 or Ogg Vorbis file.")
+                .arg(typed.trimmed()));
+        break;
+    default:
+        break;
+    }
+}
+
 void WidgetRootPath::keyPressEvent(QKeyEvent* event)
 {
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
-        const QString text = lineEdit->text();
-        if (!text.isEmpty() && QFileInfo(text).isDir())
-            emit SigChangeRootPathCalled(text);
+        submitTypedPath();
         event->accept();
         return;
     }
@@ -153,12 +182,11 @@ void WidgetRootPath::dragMoveEvent(QDragMoveEvent* event)
 
 void WidgetRootPath::dropEvent(QDropEvent* event)
 {
-    // The drag already refused unsupported files; the suffix is not tested again.
+    // The drag already refused unsupported files. A file goes as it is: the
+    // manager lists its folder and selects it.
     const QFileInfo info(firstLocalPath(event->mimeData()));
-    if (info.isDir())
+    if (info.isDir() || info.isFile())
         emit SigChangeRootPathCalled(info.absoluteFilePath());
-    else if (info.isFile())
-        emit SigChangeRootPathCalled(info.absolutePath());
     // Nothing is moved or copied: the drop only names a folder.
     event->setDropAction(Qt::IgnoreAction);
     event->accept();

@@ -20,6 +20,11 @@ public:
 
     // The folder a drop of `localPath` would make the root; empty when refused.
     static QString DropTarget(const QString& localPath);
+    // Takes the path line's text as the new root (Return or Enter): a folder,
+    // or an audio file to select in its folder, spelled in any of the usual
+    // ways ("~", ".", a trailing slash). Anything else puts the current root
+    // back and says why in the status line.
+    void submitTypedPath();
 
     QLineEdit* pathLine() const { return lineEdit; }
     QToolButton* refreshButton() const { return buttonRefresh; }
@@ -30,6 +35,7 @@ signals:
     void SigChangeRootPathCalled(QString root);
     void SigBookmarkFlagChangeRequired(bool flag);
     void SigRootPathRequired(QString* rootPath);
+    void SigStatusMessage(QString message);
 
 public slots:
     void SlotShowRootPathSelectDialog();

@@ -7,12 +7,14 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMenu>
+#include <QTimer>
 #include <QToolButton>
 
 WidgetSearch::WidgetSearch(QWidget* parent)
     : QWidget(parent)
     , lineEdit(new QLineEdit(this))
     , button(new QToolButton(this))
+    , typingPause(new QTimer(this))
 {
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -31,6 +33,11 @@ WidgetSearch::WidgetSearch(QWidget* parent)
     actionOpenDetail = menu->addAction(tr("Open Advanced Settings..."));
     button->setMenu(menu);
 
+    typingPause->setSingleShot(true);
+    typingPause->setInterval(kTypingPauseMs);
+    connect(typingPause, &QTimer::timeout, this, &WidgetSearch::SlotSearchExecute);
+    // The user's edits only: text set from the advanced dialog is applied there.
+    connect(lineEdit, &QLineEdit::textEdited, this, &WidgetSearch::textEdited);
     connect(button, &QToolButton::clicked, this, &WidgetSearch::SlotSearchButtonPushed);
     connect(actionUseDetail, &QAction::triggered, this,
             &WidgetSearch::SlotUseDetailSearchOrNotSelected);
@@ -61,8 +68,19 @@ SearchCriteriaStruct WidgetSearch::currentCriteria()
     return criteria;
 }
 
+void WidgetSearch::textEdited(const QString& text)
+{
+    // Clearing the box (its x or deleting the text) shows every file at once.
+    if (text.isEmpty()) {
+        SlotSearchExecute();
+        return;
+    }
+    typingPause->start();
+}
+
 void WidgetSearch::SlotSearchExecute()
 {
+    typingPause->stop();
     const QString text = lineEdit->text();
     SearchCriteriaStruct criteria = currentCriteria();
     if (text == criteria.name)

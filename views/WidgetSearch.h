@@ -6,6 +6,7 @@
 
 class QAction;
 class QLineEdit;
+class QTimer;
 class QToolButton;
 class TeskManager;
 
@@ -26,6 +27,9 @@ public:
     QAction* useDetailAction() const { return actionUseDetail; }
     QAction* openDetailAction() const { return actionOpenDetail; }
     bool isSearchEnabled() const { return enabledFlag; }
+    // Typing waits this long for the next key before the table is filtered.
+    static constexpr int kTypingPauseMs = 150;
+    QTimer* typingTimer() const { return typingPause; }
 
 signals:
     void SigSearchCriteriaApplied(SearchCriteriaStruct appliedCriteria, bool needRefresh);
@@ -45,10 +49,12 @@ protected:
 
 private:
     SearchCriteriaStruct currentCriteria();
+    void textEdited(const QString& text);
 
     QLineEdit* lineEdit;
     QToolButton* button;
     QAction* actionUseDetail;
     QAction* actionOpenDetail;
+    QTimer* typingPause;
     bool enabledFlag = true;
 };

@@ -1,9 +1,12 @@
 #include "WidgetTableBrowser.h"
 
+#include "AudioSuffix.h"
 #include "GacManager.h"
 #include "KrokTableSortModel.h"
 #include "MetadataColumns.h"
 #include "SearchRowMatcher.h"
+#include "TableColumnWidths.h"
+#include "TableFont.h"
 #include "TeskManager.h"
 #include "UcsCatalogLoader.h"
 #include "WaveformStyledItemDelegate.h"
@@ -12,10 +15,11 @@
 #include <QDropEvent>
 #include <QFileInfo>
 #include <QHeaderView>
+#include <QMenu>
 #include <QMimeData>
+#include <QStyle>
 #include <QVBoxLayout>
 
-#include <array>
 #include <cmath>
 #include <limits>
 
@@ -24,12 +28,6 @@ namespace {
 constexpr float kUnread = std::numeric_limits<float>::quiet_NaN();
 // Past this many rows changing at once, the filter is re-run as one layout change.
 constexpr int kManyRowsChanged = 1000;
-
-constexpr std::array<int, 13> kDefaultColumnWidths = {150, 180, 85, 135, 50, 80, 35,
-                                                      65,  35,  60, 120, 60, 50};
-// Description .. Source.
-constexpr std::array<int, TableColumnCount - kFirstMetadataColumn> kMetadataColumnWidths = {
-    260, 160, 130, 200, 130, 100, 90, 140, 160, 100, 90};
 
 } // namespace
 
@@ -66,6 +64,9 @@ WidgetTableBrowser::WidgetTableBrowser(TeskManager* manager,
     view->horizontalHeader()->setHighlightSections(false);
     view->horizontalHeader()->setSectionsMovable(true);
     view->horizontalHeader()->setMinimumSectionSize(20);
+    // Until the user sorts otherwise, the finished list is shown in path order.
+    view->horizontalHeader()->setSortIndicator(ColumnFullPath, Qt::AscendingOrder);
+    view->horizontalHeader()->setContextMenuPolicy(Qt::CustomContextMenu);
     view->verticalHeader()->hide();
     view->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     view->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
@@ -107,6 +108,13 @@ WidgetTableBrowser::WidgetTableBrowser(TeskManager* manager,
             &WidgetTableBrowser::forgetSelectedDurations);
     connect(view, &SubWidgetTableView::SigUpdateFilesCalled, this,
             &WidgetTableBrowser::SigUpdateFilesCalled);
+    QHeaderView* header = view->horizontalHeader();
+    connect(header, &QWidget::customContextMenuRequested, this,
+            &WidgetTableBrowser::showHeaderMenu);
+    connect(header, &QHeaderView::sectionResized, this, &WidgetTableBrowser::storeHeaderState);
+    connect(header, &QHeaderView::sectionMoved, this, &WidgetTableBrowser::storeHeaderState);
+    connect(header, &QHeaderView::sortIndicatorChanged, this,
+            &WidgetTableBrowser::storeHeaderState);
 
     if (manager) {
         connectManager();
@@ -153,8 +161,14 @@ void WidgetTableBrowser::connectManager()
             &WidgetTableBrowser::SlotResetPlaybackPosition);
     connect(manager, &TeskManager::SigSetPlaybackPosition, this,
             &WidgetTableBrowser::SlotSetPlaybackPosition);
-    connect(manager, &TeskManager::SigUcsCatIdListChanged, this,
-            &WidgetTableBrowser::SlotUcsCatIdListChanged);
+    connect(manager, &TeskManager::SigTableHeaderStateLoaded, this,
+            &WidgetTableBrowser::SlotHeaderStateLoaded);
+    connect(manager, &TeskManager::SigFileSelectionRequested, this,
+            &WidgetTableBrowser::SlotSelectFile);
+    // The cells' font follows the row height and the font settings; the
+    // header does not hear of either on its own.
+    connect(manager, &TeskManager::SigChangeFont, view->viewport(),
+            QOverload<>::of(&QWidget::update));
 
     // Questions answered before the emit returns: same thread, direct.
     connect(this, &WidgetTableBrowser::SigAutoPlaybackFlagRequired, manager,
@@ -175,11 +189,106 @@ void WidgetTableBrowser::resortByPath()
 
 void WidgetTableBrowser::setDefaultColumnWidths()
 {
-    for (int column = 0; column < static_cast<int>(kDefaultColumnWidths.size()); ++column) {
-        view->setColumnWidth(column, kDefaultColumnWidths[column]);
+    const QFont cellFont =
+        manager ? TableFont(*manager->GetFontSettings(), manager->GetRowHeight()) : view->font();
+    const QVector<int> widths = DefaultColumnWidths(view->horizontalHeader(), cellFont);
+    for (int column = 0; column < widths.size(); ++column) {
+        view->setColumnWidth(column, widths[column]);
     }
-    for (std::size_t i = 0; i < kMetadataColumnWidths.size(); ++i) {
-        view->setColumnWidth(kFirstMetadataColumn + static_cast<int>(i), kMetadataColumnWidths[i]);
+}
+
+int WidgetTableBrowser::preferredTableWidth()
+{
+    const QFont cellFont =
+        manager ? TableFont(*manager->GetFontSettings(), manager->GetRowHeight()) : view->font();
+    QHeaderView* header = view->horizontalHeader();
+    const QVector<int> widths = DefaultColumnWidths(header, cellFont);
+    int total = 0;
+    for (int column = 0; column < widths.size(); ++column) {
+        if (!header->isSectionHidden(column)) {
+            total += columnWidthsInitialized ? header->sectionSize(column) : widths[column];
+        }
+    }
+    const int scrollBar = style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, view);
+    return total + scrollBar + 2 * view->frameWidth();
+}
+
+QByteArray WidgetTableBrowser::headerState() const
+{
+    return view->horizontalHeader()->saveState();
+}
+
+void WidgetTableBrowser::storeHeaderState()
+{
+    if (headerTracked && manager) {
+        manager->SetTableHeaderState(headerState());
+    }
+}
+
+int WidgetTableBrowser::visibleColumnMask() const
+{
+    int state = 0;
+    for (int column = 0; column < model->columnCount(); ++column) {
+        if (!view->isColumnHidden(column)) {
+            state |= 1 << column;
+        }
+    }
+    return state;
+}
+
+void WidgetTableBrowser::showHeaderMenu(const QPoint& position)
+{
+    QMenu menu(this);
+    const int visible = visibleColumnMask();
+    for (int column = 0; column < model->columnCount(); ++column) {
+        QAction* action =
+            menu.addAction(model->headerData(column, Qt::Horizontal, Qt::DisplayRole).toString());
+        action->setCheckable(true);
+        action->setChecked(((visible >> column) & 1) != 0);
+        // The last visible column stays: a table without columns offers no header to click.
+        action->setEnabled(!action->isChecked() || (visible & ~(1 << column)) != 0);
+        connect(action, &QAction::triggered, this, [this, column](bool shown) {
+            view->setColumnHidden(column, !shown);
+            if (shown && view->columnWidth(column) < view->horizontalHeader()->minimumSectionSize())
+                view->setColumnWidth(column, view->horizontalHeader()->defaultSectionSize());
+            emit SigColumnVisiblityChanged(visibleColumnMask());
+        });
+    }
+    menu.exec(view->horizontalHeader()->mapToGlobal(position));
+}
+
+void WidgetTableBrowser::SlotHeaderStateLoaded(QByteArray state)
+{
+    QHeaderView* header = view->horizontalHeader();
+    if (!state.isEmpty() && header->restoreState(state) &&
+        header->count() == model->columnCount()) {
+        columnWidthsInitialized = true;
+    }
+    // Sorting follows the header only once a list has been analysed.
+    header->setSortIndicatorShown(view->isSortingEnabled());
+    headerTracked = true;
+}
+
+void WidgetTableBrowser::SlotSelectFile(QString filePath)
+{
+    if (!model->hasRows()) {
+        return;
+    }
+    for (int row = 0; row < model->rowCount(); ++row) {
+        if (model->filePathRef(row) != filePath) {
+            continue;
+        }
+        const QModelIndex index = proxy->mapFromSource(model->index(row, ColumnFile));
+        if (!index.isValid()) {
+            return;
+        }
+        selectingForUser = true;
+        view->selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect |
+                                                           QItemSelectionModel::Rows);
+        selectingForUser = false;
+        view->scrollTo(index, QAbstractItemView::PositionAtCenter);
+        revealCurrentAfterSort = true;
+        return;
     }
 }
 
@@ -284,14 +393,17 @@ void WidgetTableBrowser::SlotRootPathChanged()
     view->setUpdateInformationEnabled(false);
     model->clearRows();
     rowDurations.clear();
+    revealCurrentAfterSort = false;
     if (!columnWidthsInitialized) {
         setDefaultColumnWidths();
         columnWidthsInitialized = true;
     }
-    // While the list is analysed it stays in path order.
+    headerTracked = true;
+    // While the list is analysed it stays in list order; the header keeps the
+    // user's sort column, which sorts the list once it is analysed.
     proxy->setDynamicSortFilter(false);
     view->setSortingEnabled(false);
-    resortByPath();
+    proxy->sort(ColumnFullPath, Qt::AscendingOrder);
 }
 
 void WidgetTableBrowser::SlotRowHeightChanged(int height)
@@ -325,6 +437,10 @@ void WidgetTableBrowser::SlotGetDetailEnded()
     proxy->setDynamicSortFilter(true);
     view->setSortingEnabled(true);
     view->setUpdateInformationEnabled(true);
+    if (revealCurrentAfterSort && view->currentIndex().isValid()) {
+        view->scrollTo(view->currentIndex(), QAbstractItemView::PositionAtCenter);
+    }
+    revealCurrentAfterSort = false;
 }
 
 void WidgetTableBrowser::SlotSearchExecute(SearchCriteriaStruct criteria)
@@ -403,7 +519,7 @@ void WidgetTableBrowser::SlotSelectionChanged(const QItemSelection& selected,
                                               const QItemSelection& deselected)
 {
     Q_UNUSED(deselected)
-    if (!askAutoPlayback() || selected.isEmpty()) {
+    if (selectingForUser || !askAutoPlayback() || selected.isEmpty()) {
         return;
     }
     emit SigStartPlaybackCalled(currentPath());
@@ -480,7 +596,9 @@ void WidgetTableBrowser::dropEvent(QDropEvent* event)
     if (info.isDir()) {
         emit SigChangeRootPathCalled(info.filePath());
     } else if (info.isFile()) {
-        emit SigChangeRootPathCalled(info.absolutePath());
+        // An audio file is handed on as it is, to be selected in its folder.
+        emit SigChangeRootPathCalled(IsSupportedAudioFile(info.fileName()) ? info.absoluteFilePath()
+                                                                           : info.absolutePath());
     } else {
         return;
     }

@@ -32,6 +32,13 @@ public:
     void resetSortSpecification();
     void updateStatusLine();
 
+    // The header as QHeaderView::saveState gives it (order, widths, hidden
+    // columns, sort column and order).
+    QByteArray headerState() const;
+    // The width the table needs to show every visible column at its starting
+    // width without a horizontal scroll bar.
+    int preferredTableWidth();
+
     // The status text for `count` shown files lasting `totalSeconds`; false when
     // no message is to be sent (a total of whole minutes, kept on purpose).
     static bool statusMessage(int count, float totalSeconds, QString* message);
@@ -52,6 +59,8 @@ signals:
     void SigOpenByNuendoCalled(QString path);
     void SigUpdateFilesCalled(QStringList filePaths);
     void SigSendMessage(QString message);
+    // The user showed or hid a column from the header's menu: the full mask, bit i = column i.
+    void SigColumnVisiblityChanged(int state);
     void SigAutoPlaybackFlagRequired(bool* flag);
     void SigPlayListFlagRequired(bool* flag);
 
@@ -79,6 +88,11 @@ public slots:
     // Reads the UCS CatID list (off the GUI thread) and shows its categories;
     // an empty path goes back to UCS names without a list.
     void SlotUcsCatIdListChanged(QString path);
+    // Restores a saved header; an empty or unusable state leaves the measured defaults.
+    void SlotHeaderStateLoaded(QByteArray state);
+    // Selects the row of `filePath` (when listed) and scrolls it to the middle,
+    // without starting playback.
+    void SlotSelectFile(QString filePath);
 
 protected:
     void dragEnterEvent(QDragEnterEvent* event) override;
@@ -92,6 +106,9 @@ private:
     bool askAutoPlayback();
     float rowDuration(int row);
     void forgetSelectedDurations();
+    void showHeaderMenu(const QPoint& position);
+    void storeHeaderState();
+    int visibleColumnMask() const;
 
     TeskManager* manager;
     krokTableModel* model;
@@ -100,6 +117,13 @@ private:
     WaveformStyledItemDelegate* delegate;
     UcsCatalogLoader* ucsLoader;
     bool columnWidthsInitialized = false;
+    // The header is reported to the manager once the stored one has been
+    // taken in; before that it holds only the built-in layout.
+    bool headerTracked = false;
+    // A selection made for the user (a file named as the root) starts no playback.
+    bool selectingForUser = false;
+    // Scroll the current row into view again once the list is sorted.
+    bool revealCurrentAfterSort = false;
     // Seconds per model row for the status line, read as each analysed range
     // arrives so that totalling a whole list never copies every record at
     // once; NaN until read.

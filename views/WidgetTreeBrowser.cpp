@@ -8,6 +8,7 @@
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QScrollBar>
 
 static_assert(int(WidgetTreeBrowser::kFolderFilter) == 25601);
 
@@ -36,6 +37,21 @@ WidgetTreeBrowser::WidgetTreeBrowser(TeskManager* manager, QWidget* parent)
             &WidgetTreeBrowser::SlotFolderSelected);
     connect(view, &SubWidgetTreeView::SigShowInExplorer, this,
             &WidgetTreeBrowser::SlotShowInExplorer);
+    // Every folder that finishes loading may have moved the followed one.
+    connect(model, &QFileSystemModel::directoryLoaded, this,
+            &WidgetTreeBrowser::revealFollowedFolder);
+    connect(model, &QAbstractItemModel::layoutChanged, this,
+            &WidgetTreeBrowser::revealFollowedFolder);
+    // A scroll by hand (wheel, bar, keys) ends the following.
+    connect(view->verticalScrollBar(), &QAbstractSlider::actionTriggered, this,
+            [this] { followedPath.clear(); });
+    // So does opening or closing a folder, unless it is the way to the root.
+    const auto userExpanded = [this] {
+        if (!revealing)
+            followedPath.clear();
+    };
+    connect(view, &QTreeView::expanded, this, userExpanded);
+    connect(view, &QTreeView::collapsed, this, userExpanded);
 
     if (manager) {
         connect(this, &WidgetTreeBrowser::SigChangeRootPathCalled, manager,
@@ -64,7 +80,27 @@ void WidgetTreeBrowser::SlotRootPathChanged(QString path)
     if (!index.isValid())
         return;
     view->setCurrentIndex(index);
-    view->scrollTo(index, QAbstractItemView::EnsureVisible);
+    followedPath = path;
+    revealFollowedFolder();
+}
+
+void WidgetTreeBrowser::revealFollowedFolder()
+{
+    if (followedPath.isEmpty())
+        return;
+    const QModelIndex index = model->index(followedPath, 0);
+    if (!index.isValid())
+        return;
+    // Rows are inserted above it after this call returns: lay them out first.
+    revealing = true;
+    view->doItemsLayout();
+    // A folder still in sight stays where it is: it may be the one just
+    // clicked, and moving it would put another under the mouse.
+    if (!view->viewport()->rect().contains(view->visualRect(index)))
+        view->scrollTo(index, QAbstractItemView::PositionAtCenter);
+    else
+        view->scrollTo(index, QAbstractItemView::EnsureVisible);
+    revealing = false;
 }
 
 void WidgetTreeBrowser::SlotShowHiddenFolderFlagChanged(bool flag)

@@ -38,7 +38,14 @@ public slots:
     void SlotShowInExplorer(const QModelIndex& index);
 
 private:
+    // Centres the folder being followed again: the model loads the folders
+    // above it one by one, and each load pushes it further down.
+    void revealFollowedFolder();
+
     std::unique_ptr<IconProv> icons;
     TreeViewItemModel* model;
     SubWidgetTreeView* view;
+    // The root shown in the tree until the user scrolls by hand.
+    QString followedPath;
+    bool revealing = false;
 };

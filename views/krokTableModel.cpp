@@ -7,6 +7,7 @@
 #include "FileMetadata.h"
 #include "KrokManager.h"
 #include "MetadataColumns.h"
+#include "TableFont.h"
 #include "TeskManager.h"
 #include "UcsCatalog.h"
 #include "UcsName.h"
@@ -129,14 +130,17 @@ QVariant krokTableModel::tableFont() const
     if (!manager) {
         return {};
     }
+    // Asked for every cell painted: the fitted size is measured only when the
+    // settings or the row height have changed.
     const FontSettings* fonts = manager->GetFontSettings();
-    QFont font;
-    font.setFamily(fonts->GetFamily(FontSettings::Table));
-    const int size = fonts->GetPointSize(FontSettings::Table);
-    if (fonts->IsFitToCell() && size > 0) {
-        font.setPointSize(size);
+    const FontKey key{fonts->GetFamily(FontSettings::Table),
+                      fonts->GetPointSize(FontSettings::Table), fonts->IsFitToCell(),
+                      manager->GetRowHeight()};
+    if (!(key == fontKey) || !cachedFont) {
+        fontKey = key;
+        cachedFont = TableFont(*fonts, key.rowHeight);
     }
-    return font;
+    return *cachedFont;
 }
 
 QVariant krokTableModel::cellValue(int row, int column, bool forSorting) const

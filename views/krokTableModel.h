@@ -4,6 +4,7 @@
 #include "TableRoles.h"
 
 #include <QAbstractTableModel>
+#include <QFont>
 #include <QList>
 #include <QPair>
 #include <QString>
@@ -12,6 +13,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 class KrokManager;
 class TeskManager;
@@ -124,4 +126,18 @@ private:
     int commonPrefix = 0;
     mutable PathRanking pathOrder;
     std::shared_ptr<const UcsCatalog> ucsCatalog;
+    struct FontKey
+    {
+        QString family;
+        int pointSize = -1;
+        bool fit = false;
+        int rowHeight = 0;
+        bool operator==(const FontKey& o) const
+        {
+            return family == o.family && pointSize == o.pointSize && fit == o.fit &&
+                   rowHeight == o.rowHeight;
+        }
+    };
+    mutable FontKey fontKey;
+    mutable std::optional<QFont> cachedFont;
 };

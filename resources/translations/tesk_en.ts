@@ -183,6 +183,10 @@
         <translation>Playback</translation>
     </message>
     <message>
+        <source>Show in File Manager</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
         <source>Show detail view</source>
         <translation type="unfinished"></translation>
     </message>
@@ -211,6 +215,21 @@
     </message>
     <message>
         <source>Cancelled.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>StatusProgress</name>
+    <message>
+        <source>Listing files...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 of %2 files</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 of %2 files, %3 left</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -267,12 +286,20 @@
         <source>Failed to copy to the Clipboard: invalid data.</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Show in File Manager</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>SubWidgetTreeView</name>
     <message>
         <source>Show in Explorer</source>
         <translation>Show in Explorer</translation>
+    </message>
+    <message>
+        <source>Show in File Manager</source>
+        <translation type="unfinished"></translation>
     </message>
 </context>
 <context>
@@ -465,6 +492,18 @@
         <source>Please select a folder</source>
         <translation>Please select a folder</translation>
     </message>
+    <message>
+        <source>Remove from Bookmarks</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The folder &quot;%1&quot; does not exist.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is neither a folder nor a WAV, AIFF, MP3 or Ogg Vorbis file.</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>WidgetSearch</name>
@@ -492,6 +531,78 @@
     <name>krokTableModel</name>
     <message>
         <source>(no files)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>File</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Full Path</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Size</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Modify Time</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Format</source>
+        <translation type="unfinished">Format</translation>
+    </message>
+    <message>
+        <source>Sampling Rate</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Channels</source>
+        <translation type="unfinished">Channels</translation>
+    </message>
+    <message>
+        <source>Samples</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Duration</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Plots</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Loudness</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Loops</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sort Specification</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sort Comments</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 GB</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 MB</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 byte</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 KB</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
@@ -955,6 +1066,22 @@
     </message>
     <message>
         <source>Specified .exe file cannot be found. %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Specified file is not a program that can be run. %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Choose the program...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select the external program</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Specified program cannot be found. %1</source>
         <translation type="unfinished"></translation>
     </message>
     <message>

@@ -5,34 +5,34 @@
     <name>MainWindow</name>
     <message>
         <source>Game Audio Connect</source>
-        <translation type="unfinished"></translation>
+        <translation>Game Audio Connect</translation>
     </message>
     <message>
         <source>To close the connection, please disable the network connection of Game Audio Connect server.</source>
-        <translation type="unfinished"></translation>
+        <translation>接続を終了するには、Game Audio Connect サーバーのネットワーク接続を無効にしてください。</translation>
     </message>
     <message>
         <source>[Waiting Connection] Stop connection</source>
-        <translation type="unfinished"></translation>
+        <translation>[接続待機中] 接続を中止</translation>
     </message>
     <message>
         <source>[Connected]</source>
-        <translation type="unfinished"></translation>
+        <translation>[接続中]</translation>
     </message>
     <message>
         <source>[Not Connected] Start connection</source>
-        <translation type="unfinished"></translation>
+        <translation>[未接続] 接続を開始</translation>
     </message>
 </context>
 <context>
     <name>MenuBar</name>
     <message>
         <source>Folder</source>
-        <translation>フォルダ</translation>
+        <translation>フォルダー</translation>
     </message>
     <message>
         <source>Recently viewed folders</source>
-        <translation type="unfinished"></translation>
+        <translation>最近表示したフォルダー</translation>
     </message>
     <message>
         <source>Show in Explorer</source>
@@ -48,7 +48,7 @@
     </message>
     <message>
         <source>Display files in subfolders as well</source>
-        <translation type="unfinished"></translation>
+        <translation>サブフォルダー内のファイルも表示</translation>
     </message>
     <message>
         <source>Row Height</source>
@@ -56,31 +56,31 @@
     </message>
     <message>
         <source>Enlarge</source>
-        <translation type="unfinished"></translation>
+        <translation>大きく</translation>
     </message>
     <message>
         <source>Shrink</source>
-        <translation type="unfinished"></translation>
+        <translation>小さく</translation>
     </message>
     <message>
         <source>Reset to Default Settings</source>
-        <translation type="unfinished"></translation>
+        <translation>既定の設定に戻す</translation>
     </message>
     <message>
         <source>Analyze Loudness values</source>
-        <translation type="unfinished"></translation>
+        <translation>ラウドネス値を解析</translation>
     </message>
     <message>
         <source>Display Loudness value of mono audio with raising 3dB</source>
-        <translation type="unfinished"></translation>
+        <translation>モノラル音声のラウドネス値を 3dB 上げて表示</translation>
     </message>
     <message>
         <source>Display multi-channel plots</source>
-        <translation type="unfinished"></translation>
+        <translation>マルチチャンネルの波形を表示</translation>
     </message>
     <message>
         <source>Show hidden files and folders</source>
-        <translation type="unfinished"></translation>
+        <translation>隠しファイルと隠しフォルダーを表示</translation>
     </message>
     <message>
         <source>Preview</source>
@@ -92,19 +92,19 @@
     </message>
     <message>
         <source>Seek forward</source>
-        <translation type="unfinished"></translation>
+        <translation>早送り</translation>
     </message>
     <message>
         <source>Seek backward</source>
-        <translation type="unfinished"></translation>
+        <translation>巻き戻し</translation>
     </message>
     <message>
         <source>Play selected tracks</source>
-        <translation type="unfinished">選択したトラックを再生</translation>
+        <translation>選択したトラックを再生</translation>
     </message>
     <message>
         <source>Enable Playlist Playback</source>
-        <translation type="unfinished">プレイリスト再生を有効にする</translation>
+        <translation>プレイリスト再生を有効にする</translation>
     </message>
     <message>
         <source>Bookmark</source>
@@ -124,43 +124,43 @@
     </message>
     <message>
         <source>About Tesk</source>
-        <translation type="unfinished"></translation>
+        <translation>Tesk について</translation>
     </message>
     <message>
         <source>Open Sort Settings</source>
-        <translation type="unfinished"></translation>
+        <translation>並び順の設定を開く</translation>
     </message>
     <message>
         <source>Tool</source>
-        <translation type="unfinished"></translation>
+        <translation>ツール</translation>
     </message>
     <message>
         <source>Settings...</source>
-        <translation type="unfinished"></translation>
+        <translation>設定...</translation>
     </message>
     <message>
         <source>Font...</source>
-        <translation type="unfinished"></translation>
+        <translation>フォント...</translation>
     </message>
     <message>
         <source>Theme</source>
-        <translation type="unfinished"></translation>
+        <translation>テーマ</translation>
     </message>
     <message>
         <source>System</source>
-        <translation type="unfinished"></translation>
+        <translation>システム</translation>
     </message>
     <message>
         <source>Light</source>
-        <translation type="unfinished"></translation>
+        <translation>ライト</translation>
     </message>
     <message>
         <source>Dark</source>
-        <translation type="unfinished"></translation>
+        <translation>ダーク</translation>
     </message>
     <message>
         <source>Manage Bookmarks...</source>
-        <translation type="unfinished"></translation>
+        <translation>ブックマークの管理...</translation>
     </message>
     <message>
         <source>Select a folder...</source>
@@ -181,6 +181,10 @@
     <message>
         <source>Playback</source>
         <translation>再生</translation>
+    </message>
+    <message>
+        <source>Show in File Manager</source>
+        <translation>ファイルマネージャーで表示</translation>
     </message>
     <message>
         <source>Show detail view</source>
@@ -215,57 +219,76 @@
     </message>
 </context>
 <context>
+    <name>StatusProgress</name>
+    <message>
+        <source>Listing files...</source>
+        <translation>ファイルを一覧中...</translation>
+    </message>
+    <message>
+        <source>%1 of %2 files</source>
+        <translation>%1 / %2 ファイル</translation>
+    </message>
+    <message>
+        <source>%1 of %2 files, %3 left</source>
+        <translation>%1 / %2 ファイル、残り %3</translation>
+    </message>
+</context>
+<context>
     <name>SubFormFont</name>
     <message>
         <source>Font Setting</source>
-        <translation type="unfinished"></translation>
+        <translation>フォント設定</translation>
     </message>
     <message>
         <source>Tree</source>
-        <translation type="unfinished"></translation>
+        <translation>ツリー</translation>
     </message>
     <message>
         <source>Default</source>
-        <translation type="unfinished"></translation>
+        <translation>既定</translation>
     </message>
     <message>
         <source>Table</source>
-        <translation type="unfinished"></translation>
+        <translation>テーブル</translation>
     </message>
     <message>
         <source>Fit to cell size</source>
-        <translation type="unfinished"></translation>
+        <translation>セルの大きさに合わせる</translation>
     </message>
 </context>
 <context>
     <name>SubWidgetTableView</name>
     <message>
         <source>Show in Explorer</source>
-        <translation type="unfinished">エクスプローラーで表示</translation>
+        <translation>エクスプローラーで表示</translation>
     </message>
     <message>
         <source>Open with an external tool</source>
-        <translation type="unfinished"></translation>
+        <translation>外部ツールで開く</translation>
     </message>
     <message>
         <source>Copy to Clipboard</source>
-        <translation type="unfinished"></translation>
+        <translation>クリップボードにコピー</translation>
     </message>
     <message>
         <source>Update information</source>
-        <translation type="unfinished"></translation>
+        <translation>情報を更新</translation>
     </message>
     <message>
         <source>Open with Nuendo</source>
-        <translation type="unfinished"></translation>
+        <translation>Nuendo で開く</translation>
     </message>
     <message>
         <source>Error</source>
-        <translation type="unfinished">エラー</translation>
+        <translation>エラー</translation>
     </message>
     <message>
         <source>Failed to copy to the Clipboard: invalid data.</source>
-        <translation type="unfinished"></translation>
+        <translation>クリップボードへのコピーに失敗しました: データが無効です。</translation>
+    </message>
+    <message>
+        <source>Show in File Manager</source>
+        <translation>ファイルマネージャーで表示</translation>
     </message>
 </context>
 <context>
@@ -273,6 +296,10 @@
     <message>
         <source>Show in Explorer</source>
         <translation>エクスプローラーで表示</translation>
+    </message>
+    <message>
+        <source>Show in File Manager</source>
+        <translation>ファイルマネージャーで表示</translation>
     </message>
 </context>
 <context>
@@ -287,27 +314,27 @@
     </message>
     <message>
         <source>Cancel file list acquisition</source>
-        <translation type="unfinished"></translation>
+        <translation>ファイルリストの取得をキャンセル</translation>
     </message>
     <message>
         <source>Cancel to acquire analyzed data</source>
-        <translation type="unfinished"></translation>
+        <translation>解析データの取得をキャンセル</translation>
     </message>
     <message>
         <source>Completed file list acquisition. System is registering files to Analysis Library...</source>
-        <translation type="unfinished"></translation>
+        <translation>ファイルリストの取得が完了しました。解析ライブラリにファイルを登録しています...</translation>
     </message>
     <message>
         <source>Completed adding files to Analysis Library  Waiting for analyzed data...</source>
-        <translation type="unfinished"></translation>
+        <translation>解析ライブラリへのファイル登録が完了しました。解析データを待っています...</translation>
     </message>
     <message>
         <source>File registration failed. Max number of files that can be registered has been exceeded.</source>
-        <translation type="unfinished"></translation>
+        <translation>ファイルの登録に失敗しました。登録できるファイル数の上限を超えています。</translation>
     </message>
     <message>
         <source>Completed data analysis from %1 to %2 of %3</source>
-        <translation type="unfinished"></translation>
+        <translation>%3 件中 %1 ～ %2 件目の解析が完了しました</translation>
     </message>
     <message>
         <source>Completed acquiring analyzed data</source>
@@ -315,19 +342,19 @@
     </message>
     <message>
         <source>Updating information</source>
-        <translation type="unfinished"></translation>
+        <translation>情報を更新中</translation>
     </message>
     <message>
         <source>Cancelled file list acquisition. Stopping acquisition of analyzed data...</source>
-        <translation type="unfinished"></translation>
+        <translation>ファイルリストの取得をキャンセルしました。解析データの取得を停止しています...</translation>
     </message>
     <message>
         <source>Warning</source>
-        <translation type="unfinished"></translation>
+        <translation>警告</translation>
     </message>
     <message>
         <source>Cannot preview because XAudio2 initialization failed. Please ensure that DirectX End-User Runtimes (June 2010) is installed.</source>
-        <translation type="unfinished"></translation>
+        <translation>XAudio2 の初期化に失敗したため、プレビューできません。DirectX エンドユーザーランタイム (June 2010) がインストールされていることを確認してください。</translation>
     </message>
     <message>
         <source>The output device &quot;%1&quot; is not available. Playing through the system default.</source>
@@ -465,6 +492,18 @@
         <source>Please select a folder</source>
         <translation>フォルダーを選択してください</translation>
     </message>
+    <message>
+        <source>Remove from Bookmarks</source>
+        <translation>ブックマークから削除</translation>
+    </message>
+    <message>
+        <source>The folder &quot;%1&quot; does not exist.</source>
+        <translation>フォルダー &quot;%1&quot; は存在しません。</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is neither a folder nor a WAV, AIFF, MP3 or Ogg Vorbis file.</source>
+        <translation>&quot;%1&quot; はフォルダーでも WAV、AIFF、MP3、Ogg Vorbis ファイルでもありません。</translation>
+    </message>
 </context>
 <context>
     <name>WidgetSearch</name>
@@ -481,18 +520,90 @@
     <name>WidgetTableBrowser</name>
     <message>
         <source>%1hr%2min%3sec</source>
-        <translation type="unfinished"></translation>
+        <translation>%1時間%2分%3秒</translation>
     </message>
     <message>
         <source>Number of audio files displayed: %1 Total time: %2</source>
-        <translation type="unfinished"></translation>
+        <translation>表示中のオーディオファイル数: %1&#x3000;合計時間: %2</translation>
     </message>
 </context>
 <context>
     <name>krokTableModel</name>
     <message>
         <source>(no files)</source>
-        <translation type="unfinished"></translation>
+        <translation>(ファイルなし)</translation>
+    </message>
+    <message>
+        <source>File</source>
+        <translation>ファイル名</translation>
+    </message>
+    <message>
+        <source>Full Path</source>
+        <translation>フルパス</translation>
+    </message>
+    <message>
+        <source>Size</source>
+        <translation>サイズ</translation>
+    </message>
+    <message>
+        <source>Modify Time</source>
+        <translation>更新日時</translation>
+    </message>
+    <message>
+        <source>Format</source>
+        <translation>フォーマット</translation>
+    </message>
+    <message>
+        <source>Sampling Rate</source>
+        <translation>サンプリングレート</translation>
+    </message>
+    <message>
+        <source>Channels</source>
+        <translation>チャンネル数</translation>
+    </message>
+    <message>
+        <source>Samples</source>
+        <translation>サンプル数</translation>
+    </message>
+    <message>
+        <source>Duration</source>
+        <translation>長さ</translation>
+    </message>
+    <message>
+        <source>Plots</source>
+        <translation>波形</translation>
+    </message>
+    <message>
+        <source>Loudness</source>
+        <translation>ラウドネス</translation>
+    </message>
+    <message>
+        <source>Loops</source>
+        <translation>ループ</translation>
+    </message>
+    <message>
+        <source>Sort Specification</source>
+        <translation>並び順</translation>
+    </message>
+    <message>
+        <source>Sort Comments</source>
+        <translation>並び順コメント</translation>
+    </message>
+    <message>
+        <source>%1 GB</source>
+        <translation>%1 GB</translation>
+    </message>
+    <message>
+        <source>%1 MB</source>
+        <translation>%1 MB</translation>
+    </message>
+    <message>
+        <source>%1 byte</source>
+        <translation>%1 バイト</translation>
+    </message>
+    <message>
+        <source>%1 KB</source>
+        <translation>%1 KB</translation>
     </message>
     <message>
         <source>Description</source>
@@ -679,74 +790,74 @@
     <name>subFormBookmark</name>
     <message>
         <source>Bookmark Name</source>
-        <translation type="unfinished"></translation>
+        <translation>ブックマーク名</translation>
     </message>
     <message>
         <source>Bookmark Manager</source>
-        <translation type="unfinished"></translation>
+        <translation>ブックマークの管理</translation>
     </message>
     <message>
         <source>Name</source>
-        <translation type="unfinished"></translation>
+        <translation>名前</translation>
     </message>
     <message>
         <source>Folder Path</source>
-        <translation type="unfinished"></translation>
+        <translation>フォルダーのパス</translation>
     </message>
     <message>
         <source>Add</source>
-        <translation type="unfinished"></translation>
+        <translation>追加</translation>
     </message>
     <message>
         <source>Edit</source>
-        <translation type="unfinished"></translation>
+        <translation>編集</translation>
     </message>
     <message>
         <source>Delete</source>
-        <translation type="unfinished"></translation>
+        <translation>削除</translation>
     </message>
     <message>
         <source>Move to top</source>
-        <translation type="unfinished"></translation>
+        <translation>先頭へ移動</translation>
     </message>
     <message>
         <source>Move Up</source>
-        <translation type="unfinished"></translation>
+        <translation>上へ移動</translation>
     </message>
     <message>
         <source>Move Down</source>
-        <translation type="unfinished"></translation>
+        <translation>下へ移動</translation>
     </message>
     <message>
         <source>Move to bottom</source>
-        <translation type="unfinished"></translation>
+        <translation>末尾へ移動</translation>
     </message>
     <message>
         <source>Cancel</source>
-        <translation type="unfinished">キャンセル</translation>
+        <translation>キャンセル</translation>
     </message>
     <message>
         <source>Please select a folder</source>
-        <translation type="unfinished">フォルダーを選択してください</translation>
+        <translation>フォルダーを選択してください</translation>
     </message>
 </context>
 <context>
     <name>subFormGAC</name>
     <message>
         <source>Nuendo Connection Settings</source>
-        <translation type="unfinished"></translation>
+        <translation>Nuendo 接続設定</translation>
     </message>
     <message>
         <source>Cancel</source>
-        <translation type="unfinished">キャンセル</translation>
+        <translation>キャンセル</translation>
     </message>
     <message>
         <source>Address</source>
-        <translation type="unfinished"></translation>
+        <translation>アドレス</translation>
     </message>
     <message>
         <source>Port Number</source>
-        <translation type="unfinished"></translation>
+        <translation>ポート番号</translation>
     </message>
 </context>
 <context>
@@ -816,146 +927,162 @@
     <name>subFormSortSettings</name>
     <message>
         <source>Sort Settings</source>
-        <translation type="unfinished"></translation>
+        <translation>並び順の設定</translation>
     </message>
     <message>
         <source>Use CSV file for sorting</source>
-        <translation type="unfinished"></translation>
+        <translation>CSV ファイルで並べ替える</translation>
     </message>
     <message>
         <source>To import CSV file...</source>
-        <translation type="unfinished"></translation>
+        <translation>CSV ファイルを読み込む...</translation>
     </message>
     <message>
         <source>Show the root of the relative path that the file was written to</source>
-        <translation type="unfinished"></translation>
+        <translation>ファイルに書かれた相対パスの基準となるフォルダー</translation>
     </message>
     <message>
         <source>To select relative path root...</source>
-        <translation type="unfinished"></translation>
+        <translation>相対パスの基準フォルダーを選択...</translation>
     </message>
     <message>
         <source>Ignore first line</source>
-        <translation type="unfinished"></translation>
+        <translation>1 行目を無視</translation>
     </message>
     <message>
         <source>Start Analyzing</source>
-        <translation type="unfinished"></translation>
+        <translation>解析を開始</translation>
     </message>
     <message>
         <source>File Path</source>
-        <translation type="unfinished"></translation>
+        <translation>ファイルパス</translation>
     </message>
     <message>
         <source>Comments</source>
-        <translation type="unfinished"></translation>
+        <translation>コメント</translation>
     </message>
     <message>
         <source>Move to the root folder of the relative path when sorting is applied</source>
-        <translation type="unfinished"></translation>
+        <translation>並び順を適用するとき、相対パスの基準フォルダーへ移動する</translation>
     </message>
     <message>
         <source>Apply</source>
-        <translation type="unfinished"></translation>
+        <translation>適用</translation>
     </message>
     <message>
         <source>CSV file</source>
-        <translation type="unfinished"></translation>
+        <translation>CSV ファイル</translation>
     </message>
     <message>
         <source>Relative path root</source>
-        <translation type="unfinished"></translation>
+        <translation>相対パスの基準</translation>
     </message>
     <message>
         <source>File Path column</source>
-        <translation type="unfinished"></translation>
+        <translation>ファイルパスの列</translation>
     </message>
     <message>
         <source>Comments column</source>
-        <translation type="unfinished"></translation>
+        <translation>コメントの列</translation>
     </message>
     <message>
         <source>Import CSV file</source>
-        <translation type="unfinished"></translation>
+        <translation>CSV ファイルの読み込み</translation>
     </message>
     <message>
         <source>Select relative path root</source>
-        <translation type="unfinished"></translation>
+        <translation>相対パスの基準フォルダーを選択</translation>
     </message>
     <message>
         <source>Error</source>
-        <translation type="unfinished">エラー</translation>
+        <translation>エラー</translation>
     </message>
     <message>
         <source>The CSV file could not be found.</source>
-        <translation type="unfinished"></translation>
+        <translation>CSV ファイルが見つかりません。</translation>
     </message>
     <message>
         <source>CSV file analysis failed.</source>
-        <translation type="unfinished"></translation>
+        <translation>CSV ファイルの解析に失敗しました。</translation>
     </message>
     <message>
         <source>No files to reorder.</source>
-        <translation type="unfinished"></translation>
+        <translation>並べ替えるファイルがありません。</translation>
     </message>
     <message>
         <source>If the audio file is written to a relative path, ensure that the &quot;Relative path root&quot; folder in the &quot;Sort Settings&quot; dialog is correctly specified.</source>
-        <translation type="unfinished"></translation>
+        <translation>オーディオファイルが相対パスで書かれている場合は、「並び順の設定」ダイアログの「相対パスの基準」フォルダーが正しく指定されていることを確認してください。</translation>
     </message>
     <message>
         <source>If the audio file is in a subfolder, please click the checkbox &quot;Display all files from subfolders as well&quot; in the View menu.</source>
-        <translation type="unfinished"></translation>
+        <translation>オーディオファイルがサブフォルダーにある場合は、表示メニューの「サブフォルダー内のファイルも表示」にチェックを入れてください。</translation>
     </message>
     <message>
         <source>If the settings are changed, make sure to select &quot;Start Analyzing&quot; again.</source>
-        <translation type="unfinished"></translation>
+        <translation>設定を変更した場合は、もう一度「解析を開始」を押してください。</translation>
     </message>
 </context>
 <context>
     <name>subFormToolSettings</name>
     <message>
         <source>Tool Settings</source>
-        <translation type="unfinished"></translation>
+        <translation>ツール設定</translation>
     </message>
     <message>
         <source>External Tools</source>
-        <translation type="unfinished"></translation>
+        <translation>外部ツール</translation>
     </message>
     <message>
         <source>Open an .exe or .app file...</source>
-        <translation type="unfinished"></translation>
+        <translation>実行ファイルを開く...</translation>
     </message>
     <message>
         <source>Executable file path</source>
-        <translation type="unfinished"></translation>
+        <translation>実行ファイルのパス</translation>
     </message>
     <message>
         <source>Arguments: file path of the selected waveform is %FILEPATH%</source>
-        <translation type="unfinished"></translation>
+        <translation>引数: 選択した波形ファイルのパスは %FILEPATH%</translation>
     </message>
     <message>
         <source>Seek Settings</source>
-        <translation type="unfinished"></translation>
+        <translation>シーク設定</translation>
     </message>
     <message>
         <source>Set playback time seek range with &apos;R&apos; and &apos;T&apos; keys (msec)</source>
-        <translation type="unfinished"></translation>
+        <translation>&apos;R&apos; キーと &apos;T&apos; キーで移動する再生位置の幅 (ミリ秒)</translation>
     </message>
     <message>
         <source>Cancel</source>
-        <translation type="unfinished">キャンセル</translation>
+        <translation>キャンセル</translation>
     </message>
     <message>
         <source>Select external .exe file</source>
-        <translation type="unfinished"></translation>
+        <translation>外部ツールの実行ファイルを選択</translation>
     </message>
     <message>
         <source>Error</source>
-        <translation type="unfinished">エラー</translation>
+        <translation>エラー</translation>
     </message>
     <message>
         <source>Specified .exe file cannot be found. %1</source>
-        <translation type="unfinished"></translation>
+        <translation>指定された実行ファイルが見つかりません。%1</translation>
+    </message>
+    <message>
+        <source>Specified file is not a program that can be run. %1</source>
+        <translation>指定されたファイルは実行できるプログラムではありません。%1</translation>
+    </message>
+    <message>
+        <source>Choose the program...</source>
+        <translation>プログラムを選択...</translation>
+    </message>
+    <message>
+        <source>Select the external program</source>
+        <translation>外部プログラムを選択</translation>
+    </message>
+    <message>
+        <source>Specified program cannot be found. %1</source>
+        <translation>指定されたプログラムが見つかりません。%1</translation>
     </message>
     <message>
         <source>Preview</source>

@@ -5,23 +5,23 @@
     <name>MainWindow</name>
     <message>
         <source>Game Audio Connect</source>
-        <translation type="unfinished"></translation>
+        <translation>Game Audio Connect</translation>
     </message>
     <message>
         <source>To close the connection, please disable the network connection of Game Audio Connect server.</source>
-        <translation type="unfinished"></translation>
+        <translation>要关闭连接，请禁用 Game Audio Connect 服务器的网络连接。</translation>
     </message>
     <message>
         <source>[Waiting Connection] Stop connection</source>
-        <translation type="unfinished"></translation>
+        <translation>[等待连接] 停止连接</translation>
     </message>
     <message>
         <source>[Connected]</source>
-        <translation type="unfinished"></translation>
+        <translation>[已连接]</translation>
     </message>
     <message>
         <source>[Not Connected] Start connection</source>
-        <translation type="unfinished"></translation>
+        <translation>[未连接] 开始连接</translation>
     </message>
 </context>
 <context>
@@ -32,7 +32,7 @@
     </message>
     <message>
         <source>Recently viewed folders</source>
-        <translation type="unfinished"></translation>
+        <translation>最近浏览的文件夹</translation>
     </message>
     <message>
         <source>Show in Explorer</source>
@@ -48,7 +48,7 @@
     </message>
     <message>
         <source>Display files in subfolders as well</source>
-        <translation type="unfinished"></translation>
+        <translation>同时显示子文件夹中的文件</translation>
     </message>
     <message>
         <source>Row Height</source>
@@ -56,31 +56,31 @@
     </message>
     <message>
         <source>Enlarge</source>
-        <translation type="unfinished"></translation>
+        <translation>增大</translation>
     </message>
     <message>
         <source>Shrink</source>
-        <translation type="unfinished"></translation>
+        <translation>减小</translation>
     </message>
     <message>
         <source>Reset to Default Settings</source>
-        <translation type="unfinished"></translation>
+        <translation>恢复默认设置</translation>
     </message>
     <message>
         <source>Analyze Loudness values</source>
-        <translation type="unfinished"></translation>
+        <translation>分析响度值</translation>
     </message>
     <message>
         <source>Display Loudness value of mono audio with raising 3dB</source>
-        <translation type="unfinished"></translation>
+        <translation>单声道音频的响度值提高 3dB 显示</translation>
     </message>
     <message>
         <source>Display multi-channel plots</source>
-        <translation type="unfinished"></translation>
+        <translation>显示多声道波形</translation>
     </message>
     <message>
         <source>Show hidden files and folders</source>
-        <translation type="unfinished"></translation>
+        <translation>显示隐藏的文件和文件夹</translation>
     </message>
     <message>
         <source>Preview</source>
@@ -92,19 +92,19 @@
     </message>
     <message>
         <source>Seek forward</source>
-        <translation type="unfinished"></translation>
+        <translation>快进</translation>
     </message>
     <message>
         <source>Seek backward</source>
-        <translation type="unfinished"></translation>
+        <translation>快退</translation>
     </message>
     <message>
         <source>Play selected tracks</source>
-        <translation type="unfinished">播放所选曲目</translation>
+        <translation>播放所选曲目</translation>
     </message>
     <message>
         <source>Enable Playlist Playback</source>
-        <translation type="unfinished">启用播放列表播放</translation>
+        <translation>启用播放列表播放</translation>
     </message>
     <message>
         <source>Bookmark</source>
@@ -124,43 +124,43 @@
     </message>
     <message>
         <source>About Tesk</source>
-        <translation type="unfinished"></translation>
+        <translation>关于 Tesk</translation>
     </message>
     <message>
         <source>Open Sort Settings</source>
-        <translation type="unfinished"></translation>
+        <translation>打开排序设置</translation>
     </message>
     <message>
         <source>Tool</source>
-        <translation type="unfinished"></translation>
+        <translation>工具</translation>
     </message>
     <message>
         <source>Settings...</source>
-        <translation type="unfinished"></translation>
+        <translation>设置...</translation>
     </message>
     <message>
         <source>Font...</source>
-        <translation type="unfinished"></translation>
+        <translation>字体...</translation>
     </message>
     <message>
         <source>Theme</source>
-        <translation type="unfinished"></translation>
+        <translation>主题</translation>
     </message>
     <message>
         <source>System</source>
-        <translation type="unfinished"></translation>
+        <translation>跟随系统</translation>
     </message>
     <message>
         <source>Light</source>
-        <translation type="unfinished"></translation>
+        <translation>浅色</translation>
     </message>
     <message>
         <source>Dark</source>
-        <translation type="unfinished"></translation>
+        <translation>深色</translation>
     </message>
     <message>
         <source>Manage Bookmarks...</source>
-        <translation type="unfinished"></translation>
+        <translation>管理书签...</translation>
     </message>
     <message>
         <source>Select a folder...</source>
@@ -181,6 +181,10 @@
     <message>
         <source>Playback</source>
         <translation>播放</translation>
+    </message>
+    <message>
+        <source>Show in File Manager</source>
+        <translation>在文件管理器中显示</translation>
     </message>
     <message>
         <source>Show detail view</source>
@@ -215,57 +219,76 @@
     </message>
 </context>
 <context>
+    <name>StatusProgress</name>
+    <message>
+        <source>Listing files...</source>
+        <translation>正在列出文件...</translation>
+    </message>
+    <message>
+        <source>%1 of %2 files</source>
+        <translation>%1 / %2 个文件</translation>
+    </message>
+    <message>
+        <source>%1 of %2 files, %3 left</source>
+        <translation>%1 / %2 个文件，剩余 %3</translation>
+    </message>
+</context>
+<context>
     <name>SubFormFont</name>
     <message>
         <source>Font Setting</source>
-        <translation type="unfinished"></translation>
+        <translation>字体设置</translation>
     </message>
     <message>
         <source>Tree</source>
-        <translation type="unfinished"></translation>
+        <translation>树状视图</translation>
     </message>
     <message>
         <source>Default</source>
-        <translation type="unfinished"></translation>
+        <translation>默认</translation>
     </message>
     <message>
         <source>Table</source>
-        <translation type="unfinished"></translation>
+        <translation>表格</translation>
     </message>
     <message>
         <source>Fit to cell size</source>
-        <translation type="unfinished"></translation>
+        <translation>适应单元格大小</translation>
     </message>
 </context>
 <context>
     <name>SubWidgetTableView</name>
     <message>
         <source>Show in Explorer</source>
-        <translation type="unfinished">在资源管理器中显示</translation>
+        <translation>在资源管理器中显示</translation>
     </message>
     <message>
         <source>Open with an external tool</source>
-        <translation type="unfinished"></translation>
+        <translation>用外部工具打开</translation>
     </message>
     <message>
         <source>Copy to Clipboard</source>
-        <translation type="unfinished"></translation>
+        <translation>复制到剪贴板</translation>
     </message>
     <message>
         <source>Update information</source>
-        <translation type="unfinished"></translation>
+        <translation>更新信息</translation>
     </message>
     <message>
         <source>Open with Nuendo</source>
-        <translation type="unfinished"></translation>
+        <translation>用 Nuendo 打开</translation>
     </message>
     <message>
         <source>Error</source>
-        <translation type="unfinished">错误</translation>
+        <translation>错误</translation>
     </message>
     <message>
         <source>Failed to copy to the Clipboard: invalid data.</source>
-        <translation type="unfinished"></translation>
+        <translation>复制到剪贴板失败：数据无效。</translation>
+    </message>
+    <message>
+        <source>Show in File Manager</source>
+        <translation>在文件管理器中显示</translation>
     </message>
 </context>
 <context>
@@ -273,6 +296,10 @@
     <message>
         <source>Show in Explorer</source>
         <translation>在资源管理器中显示</translation>
+    </message>
+    <message>
+        <source>Show in File Manager</source>
+        <translation>在文件管理器中显示</translation>
     </message>
 </context>
 <context>
@@ -287,27 +314,27 @@
     </message>
     <message>
         <source>Cancel file list acquisition</source>
-        <translation type="unfinished"></translation>
+        <translation>取消获取文件列表</translation>
     </message>
     <message>
         <source>Cancel to acquire analyzed data</source>
-        <translation type="unfinished"></translation>
+        <translation>取消获取分析数据</translation>
     </message>
     <message>
         <source>Completed file list acquisition. System is registering files to Analysis Library...</source>
-        <translation type="unfinished"></translation>
+        <translation>文件列表获取完成。正在将文件注册到分析库...</translation>
     </message>
     <message>
         <source>Completed adding files to Analysis Library  Waiting for analyzed data...</source>
-        <translation type="unfinished"></translation>
+        <translation>文件已添加到分析库。正在等待分析数据...</translation>
     </message>
     <message>
         <source>File registration failed. Max number of files that can be registered has been exceeded.</source>
-        <translation type="unfinished"></translation>
+        <translation>文件注册失败。已超过可注册文件数的上限。</translation>
     </message>
     <message>
         <source>Completed data analysis from %1 to %2 of %3</source>
-        <translation type="unfinished"></translation>
+        <translation>已完成第 %1 至 %2 个文件的分析（共 %3 个）</translation>
     </message>
     <message>
         <source>Completed acquiring analyzed data</source>
@@ -315,19 +342,19 @@
     </message>
     <message>
         <source>Updating information</source>
-        <translation type="unfinished"></translation>
+        <translation>正在更新信息</translation>
     </message>
     <message>
         <source>Cancelled file list acquisition. Stopping acquisition of analyzed data...</source>
-        <translation type="unfinished"></translation>
+        <translation>已取消获取文件列表。正在停止获取分析数据...</translation>
     </message>
     <message>
         <source>Warning</source>
-        <translation type="unfinished"></translation>
+        <translation>警告</translation>
     </message>
     <message>
         <source>Cannot preview because XAudio2 initialization failed. Please ensure that DirectX End-User Runtimes (June 2010) is installed.</source>
-        <translation type="unfinished"></translation>
+        <translation>XAudio2 初始化失败，无法预览。请确认已安装 DirectX End-User Runtimes (June 2010)。</translation>
     </message>
     <message>
         <source>The output device &quot;%1&quot; is not available. Playing through the system default.</source>
@@ -465,6 +492,18 @@
         <source>Please select a folder</source>
         <translation>请选择文件夹</translation>
     </message>
+    <message>
+        <source>Remove from Bookmarks</source>
+        <translation>从书签中删除</translation>
+    </message>
+    <message>
+        <source>The folder &quot;%1&quot; does not exist.</source>
+        <translation>文件夹“%1”不存在。</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is neither a folder nor a WAV, AIFF, MP3 or Ogg Vorbis file.</source>
+        <translation>“%1”既不是文件夹，也不是 WAV、AIFF、MP3 或 Ogg Vorbis 文件。</translation>
+    </message>
 </context>
 <context>
     <name>WidgetSearch</name>
@@ -481,18 +520,90 @@
     <name>WidgetTableBrowser</name>
     <message>
         <source>%1hr%2min%3sec</source>
-        <translation type="unfinished"></translation>
+        <translation>%1小时%2分%3秒</translation>
     </message>
     <message>
         <source>Number of audio files displayed: %1 Total time: %2</source>
-        <translation type="unfinished"></translation>
+        <translation>显示的音频文件数：%1&#x3000;总时长：%2</translation>
     </message>
 </context>
 <context>
     <name>krokTableModel</name>
     <message>
         <source>(no files)</source>
-        <translation type="unfinished"></translation>
+        <translation>（无文件）</translation>
+    </message>
+    <message>
+        <source>File</source>
+        <translation>文件名</translation>
+    </message>
+    <message>
+        <source>Full Path</source>
+        <translation>完整路径</translation>
+    </message>
+    <message>
+        <source>Size</source>
+        <translation>大小</translation>
+    </message>
+    <message>
+        <source>Modify Time</source>
+        <translation>修改时间</translation>
+    </message>
+    <message>
+        <source>Format</source>
+        <translation>格式</translation>
+    </message>
+    <message>
+        <source>Sampling Rate</source>
+        <translation>采样率</translation>
+    </message>
+    <message>
+        <source>Channels</source>
+        <translation>声道数</translation>
+    </message>
+    <message>
+        <source>Samples</source>
+        <translation>采样数</translation>
+    </message>
+    <message>
+        <source>Duration</source>
+        <translation>时长</translation>
+    </message>
+    <message>
+        <source>Plots</source>
+        <translation>波形</translation>
+    </message>
+    <message>
+        <source>Loudness</source>
+        <translation>响度</translation>
+    </message>
+    <message>
+        <source>Loops</source>
+        <translation>循环</translation>
+    </message>
+    <message>
+        <source>Sort Specification</source>
+        <translation>排序指定</translation>
+    </message>
+    <message>
+        <source>Sort Comments</source>
+        <translation>排序备注</translation>
+    </message>
+    <message>
+        <source>%1 GB</source>
+        <translation>%1 GB</translation>
+    </message>
+    <message>
+        <source>%1 MB</source>
+        <translation>%1 MB</translation>
+    </message>
+    <message>
+        <source>%1 byte</source>
+        <translation>%1 字节</translation>
+    </message>
+    <message>
+        <source>%1 KB</source>
+        <translation>%1 KB</translation>
     </message>
     <message>
         <source>Description</source>
@@ -679,74 +790,74 @@
     <name>subFormBookmark</name>
     <message>
         <source>Bookmark Name</source>
-        <translation type="unfinished"></translation>
+        <translation>书签名称</translation>
     </message>
     <message>
         <source>Bookmark Manager</source>
-        <translation type="unfinished"></translation>
+        <translation>书签管理器</translation>
     </message>
     <message>
         <source>Name</source>
-        <translation type="unfinished"></translation>
+        <translation>名称</translation>
     </message>
     <message>
         <source>Folder Path</source>
-        <translation type="unfinished"></translation>
+        <translation>文件夹路径</translation>
     </message>
     <message>
         <source>Add</source>
-        <translation type="unfinished"></translation>
+        <translation>添加</translation>
     </message>
     <message>
         <source>Edit</source>
-        <translation type="unfinished"></translation>
+        <translation>编辑</translation>
     </message>
     <message>
         <source>Delete</source>
-        <translation type="unfinished"></translation>
+        <translation>删除</translation>
     </message>
     <message>
         <source>Move to top</source>
-        <translation type="unfinished"></translation>
+        <translation>移至顶部</translation>
     </message>
     <message>
         <source>Move Up</source>
-        <translation type="unfinished"></translation>
+        <translation>上移</translation>
     </message>
     <message>
         <source>Move Down</source>
-        <translation type="unfinished"></translation>
+        <translation>下移</translation>
     </message>
     <message>
         <source>Move to bottom</source>
-        <translation type="unfinished"></translation>
+        <translation>移至底部</translation>
     </message>
     <message>
         <source>Cancel</source>
-        <translation type="unfinished">取消</translation>
+        <translation>取消</translation>
     </message>
     <message>
         <source>Please select a folder</source>
-        <translation type="unfinished">请选择文件夹</translation>
+        <translation>请选择文件夹</translation>
     </message>
 </context>
 <context>
     <name>subFormGAC</name>
     <message>
         <source>Nuendo Connection Settings</source>
-        <translation type="unfinished"></translation>
+        <translation>Nuendo 连接设置</translation>
     </message>
     <message>
         <source>Cancel</source>
-        <translation type="unfinished">取消</translation>
+        <translation>取消</translation>
     </message>
     <message>
         <source>Address</source>
-        <translation type="unfinished"></translation>
+        <translation>地址</translation>
     </message>
     <message>
         <source>Port Number</source>
-        <translation type="unfinished"></translation>
+        <translation>端口号</translation>
     </message>
 </context>
 <context>
@@ -816,146 +927,162 @@
     <name>subFormSortSettings</name>
     <message>
         <source>Sort Settings</source>
-        <translation type="unfinished"></translation>
+        <translation>排序设置</translation>
     </message>
     <message>
         <source>Use CSV file for sorting</source>
-        <translation type="unfinished"></translation>
+        <translation>使用 CSV 文件排序</translation>
     </message>
     <message>
         <source>To import CSV file...</source>
-        <translation type="unfinished"></translation>
+        <translation>导入 CSV 文件...</translation>
     </message>
     <message>
         <source>Show the root of the relative path that the file was written to</source>
-        <translation type="unfinished"></translation>
+        <translation>文件中所写相对路径的根文件夹</translation>
     </message>
     <message>
         <source>To select relative path root...</source>
-        <translation type="unfinished"></translation>
+        <translation>选择相对路径的根文件夹...</translation>
     </message>
     <message>
         <source>Ignore first line</source>
-        <translation type="unfinished"></translation>
+        <translation>忽略第一行</translation>
     </message>
     <message>
         <source>Start Analyzing</source>
-        <translation type="unfinished"></translation>
+        <translation>开始分析</translation>
     </message>
     <message>
         <source>File Path</source>
-        <translation type="unfinished"></translation>
+        <translation>文件路径</translation>
     </message>
     <message>
         <source>Comments</source>
-        <translation type="unfinished"></translation>
+        <translation>备注</translation>
     </message>
     <message>
         <source>Move to the root folder of the relative path when sorting is applied</source>
-        <translation type="unfinished"></translation>
+        <translation>应用排序时转到相对路径的根文件夹</translation>
     </message>
     <message>
         <source>Apply</source>
-        <translation type="unfinished"></translation>
+        <translation>应用</translation>
     </message>
     <message>
         <source>CSV file</source>
-        <translation type="unfinished"></translation>
+        <translation>CSV 文件</translation>
     </message>
     <message>
         <source>Relative path root</source>
-        <translation type="unfinished"></translation>
+        <translation>相对路径根目录</translation>
     </message>
     <message>
         <source>File Path column</source>
-        <translation type="unfinished"></translation>
+        <translation>文件路径列</translation>
     </message>
     <message>
         <source>Comments column</source>
-        <translation type="unfinished"></translation>
+        <translation>备注列</translation>
     </message>
     <message>
         <source>Import CSV file</source>
-        <translation type="unfinished"></translation>
+        <translation>导入 CSV 文件</translation>
     </message>
     <message>
         <source>Select relative path root</source>
-        <translation type="unfinished"></translation>
+        <translation>选择相对路径根目录</translation>
     </message>
     <message>
         <source>Error</source>
-        <translation type="unfinished">错误</translation>
+        <translation>错误</translation>
     </message>
     <message>
         <source>The CSV file could not be found.</source>
-        <translation type="unfinished"></translation>
+        <translation>找不到 CSV 文件。</translation>
     </message>
     <message>
         <source>CSV file analysis failed.</source>
-        <translation type="unfinished"></translation>
+        <translation>CSV 文件分析失败。</translation>
     </message>
     <message>
         <source>No files to reorder.</source>
-        <translation type="unfinished"></translation>
+        <translation>没有要重新排序的文件。</translation>
     </message>
     <message>
         <source>If the audio file is written to a relative path, ensure that the &quot;Relative path root&quot; folder in the &quot;Sort Settings&quot; dialog is correctly specified.</source>
-        <translation type="unfinished"></translation>
+        <translation>如果音频文件以相对路径写入，请确认“排序设置”对话框中的“相对路径根目录”文件夹指定正确。</translation>
     </message>
     <message>
         <source>If the audio file is in a subfolder, please click the checkbox &quot;Display all files from subfolders as well&quot; in the View menu.</source>
-        <translation type="unfinished"></translation>
+        <translation>如果音频文件位于子文件夹中，请在“视图”菜单中勾选“同时显示子文件夹中的文件”。</translation>
     </message>
     <message>
         <source>If the settings are changed, make sure to select &quot;Start Analyzing&quot; again.</source>
-        <translation type="unfinished"></translation>
+        <translation>如果更改了设置，请务必再次点击“开始分析”。</translation>
     </message>
 </context>
 <context>
     <name>subFormToolSettings</name>
     <message>
         <source>Tool Settings</source>
-        <translation type="unfinished"></translation>
+        <translation>工具设置</translation>
     </message>
     <message>
         <source>External Tools</source>
-        <translation type="unfinished"></translation>
+        <translation>外部工具</translation>
     </message>
     <message>
         <source>Open an .exe or .app file...</source>
-        <translation type="unfinished"></translation>
+        <translation>打开可执行文件...</translation>
     </message>
     <message>
         <source>Executable file path</source>
-        <translation type="unfinished"></translation>
+        <translation>可执行文件路径</translation>
     </message>
     <message>
         <source>Arguments: file path of the selected waveform is %FILEPATH%</source>
-        <translation type="unfinished"></translation>
+        <translation>参数：所选波形文件的路径为 %FILEPATH%</translation>
     </message>
     <message>
         <source>Seek Settings</source>
-        <translation type="unfinished"></translation>
+        <translation>跳转设置</translation>
     </message>
     <message>
         <source>Set playback time seek range with &apos;R&apos; and &apos;T&apos; keys (msec)</source>
-        <translation type="unfinished"></translation>
+        <translation>用 &apos;R&apos; 和 &apos;T&apos; 键跳转播放位置的幅度（毫秒）</translation>
     </message>
     <message>
         <source>Cancel</source>
-        <translation type="unfinished">取消</translation>
+        <translation>取消</translation>
     </message>
     <message>
         <source>Select external .exe file</source>
-        <translation type="unfinished"></translation>
+        <translation>选择外部工具的可执行文件</translation>
     </message>
     <message>
         <source>Error</source>
-        <translation type="unfinished">错误</translation>
+        <translation>错误</translation>
     </message>
     <message>
         <source>Specified .exe file cannot be found. %1</source>
-        <translation type="unfinished"></translation>
+        <translation>找不到指定的可执行文件。%1</translation>
+    </message>
+    <message>
+        <source>Specified file is not a program that can be run. %1</source>
+        <translation>指定的文件不是可运行的程序。%1</translation>
+    </message>
+    <message>
+        <source>Choose the program...</source>
+        <translation>选择程序...</translation>
+    </message>
+    <message>
+        <source>Select the external program</source>
+        <translation>选择外部程序</translation>
+    </message>
+    <message>
+        <source>Specified program cannot be found. %1</source>
+        <translation>找不到指定的程序。%1</translation>
     </message>
     <message>
         <source>Preview</source>

@@ -1,5 +1,8 @@
 #include "CommandLineRoot.h"
 #include "DefaultWindowGeometry.h"
+#include "RootPathInput.h"
+
+#include "TestSettings.h"
 
 #include <QDir>
 #include <QFile>
@@ -14,21 +17,32 @@ private slots:
     void defaultGeometry_data()
     {
         QTest::addColumn<QRect>("screen");
+        QTest::addColumn<int>("wanted");
         QTest::addColumn<QRect>("window");
         // (1366 - 1350) / 2 = 8, (768 - 600) / 2 = 84
-        QTest::newRow("1366x768") << QRect(0, 0, 1366, 768) << QRect(8, 84, 1350, 600);
+        QTest::newRow("1366x768") << QRect(0, 0, 1366, 768) << 0 << QRect(8, 84, 1350, 600);
         // narrower than 1351: full width; (1024 - 600) / 2 = 212
-        QTest::newRow("1280x1024") << QRect(0, 0, 1280, 1024) << QRect(0, 212, 1280, 600);
-        QTest::newRow("exactly 1351x601") << QRect(0, 0, 1351, 601) << QRect(0, 0, 1350, 600);
-        QTest::newRow("1350x600 fills") << QRect(0, 0, 1350, 600) << QRect(0, 0, 1350, 600);
-        QTest::newRow("tiny") << QRect(0, 0, 640, 480) << QRect(0, 0, 640, 480);
-        QTest::newRow("4k") << QRect(0, 0, 3840, 2160) << QRect(1245, 780, 1350, 600);
+        QTest::newRow("1280x1024") << QRect(0, 0, 1280, 1024) << 0 << QRect(0, 212, 1280, 600);
+        QTest::newRow("exactly 1351x601") << QRect(0, 0, 1351, 601) << 0 << QRect(0, 0, 1350, 600);
+        QTest::newRow("1350x600 fills") << QRect(0, 0, 1350, 600) << 0 << QRect(0, 0, 1350, 600);
+        QTest::newRow("tiny") << QRect(0, 0, 640, 480) << 0 << QRect(0, 0, 640, 480);
+        QTest::newRow("4k") << QRect(0, 0, 3840, 2160) << 0 << QRect(1245, 780, 1350, 600);
+        // Wider where the table's columns want it and the screen has room.
+        QTest::newRow("wanted 1600 on 1920")
+            << QRect(0, 0, 1920, 1080) << 1600 << QRect(160, 240, 1600, 600);
+        QTest::newRow("wanted more than the screen")
+            << QRect(0, 0, 1366, 768) << 1600 << QRect(0, 84, 1366, 600);
+        QTest::newRow("wanted less keeps 1350")
+            << QRect(0, 0, 1920, 1080) << 900 << QRect(285, 240, 1350, 600);
+        QTest::newRow("second screen")
+            << QRect(1920, 0, 1920, 1080) << 1600 << QRect(2080, 240, 1600, 600);
     }
     void defaultGeometry()
     {
         QFETCH(QRect, screen);
+        QFETCH(int, wanted);
         QFETCH(QRect, window);
-        QCOMPARE(DefaultWindowGeometry(screen), window);
+        QCOMPARE(DefaultWindowGeometry(screen, wanted), window);
     }
 
     void commandLineRoot()
@@ -47,8 +61,9 @@ private slots:
 
         QCOMPARE(CommandLineRoot({program}), QString());
         QCOMPARE(CommandLineRoot({program, folder}), folder);
-        // The suffix test ignores case; the root is the file's folder.
-        QCOMPARE(CommandLineRoot({program, folder + QStringLiteral("/a.WAV")}), folder);
+        // The suffix test ignores case; the file is handed on, to be selected in its folder.
+        QCOMPARE(CommandLineRoot({program, folder + QStringLiteral("/a.WAV")}),
+                 folder + QStringLiteral("/a.WAV"));
         QCOMPARE(CommandLineRoot({program, folder + QStringLiteral("/notes.txt")}), QString());
         QCOMPARE(CommandLineRoot({program, folder + QStringLiteral("/missing.wav")}), QString());
         QCOMPARE(CommandLineRoot({program, QStringLiteral("--junk=1")}), QString());
@@ -59,6 +74,92 @@ private slots:
         const QString relative = CommandLineRoot({program, QStringLiteral("x")});
         QDir::setCurrent(previous);
         QCOMPARE(relative, QDir(folder).absolutePath());
+    }
+
+    void rootInput_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("folder");
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<int>("refusal");
+        // Relative to the sandbox, which is the working folder and the home folder.
+        const int ok = RootRequest::Accepted;
+        QTest::newRow("dot") << "."
+                             << ""
+                             << "" << ok;
+        QTest::newRow("trailing slash") << "lib/"
+                                        << "lib"
+                                        << "" << ok;
+        QTest::newRow("doubled slashes and dots") << "./lib//sub/..///"
+                                                  << "lib"
+                                                  << "" << ok;
+        QTest::newRow("blanks around") << "  lib  "
+                                       << "lib"
+                                       << "" << ok;
+        QTest::newRow("tilde") << "~"
+                               << ""
+                               << "" << ok;
+        QTest::newRow("tilde slash") << "~/lib/sub/"
+                                     << "lib/sub"
+                                     << "" << ok;
+        QTest::newRow("audio file") << "lib/sub/Take 2.WAV"
+                                    << "lib/sub"
+                                    << "lib/sub/Take 2.WAV" << ok;
+        QTest::newRow("other file") << "lib/notes.txt"
+                                    << ""
+                                    << "" << int(RootRequest::NotAudio);
+        QTest::newRow("missing, kept normalised") << "lib/gone/"
+                                                  << "lib/gone"
+                                                  << "" << int(RootRequest::Missing);
+        QTest::newRow("missing audio file") << "lib/gone.wav"
+                                            << "lib/gone.wav"
+                                            << "" << int(RootRequest::Missing);
+        QTest::newRow("empty") << ""
+                               << "-"
+                               << "" << int(RootRequest::Empty);
+        QTest::newRow("blank") << "   "
+                               << "-"
+                               << "" << int(RootRequest::Empty);
+        QTest::newRow("tilde of another user is a name") << "~nobody"
+                                                         << "~nobody"
+                                                         << "" << int(RootRequest::Missing);
+    }
+    void rootInput()
+    {
+        QFETCH(QString, typed);
+        QFETCH(QString, folder);
+        QFETCH(QString, file);
+        QFETCH(int, refusal);
+        QTemporaryDir dir;
+        QVERIFY(dir.isValid());
+        const QString base = QDir(dir.path()).canonicalPath();
+        QVERIFY(QDir().mkpath(base + QStringLiteral("/lib/sub")));
+        QVERIFY(fixtures::WriteBytes(base + QStringLiteral("/lib/sub/Take 2.WAV")));
+        QVERIFY(fixtures::WriteBytes(base + QStringLiteral("/lib/notes.txt")));
+        const QByteArray home = qgetenv("HOME");
+        const QString previous = QDir::currentPath();
+        qputenv("HOME", QFile::encodeName(base));
+        QDir::setCurrent(base);
+        const RootRequest request = ResolveTypedRoot(typed);
+        QDir::setCurrent(previous);
+        qputenv("HOME", home);
+
+        const auto under = [&](const QString& relative) {
+            if (relative == QLatin1String("-"))
+                return QString();
+            return relative.isEmpty() ? base : base + QLatin1Char('/') + relative;
+        };
+        QCOMPARE(int(request.refusal), refusal);
+        if (refusal != RootRequest::NotAudio)
+            QCOMPARE(request.folder, under(folder));
+        QCOMPARE(request.file, file.isEmpty() ? QString() : under(file));
+    }
+
+    void rootOfTheFileSystemKeepsItsSlash()
+    {
+        QCOMPARE(NormalizedRootPath(QStringLiteral("/")), QStringLiteral("/"));
+        QCOMPARE(NormalizedRootPath(QStringLiteral("//usr//")), QStringLiteral("/usr"));
+        QCOMPARE(NormalizedRootPath(QString()), QString());
     }
 };
 

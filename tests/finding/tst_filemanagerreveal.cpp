@@ -68,8 +68,22 @@ private slots:
         QCOMPARE(recorder.opened.first(), QUrl::fromLocalFile(dir.path()));
     }
 
+    void fileManagerShowsTheFileSelected_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("encoded");
+        QTest::newRow("blank") << QStringLiteral("door slam.wav")
+                               << QStringLiteral("door%20slam.wav");
+        QTest::newRow("hash and percent") << QStringLiteral("take #2 at 100%.wav")
+                                          << QStringLiteral("take%20%232%20at%20100%25.wav");
+        QTest::newRow("Japanese") << QStringLiteral("\u30c9\u30a2.wav")
+                                  << QStringLiteral("%E3%83%89%E3%82%A2.wav");
+    }
+
     void fileManagerShowsTheFileSelected()
     {
+        QFETCH(QString, name);
+        QFETCH(QString, encoded);
         QDBusConnection bus = QDBusConnection::sessionBus();
         if (!bus.isConnected())
             QSKIP("no session bus (run under dbus-run-session)");
@@ -80,11 +94,13 @@ private slots:
         QSignalSpy called(&fake, &FakeFileManager::called);
 
         recorder.opened.clear();
-        const QString file = dir.filePath(QStringLiteral("door slam.wav"));
+        const QString file = dir.filePath(name);
         RevealInFileManager(file, this);
         QTRY_COMPARE_WITH_TIMEOUT(called.count(), 1, 10000);
-        QCOMPARE(fake.shown, QStringList{QUrl::fromLocalFile(file).toString()});
-        QVERIFY(fake.shown.first().startsWith(QLatin1String("file:///")));
+        // Percent-encoded as the interface wants, and back to the very file.
+        const QString folder = QUrl::fromLocalFile(dir.path()).toString(QUrl::FullyEncoded);
+        QCOMPARE(fake.shown, QStringList{folder + QLatin1Char('/') + encoded});
+        QCOMPARE(QUrl(fake.shown.first(), QUrl::StrictMode).toLocalFile(), file);
         QVERIFY(fake.startupId.isEmpty());
         // Answered: no folder is opened besides.
         QTest::qWait(100);

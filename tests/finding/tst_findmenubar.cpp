@@ -159,8 +159,8 @@ private slots:
         QTest::addColumn<QString>("entry");
         QTest::newRow("Ctrl+O") << QKeySequence(Qt::CTRL | Qt::Key_O)
                                 << QStringLiteral("Select a folder...");
-        QTest::newRow("Ctrl+Shift+O")
-            << QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O) << QStringLiteral("Show in Explorer");
+        QTest::newRow("Ctrl+Shift+O") << QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O)
+                                      << QStringLiteral("Show in File Manager");
         QTest::newRow("Ctrl++") << QKeySequence(Qt::CTRL | Qt::Key_Plus)
                                 << QStringLiteral("Enlarge");
         QTest::newRow("Ctrl+-") << QKeySequence(Qt::CTRL | Qt::Key_Minus)

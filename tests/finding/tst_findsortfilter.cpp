@@ -161,8 +161,12 @@ private slots:
 
         SearchCriteriaStruct byName;
         byName.name = QStringLiteral("Take");
-        QTest::newRow("name is case-sensitive")
-            << byName << QStringList({QStringLiteral("Take_02.wav")});
+        QTest::newRow("name ignores case")
+            << byName
+            << QStringList({QStringLiteral("take_01.wav"), QStringLiteral("Take_02.wav")});
+        byName.name = QStringLiteral("ONG");
+        QTest::newRow("name anywhere, any case")
+            << byName << QStringList({QStringLiteral("long.wav")});
 
         SearchCriteriaStruct wavOnly;
         wavOnly.useDetail = true;

@@ -16,6 +16,7 @@
 #include <QGroupBox>
 #include <QLineEdit>
 #include <QMimeData>
+#include <QScrollBar>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QSpinBox>
@@ -31,6 +32,8 @@ QMimeData* urlsOf(const QString& path)
     mime->setUrls({QUrl::fromLocalFile(path)});
     return mime;
 }
+
+using fixtures::SpiedTexts;
 
 int countOf(const QSignalSpy& spy, const QString& text)
 {
@@ -102,18 +105,86 @@ private slots:
         QCOMPARE(countOf(status, QStringLiteral("Retrieving file list")), 2);
     }
 
-    void enterOnMissingPathChangesNothing()
+    void rootBarEntry_data()
     {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("root");
+        QTest::addColumn<QString>("selected");
+        QTest::addColumn<QString>("message");
+        // Paths relative to the sandbox, which is the working and the home folder.
+        QTest::newRow("trailing slash") << "bar/sfx/"
+                                        << "bar/sfx"
+                                        << ""
+                                        << "";
+        QTest::newRow("dot") << "."
+                             << ""
+                             << ""
+                             << "";
+        QTest::newRow("dots inside") << "./bar/../bar/sfx/."
+                                     << "bar/sfx"
+                                     << ""
+                                     << "";
+        QTest::newRow("tilde") << "~/bar"
+                               << "bar"
+                               << ""
+                               << "";
+        QTest::newRow("audio file") << "bar/sfx/Hit 2.WAV"
+                                    << "bar/sfx"
+                                    << "bar/sfx/Hit 2.WAV"
+                                    << "";
+        QTest::newRow("missing folder") << "bar/gone/"
+                                        << "-"
+                                        << ""
+                                        << "The folder \"%1/bar/gone\" does not exist.";
+        QTest::newRow("other file")
+            << "bar/notes.txt"
+            << "-"
+            << ""
+            << "\"bar/notes.txt\" is neither a folder nor a WAV, AIFF, MP3 or Ogg Vorbis file.";
+    }
+
+    void rootBarEntry()
+    {
+        QFETCH(QString, typed);
+        QFETCH(QString, root);
+        QFETCH(QString, selected);
+        QFETCH(QString, message);
+        const QString base = QDir(dir.path()).canonicalPath();
+        const QString sfx = base + QStringLiteral("/bar/sfx");
+        QVERIFY(QDir().mkpath(sfx));
+        QVERIFY(fixtures::writeSineWav(sfx + QStringLiteral("/Hit 2.WAV"), 8000, 1, 800, 0.0));
+        QVERIFY(fixtures::WriteBytes(base + QStringLiteral("/bar/notes.txt")));
+        const QByteArray home = qgetenv("HOME");
+        const QString previousDir = QDir::currentPath();
+        qputenv("HOME", QFile::encodeName(base));
+        QDir::setCurrent(base);
+
+        TeskManager manager;
         WidgetRootPath bar;
-        QSignalSpy asks(&bar, &WidgetRootPath::SigChangeRootPathCalled);
-        bar.pathLine()->setText(dir.filePath(QStringLiteral("no/such/folder")));
+        bar.SetManager(&manager);
+        // The folder listed before: a refused entry puts it back.
+        manager.SlotChangeRootPathCalled(sfx + QStringLiteral("/"));
+        QCOMPARE(manager.GetRootPath(), sfx);
+        QSignalSpy messages(&bar, &WidgetRootPath::SigStatusMessage);
+        QSignalSpy selections(&manager, &TeskManager::SigFileSelectionRequested);
+        bar.pathLine()->setText(typed);
         QTest::keyClick(bar.pathLine(), Qt::Key_Return);
-        QTest::keyClick(bar.pathLine(), Qt::Key_Enter, Qt::KeypadModifier);
-        QCOMPARE(asks.count(), 0);
-        bar.pathLine()->setText(dir.path());
-        QTest::keyClick(bar.pathLine(), Qt::Key_Enter, Qt::KeypadModifier);
-        QCOMPARE(asks.count(), 1);
-        QCOMPARE(asks.at(0).at(0).toString(), dir.path());
+        QDir::setCurrent(previousDir);
+        qputenv("HOME", home);
+
+        const QString expected = root == QLatin1String("-")
+                                     ? sfx
+                                     : (root.isEmpty() ? base : base + QLatin1Char('/') + root);
+        QCOMPARE(manager.GetRootPath(), expected);
+        QCOMPARE(bar.pathLine()->text(), expected);
+        QCOMPARE(SpiedTexts(messages),
+                 message.isEmpty() ? QStringList() : QStringList{message.arg(base)});
+        // Recent folders hold each folder once, in one spelling.
+        QCOMPARE(manager.GetRecentFolders().count(sfx), 1);
+        if (!selected.isEmpty()) {
+            QTRY_COMPARE_WITH_TIMEOUT(selections.count(), 1, 20000);
+            QCOMPARE(selections.at(0).at(0).toString(), base + QLatin1Char('/') + selected);
+        }
     }
 
     void dragAcceptance_data()
@@ -152,8 +223,9 @@ private slots:
         QDropEvent drop(QPointF(5, 5), Qt::CopyAction | Qt::LinkAction, mime.get(), Qt::LeftButton,
                         Qt::NoModifier);
         QApplication::sendEvent(&bar, &drop);
+        // A file goes as it is: its folder is listed with the file selected.
         QCOMPARE(asks.count(), 1);
-        QCOMPARE(asks.at(0).at(0).toString(), dir.filePath(QStringLiteral("drag")));
+        QCOMPARE(asks.at(0).at(0).toString(), path);
         QCOMPARE(drop.dropAction(), Qt::IgnoreAction);
     }
 
@@ -168,10 +240,26 @@ private slots:
         QVERIFY(!bar.refreshButton()->isEnabled());
         QCOMPARE(bar.pathLine()->text(), dir.path());
 
+        // Filled (gold) exactly when the folder is bookmarked.
+        const auto goldPixels = [&bar] {
+            const QImage image = bar.starButton()->grab().toImage();
+            int gold = 0;
+            for (int y = 0; y < image.height(); ++y) {
+                for (int x = 0; x < image.width(); ++x) {
+                    const QColor c = image.pixelColor(x, y);
+                    gold += c.red() > 200 && c.green() > 140 && c.blue() < 100 ? 1 : 0;
+                }
+            }
+            return gold;
+        };
         bar.SlotBookmarkStateSpecified(true);
         QVERIFY(bar.starButton()->isChecked());
+        QVERIFY(goldPixels() > 40);
+        QCOMPARE(bar.starButton()->toolTip(), QStringLiteral("Remove from Bookmarks"));
         bar.SlotBookmarkStateSpecified(false);
         QVERIFY(!bar.starButton()->isChecked());
+        QCOMPARE(goldPixels(), 0);
+        QCOMPARE(bar.starButton()->toolTip(), QStringLiteral("Add to Bookmarks"));
         QCOMPARE(flag.count(), 0);
 
         bar.starButton()->click();
@@ -229,6 +317,38 @@ private slots:
         QCOMPARE(altDown.count(), 1);
     }
 
+    void treeShowsTheRootWhileItsAncestorsLoad()
+    {
+        // Two hundred folders beside the root's parent: as they load, they are
+        // inserted above it and would push it out of sight.
+        QTemporaryDir deep;
+        QVERIFY(deep.isValid());
+        for (int k = 0; k < 200; ++k)
+            QVERIFY(QDir().mkpath(
+                deep.filePath(QStringLiteral("m%1").arg(k, 3, 10, QLatin1Char('0')))));
+        const QString root = deep.filePath(QStringLiteral("m150/inner"));
+        QVERIFY(QDir().mkpath(root));
+
+        WidgetTreeBrowser tree(nullptr);
+        tree.resize(300, 300);
+        tree.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&tree));
+        tree.SlotRootPathChanged(root);
+        TreeViewItemModel* model = tree.treeModel();
+        const QModelIndex parent = model->index(deep.path());
+        QTRY_COMPARE_WITH_TIMEOUT(model->rowCount(parent), 200, 20000);
+        SubWidgetTreeView* view = tree.treeView();
+        const QModelIndex index = model->index(root);
+        QTRY_VERIFY_WITH_TIMEOUT(view->viewport()->rect().contains(view->visualRect(index)), 10000);
+        QCOMPARE(view->currentIndex(), index);
+
+        // Once the user scrolls, the tree stays where the user put it.
+        view->verticalScrollBar()->triggerAction(QAbstractSlider::SliderToMinimum);
+        const int top = view->verticalScrollBar()->value();
+        emit model->directoryLoaded(deep.path());
+        QCOMPARE(view->verticalScrollBar()->value(), top);
+    }
+
     void searchBarReportsChangesOnly()
     {
         WidgetSearch search;
@@ -259,6 +379,46 @@ private slots:
         QCOMPARE(applied.at(2).at(1).toBool(), false);
         search.SlotEnableSearchWidget();
         QVERIFY(search.searchLine()->isEnabled());
+    }
+
+    void typingFiltersAfterAPauseAndClearingAtOnce()
+    {
+        WidgetSearch search;
+        SearchCriteriaStruct stored;
+        connect(&search, &WidgetSearch::SigSearchCriteriaRequired, this,
+                [&stored](SearchCriteriaStruct* c) { *c = stored; });
+        connect(&search, &WidgetSearch::SigSearchCriteriaApplied, this,
+                [&stored](SearchCriteriaStruct c, bool) { stored = c; });
+        QSignalSpy applied(&search, &WidgetSearch::SigSearchCriteriaApplied);
+
+        // Each key restarts the pause; only the whole word is applied.
+        QTest::keyClicks(search.searchLine(), QStringLiteral("door"));
+        QCOMPARE(applied.count(), 0);
+        QVERIFY(search.typingTimer()->isActive());
+        QTRY_COMPARE(applied.count(), 1);
+        QCOMPARE(stored.name, QStringLiteral("door"));
+
+        // The clear button shows every file again without waiting.
+        QToolButton* clear = nullptr;
+        for (QToolButton* button : search.searchLine()->findChildren<QToolButton*>()) {
+            if (button->defaultAction() &&
+                button->defaultAction()->objectName() == QLatin1String("_q_qlineeditclearaction"))
+                clear = button;
+        }
+        QVERIFY(clear);
+        clear->click();
+        QCOMPARE(applied.count(), 2);
+        QCOMPARE(stored.name, QString());
+        QVERIFY(!search.typingTimer()->isActive());
+
+        // So does deleting the text by hand.
+        QTest::keyClicks(search.searchLine(), QStringLiteral("ab"));
+        QTest::keyClick(search.searchLine(), Qt::Key_Backspace);
+        QTest::keyClick(search.searchLine(), Qt::Key_Backspace);
+        QCOMPARE(applied.count(), 2); // "ab" never got through: the name was already empty
+        QVERIFY(!search.typingTimer()->isActive());
+        QTest::qWait(WidgetSearch::kTypingPauseMs * 2);
+        QCOMPARE(applied.count(), 2);
     }
 
     void advancedDialogAssemblesRecord()

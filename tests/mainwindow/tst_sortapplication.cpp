@@ -121,27 +121,6 @@ private slots:
         QCOMPARE(proxy->index(1, 0).data(257).toString(), root + QStringLiteral("/hit.wav"));
     }
 
-    void tableFontFollowsTheRowHeight()
-    {
-        TeskManager manager;
-        WidgetTableBrowser browser(&manager, {});
-        QSignalSpy ended(&manager, &TeskManager::SigEndGetDetailInfo);
-        manager.SlotChangeRootPathCalled(root);
-        QTRY_VERIFY_WITH_TIMEOUT(ended.count() > 0, 10000);
-        FontSettings* fonts = manager.GetFontSettings();
-        fonts->SetFont(FontSettings::Table, QStringLiteral("DejaVu Sans"), 9);
-        fonts->SetFitToCell(true);
-        manager.SetRowHeight(30);
-        browser.resize(800, 300);
-        browser.grab(); // paints the cells
-        QCOMPARE(fonts->GetPointSize(FontSettings::Table), 12);
-
-        fonts->SetFitToCell(false);
-        manager.SetRowHeight(40);
-        browser.grab();
-        QCOMPARE(fonts->GetPointSize(FontSettings::Table), 12);
-    }
-
     void nothingMatchedExplains()
     {
         TeskManager manager;

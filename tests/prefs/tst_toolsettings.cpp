@@ -5,6 +5,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSpinBox>
+#include <QTemporaryDir>
 #include <QTemporaryFile>
 #include <QTest>
 #include <QTimer>
@@ -72,27 +73,58 @@ private slots:
         QVERIFY(spin->isAccelerated());
     }
 
+    void okChecksTheToolPath_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("empty") << "empty"
+                               << "";
+        QTest::newRow("runnable file") << "program"
+                                       << "";
+#ifdef Q_OS_WIN
+        QTest::newRow("missing") << "missing"
+                                 << "Specified .exe file cannot be found. %1";
+#else
+        QTest::newRow("missing") << "missing"
+                                 << "Specified program cannot be found. %1";
+#endif
+        QTest::newRow("folder") << "folder"
+                                << "Specified file is not a program that can be run. %1";
+        QTest::newRow("file that cannot run")
+            << "plain"
+            << "Specified file is not a program that can be run. %1";
+    }
+
     void okChecksTheToolPath()
     {
-        QTemporaryFile tool;
-        QVERIFY(tool.open());
+        QFETCH(QString, kind);
+        QFETCH(QString, message);
+        QTemporaryDir dir;
+        QVERIFY(dir.isValid());
+        QString path;
+        if (kind == QLatin1String("program") || kind == QLatin1String("plain")) {
+            path = dir.filePath(QStringLiteral("editor"));
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write("#!/bin/sh\n");
+            file.close();
+            if (kind == QLatin1String("program"))
+                QVERIFY(file.setPermissions(file.permissions() | QFile::ExeOwner));
+        } else if (kind == QLatin1String("missing")) {
+            path = dir.filePath(QStringLiteral("gone"));
+        } else if (kind == QLatin1String("folder")) {
+            path = dir.path();
+        }
 
-        subFormToolSettings empty(QString(), QString(), 1000);
-        empty.show();
-        QCOMPARE(pressOk(empty), QString());
-        QCOMPARE(empty.result(), int(QDialog::Accepted));
-
-        const QString missing = tool.fileName() + QStringLiteral(".gone");
-        subFormToolSettings wrong(missing, QString(), 1000);
-        wrong.show();
-        QCOMPARE(pressOk(wrong),
-                 QStringLiteral("Error|Specified .exe file cannot be found. ") + missing);
-        QVERIFY2(wrong.isVisible(), "the dialog stays open for a correction");
-
-        child<QLineEdit>(wrong, "editToolPath")->setText(tool.fileName());
-        QCOMPARE(pressOk(wrong), QString());
-        QCOMPARE(wrong.result(), int(QDialog::Accepted));
-        QVERIFY(!wrong.isVisible());
+        subFormToolSettings form(path, QString(), 1000);
+        form.show();
+        if (message.isEmpty()) {
+            QCOMPARE(pressOk(form), QString());
+            QCOMPARE(form.result(), int(QDialog::Accepted));
+            return;
+        }
+        QCOMPARE(pressOk(form), QStringLiteral("Error|") + message.arg(path));
+        QVERIFY2(form.isVisible(), "the dialog stays open for a correction");
     }
 };
 

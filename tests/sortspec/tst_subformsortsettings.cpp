@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QFile>
 #include <QGroupBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QMimeData>
@@ -88,6 +89,30 @@ private slots:
         QVERIFY(!form.isApplicable());
         form.setRelativeRoot(root);
         QCOMPARE(child<QLineEdit>(form, "editRelativeRoot")->text(), root);
+    }
+
+    void opensAtItsDesignedWidth()
+    {
+        subFormSortSettings form;
+        form.setRelativeRoot(root);
+        form.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&form));
+        // No row asks for more, whatever the UI font measures.
+        QCOMPARE(form.width(), subFormSortSettings::kDesignedWidth);
+        QVERIFY(form.minimumSizeHint().width() <= subFormSortSettings::kDesignedWidth);
+        // The long option's text, beside its box, toggles it when clicked.
+        auto* box = child<QCheckBox>(form, "checkMoveToRoot");
+        QLabel* text = nullptr;
+        for (QLabel* label : form.findChildren<QLabel*>()) {
+            if (label->buddy() == box)
+                text = label;
+        }
+        QVERIFY(text);
+        QVERIFY(text->width() < subFormSortSettings::kDesignedWidth);
+        QTest::mouseClick(text, Qt::LeftButton);
+        QVERIFY(!box->isChecked());
+        QTest::mouseClick(text, Qt::LeftButton);
+        QVERIFY(box->isChecked());
     }
 
     void analyzesAndResolves()

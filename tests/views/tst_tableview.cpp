@@ -39,6 +39,7 @@ private slots:
     void disconnectedGacManagerOffersNoNuendo();
     void copyPutsFileUrlsOnClipboard();
     void copyOfEmptySelectionLeavesClipboard();
+    void clipboardListsEncodeEveryName();
     void tabFocusSelectsFirstRow();
 };
 
@@ -133,7 +134,7 @@ void TestTableView::menuByConnectionState()
     view.setCurrentIndex(model.index(0, 0));
     std::unique_ptr<QMenu> menu(view.createContextMenu(nullptr));
     QStringList expected = {
-        QStringLiteral("Show in Explorer"), QStringLiteral("Open with an external tool"),
+        QStringLiteral("Show in File Manager"), QStringLiteral("Open with an external tool"),
         QStringLiteral("Copy to Clipboard"), QStringLiteral("Update information")};
     if (nuendo) {
         expected << QStringLiteral("Open with Nuendo");
@@ -183,6 +184,39 @@ void TestTableView::copyPutsFileUrlsOnClipboard()
     std::sort(urls.begin(), urls.end());
     QCOMPARE(urls, (QList<QUrl>{QUrl(QStringLiteral("file:///lib/a%20b.wav")),
                                 QUrl(QStringLiteral("file:///lib/d.wav"))}));
+#ifndef Q_OS_WIN
+    // GNOME-family file managers paste from their own list: "copy", then one
+    // encoded URI a line.
+    QStringList gnome =
+        QString::fromUtf8(mime->data(QStringLiteral("x-special/gnome-copied-files")))
+            .split(QLatin1Char('\n'));
+    QCOMPARE(gnome.takeFirst(), QStringLiteral("copy"));
+    std::sort(gnome.begin(), gnome.end());
+    QCOMPARE(gnome, (QStringList{QStringLiteral("file:///lib/a%20b.wav"),
+                                 QStringLiteral("file:///lib/d.wav")}));
+    QStringList text = mime->text().split(QLatin1Char('\n'));
+    std::sort(text.begin(), text.end());
+    QCOMPARE(text, (QStringList{files[0], files[2]}));
+#endif
+}
+
+void TestTableView::clipboardListsEncodeEveryName()
+{
+    // Names a file manager must get back exactly: blanks, #, %, Japanese.
+    const QStringList files{QStringLiteral("/lib/door #2 100%.wav"),
+                            QStringLiteral("/lib/\u30c9\u30a2 \u9589\u307e\u308b.wav")};
+    QList<QUrl> urls;
+    for (const QString& file : files)
+        urls << QUrl::fromLocalFile(file);
+    std::unique_ptr<QMimeData> mime(SubWidgetTableView::clipboardData(urls));
+    QCOMPARE(mime->urls(), urls);
+#ifndef Q_OS_WIN
+    const QByteArray gnome = mime->data(QStringLiteral("x-special/gnome-copied-files"));
+    QCOMPARE(gnome, QByteArray("copy\nfile:///lib/door%20%232%20100%25.wav\n"
+                               "file:///lib/%E3%83%89%E3%82%A2%20%E9%96%89%E3%81%BE%E3%82%8B.wav"));
+    for (const QByteArray& line : gnome.split('\n').mid(1))
+        QVERIFY(files.contains(QUrl::fromEncoded(line).toLocalFile()));
+#endif
 }
 
 void TestTableView::copyOfEmptySelectionLeavesClipboard()

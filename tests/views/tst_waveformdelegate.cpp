@@ -41,8 +41,6 @@ private slots:
     void unselectedPlotCellKeepsBackground();
     void selectedTextCellUsesHighlight();
     void plotIsDrawnThroughItem();
-    void fontFollowsRowHeight_data();
-    void fontFollowsRowHeight();
     void sizeHintOfPlotCell();
 
 private:
@@ -101,33 +99,6 @@ void TestWaveformDelegate::plotIsDrawnThroughItem()
     QVERIFY(greenish(image.pixel(60, 27)));
     QVERIFY(!greenish(image.pixel(20, 2)));
     QVERIFY(greenish(image.pixel(20, 15)) || greenish(image.pixel(20, 14)));
-}
-
-void TestWaveformDelegate::fontFollowsRowHeight_data()
-{
-    QTest::addColumn<bool>("fit");
-    QTest::addColumn<int>("height");
-    QTest::addColumn<int>("size");
-    QTest::newRow("30 px rows give 12") << true << 30 << 12;
-    QTest::newRow("22 px rows give 8") << true << 22 << 8;
-    QTest::newRow("off keeps the size") << false << 30 << 9;
-}
-
-void TestWaveformDelegate::fontFollowsRowHeight()
-{
-    QFETCH(bool, fit);
-    QFETCH(int, height);
-    QFETCH(int, size);
-    FontSettings* fonts = manager->GetFontSettings();
-    fonts->SetFont(FontSettings::Table, QStringLiteral("DejaVu Sans"), 9);
-    fonts->SetFitToCell(fit);
-    WaveformStyledItemDelegate delegate(manager);
-    paintCell(delegate, model.index(0, 1), QSize(80, height), false);
-    QCOMPARE(fonts->GetPointSize(FontSettings::Table), size);
-    // Plot cells leave the font alone.
-    fonts->SetPointSize(FontSettings::Table, 9);
-    paintCell(delegate, model.index(0, 0), QSize(80, height), false);
-    QCOMPARE(fonts->GetPointSize(FontSettings::Table), 9);
 }
 
 void TestWaveformDelegate::sizeHintOfPlotCell()

@@ -52,6 +52,7 @@ private slots:
     void noMarkerAtTheEnds();
     void markerFollowsCellOffset();
     void metatypeRoundTrip();
+    void denseScreenDrawsInDevicePixels();
 };
 
 void TestWaveformItem::oneValuePerColumnAt500()
@@ -175,6 +176,34 @@ void TestWaveformItem::markerFollowsCellOffset()
     QVERIFY(isBlueish(image.pixel(149, 24)) || isBlueish(image.pixel(150, 24)));
     QVERIFY(!isBlueish(image.pixel(150, 10))); // above the cell
     QVERIFY(!isBlueish(image.pixel(50, 24)));
+}
+
+void TestWaveformItem::denseScreenDrawsInDevicePixels()
+{
+    // A 250-pixel cell on a screen of twice the density: 500 device columns,
+    // one value each, as on a 500-pixel cell of a plain screen.
+    QVector<std::int8_t> values(500);
+    for (int k = 0; k < 500; ++k)
+        values[k] = static_cast<std::int8_t>(k % 2 == 0 ? 80 : -80);
+    WaveformStyledItem item(values, 0.5);
+    QImage image(600, 60, QImage::Format_ARGB32);
+    image.setDevicePixelRatio(2.0);
+    image.fill(Qt::white);
+    {
+        QPainter painter(&image);
+        item.paint(&painter, QRect(0, 0, 250, 30));
+    }
+    QCOMPARE(item.cachedPolyline().size(), 502);
+    QCOMPARE(item.cachedPolyline().at(1), QPoint(0, yOf(80, 60)));
+    QCOMPARE(item.cachedPolyline().at(2), QPoint(1, yOf(-80, 60)));
+    // Still in the cell, at its logical size: nothing right of 500 device pixels.
+    for (int y = 0; y < 60; ++y)
+        QCOMPARE(image.pixel(520, y), QColor(Qt::white).rgb());
+    // The marker at the middle of the cell, one logical pixel wide.
+    int blue = 0;
+    for (int x = 240; x < 260; ++x)
+        blue += isBlueish(image.pixel(x, 5)) ? 1 : 0;
+    QVERIFY(blue >= 1 && blue <= 3);
 }
 
 void TestWaveformItem::metatypeRoundTrip()

@@ -1,0 +1,70 @@
+// "System" follows the desktop when it switches between light and dark while
+// Tesk runs: the portal announces the change on the session bus the test runs
+// with (dbus-run-session), and the window takes the new palette at once.
+#include "MainWindow.h"
+#include "TestSettings.h"
+
+#include <QApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVariant>
+#include <QTest>
+
+namespace {
+
+const QColor kDarkWindow(32, 32, 34);
+
+void announceScheme(uint scheme)
+{
+    QDBusMessage signal = QDBusMessage::createSignal(
+        QStringLiteral("/org/freedesktop/portal/desktop"),
+        QStringLiteral("org.freedesktop.portal.Settings"), QStringLiteral("SettingChanged"));
+    signal << QStringLiteral("org.freedesktop.appearance") << QStringLiteral("color-scheme")
+           << QVariant::fromValue(QDBusVariant(QVariant(scheme)));
+    QDBusConnection::sessionBus().send(signal);
+}
+
+} // namespace
+
+class tst_ThemeFollowsDesktop final : public QObject
+{
+    Q_OBJECT
+
+private:
+    fixtures::TestSettings configDir;
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(configDir.isValid());
+        if (!QDBusConnection::sessionBus().isConnected())
+            QSKIP("no session bus; run under dbus-run-session");
+    }
+
+    void systemThemeFollowsTheDesktopLive()
+    {
+        MainWindow window;
+        TeskManager* manager = window.GetManager();
+        QCOMPARE(manager->GetColorTheme(), TeskManager::System);
+        // No portal answered at start: light.
+        QVERIFY(window.palette().color(QPalette::Window) != kDarkWindow);
+        // The portal comes up, then the desktop turns dark and light again.
+        QVERIFY(QDBusConnection::sessionBus().registerService(
+            QStringLiteral("org.freedesktop.portal.Desktop")));
+        announceScheme(1);
+        QTRY_COMPARE(window.palette().color(QPalette::Window), kDarkWindow);
+        announceScheme(2);
+        QTRY_VERIFY(window.palette().color(QPalette::Window) != kDarkWindow);
+
+        // A theme the user chose stays whatever the desktop does.
+        window.SlotChangeColor(TeskManager::Light);
+        announceScheme(1);
+        QTest::qWait(300);
+        QVERIFY(window.palette().color(QPalette::Window) != kDarkWindow);
+        QDBusConnection::sessionBus().unregisterService(
+            QStringLiteral("org.freedesktop.portal.Desktop"));
+    }
+};
+
+QTEST_MAIN(tst_ThemeFollowsDesktop)
+#include "tst_themefollowsdesktop.moc"
