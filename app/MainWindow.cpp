@@ -4,6 +4,7 @@
 #include "CommandLineRoot.h"
 #include "DefaultWindowGeometry.h"
 #include "FileManagerReveal.h"
+#include "FitWindowGeometry.h"
 #include "GacManager.h"
 #include "MenuBar.h"
 #include "SortSettingsApplication.h"
@@ -31,15 +32,17 @@
 #include <QShortcut>
 #include <QSplitter>
 #include <QStatusBar>
+#include <QStyle>
 #include <QTimer>
 #include <QToolBar>
 #include <QUrl>
 #include <QVBoxLayout>
 
+#include <cstdio>
+
 namespace {
 
 constexpr int kRowHeightStep = 2;
-constexpr int kMinRowHeight = 10;
 
 } // namespace
 
@@ -198,7 +201,46 @@ void MainWindow::SlotShowDialog(QString title, QString msg)
 
 void MainWindow::SlotSetMainWindowGeometry(int left, int top, int wid, int hgt)
 {
-    setGeometry(left, top, wid, hgt);
+    // The stored rectangle may come from another set of screens, or from a
+    // damaged file: the window never comes up larger than a screen or off it.
+    // The rectangle is the window's inside; the frame comes around it. Before
+    // the first show the frame is not known, so room for a title bar and a
+    // thin border is kept.
+    QMargins frame(geometry().left() - frameGeometry().left(),
+                   geometry().top() - frameGeometry().top(),
+                   frameGeometry().right() - geometry().right(),
+                   frameGeometry().bottom() - geometry().bottom());
+    if (frame.isNull()) {
+        const int border = style()->pixelMetric(QStyle::PM_DefaultFrameWidth) + 2;
+        frame = QMargins(border, style()->pixelMetric(QStyle::PM_TitleBarHeight) + border, border,
+                         border);
+    }
+    QList<QRect> screens;
+    for (const QScreen* screen : QGuiApplication::screens())
+        screens << screen->availableGeometry().marginsRemoved(frame);
+    const QRect fitted = FitWindowGeometry(left, top, wid, hgt, screens);
+    if (fitted.left() != left || fitted.top() != top || fitted.width() != wid ||
+        fitted.height() != hgt)
+        std::fprintf(stderr,
+                     "Tesk: settings: the window rectangle %d,%d %dx%d does not fit the screens; "
+                     "%d,%d %dx%d is used\n",
+                     left, top, wid, hgt, fitted.left(), fitted.top(), fitted.width(),
+                     fitted.height());
+    setGeometry(fitted);
+}
+
+void MainWindow::moveEvent(QMoveEvent* event)
+{
+    QMainWindow::moveEvent(event);
+    const QRect g = geometry();
+    manager->SetWindowGeometry(g.left(), g.top(), g.width(), g.height());
+}
+
+void MainWindow::resizeEvent(QResizeEvent* event)
+{
+    QMainWindow::resizeEvent(event);
+    const QRect g = geometry();
+    manager->SetWindowGeometry(g.left(), g.top(), g.width(), g.height());
 }
 
 void MainWindow::SlotOpenParentDirByExplorer(QString filePath)
@@ -255,7 +297,7 @@ void MainWindow::SlotOpenRootByExplorer()
 
 void MainWindow::SlotRowHeightEnlarge()
 {
-    manager->SetRowHeight(manager->GetRowHeight() + kRowHeightStep);
+    manager->SetRowHeight(qMin(manager->GetRowHeight() + kRowHeightStep, kMaxRowHeight));
 }
 
 void MainWindow::SlotRowHeightShrink()

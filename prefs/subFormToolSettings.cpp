@@ -1,5 +1,7 @@
 #include "subFormToolSettings.h"
 
+#include "SettingsLimits.h"
+
 #include <QDialogButtonBox>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -42,7 +44,7 @@ subFormToolSettings::subFormToolSettings(const QString& toolPath, const QString&
     auto* groupSeek = new QGroupBox(tr("Seek Settings"), this);
     spinSeekTime = new QSpinBox(groupSeek);
     spinSeekTime->setObjectName(QStringLiteral("spinSeekTime"));
-    spinSeekTime->setRange(100, 300000);
+    spinSeekTime->setRange(kMinSeekTimeMs, kMaxSeekTimeMs);
     spinSeekTime->setSingleStep(100);
     spinSeekTime->setAccelerated(true);
     spinSeekTime->setValue(1000);

@@ -41,4 +41,5 @@ private:
     std::unique_ptr<IconProv> icons;
     TreeViewItemModel* model;
     SubWidgetTreeView* view;
+    bool removingRows = false;
 };

@@ -298,6 +298,10 @@
         <source>Cannot preview because XAudio2 initialization failed. Please ensure that DirectX End-User Runtimes (June 2010) is installed.</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Folder not found: %1</source>
+        <translation>找不到文件夹: %1</translation>
+    </message>
 </context>
 <context>
     <name>WidgetPlayer</name>
