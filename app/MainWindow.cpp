@@ -114,6 +114,8 @@ MainWindow::MainWindow(QWidget* parent)
     widgetPlayer->ConnectManager(manager);
     connect(widgetTableBrowser, &WidgetTableBrowser::SigOpenByNuendoCalled, gacManager,
             &GacManager::OpenByNuendo);
+    connect(gacManager, &GacManager::SigOpenByNuendoFinished, this,
+            [this](bool, const QString& message) { SlotSetStatusMessage(message); });
 
     searchShortcut = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_F), this);
     searchShortcut->setContext(Qt::WindowShortcut);
@@ -425,9 +427,9 @@ void MainWindow::SlotGacToggleConnection()
         gacManager->StartConnecting();
         break;
     case GacManager::WaitingConnection:
-        SlotSetWaitCursor();
+        // Returns at once: an attempt the SDK holds is abandoned.
         gacManager->StopConnecting();
-        SlotRestoreCursor();
+        updateGacMenu();
         break;
     case GacManager::Connected:
         // The program never closes an established connection itself.
