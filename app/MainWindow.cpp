@@ -225,7 +225,7 @@ void MainWindow::SlotSetMainWindowGeometry(int left, int top, int wid, int hgt)
         fitted.height() != hgt)
         std::fprintf(stderr,
                      "Tesk: settings: the window rectangle %d,%d %dx%d does not fit the screens; "
-                     "%d,%d %dx%d is used\n",
+                     "using %d,%d %dx%d\n",
                      left, top, wid, hgt, fitted.left(), fitted.top(), fitted.width(),
                      fitted.height());
     setGeometry(fitted);

@@ -221,7 +221,8 @@ public:
             report(QStringLiteral("has more than %1 entries").arg(key.high),
                    QStringLiteral("the first %1").arg(key.high));
         } else if (kept.size() != list->size()) {
-            report(QStringLiteral("has empty or overlong entries"), QStringLiteral("the others"));
+            report(QStringLiteral("has empty or overlong entries"),
+                   QStringLiteral("the other entries"));
         }
         value = kept;
     }
@@ -234,7 +235,7 @@ private:
 
     void report(const QString& what, const QString& used) const
     {
-        problems << QStringLiteral("%1 = %2 %3; %4 is used")
+        problems << QStringLiteral("%1 = %2 %3; using %4")
                         .arg(QLatin1String(key.name), Describe(stored), what, used);
     }
 

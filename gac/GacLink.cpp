@@ -210,6 +210,7 @@ void GacLink::shutDownSdk()
 
 void GacLink::closeCallbacks()
 {
+    m_closed = true;
     const quintptr token = m_token.exchange(0);
     if (token == 0)
         return;
@@ -269,7 +270,9 @@ void GacLink::reset()
 {
     log("[Info] A connection made after the stop is dropped.");
     shutDownSdk();
-    initialize();
+    // Not once the client is going: its own shutdown has the last word.
+    if (!m_closed)
+        initialize();
 }
 
 std::string GacLink::serverVersion()

@@ -91,7 +91,8 @@ public:
     // The SDK's own shutdown, on the calling thread; it may take as long as
     // the SDK likes.
     void shutDownSdk();
-    // Late callbacks are dropped from now on.
+    // The client is going: late callbacks are dropped from now on, and the
+    // SDK is not started again.
     void closeCallbacks();
     bool isInitialized() const { return m_initialized; }
 
@@ -146,6 +147,8 @@ private:
     std::string m_assetSearchPath;
 
     std::atomic<bool> m_initialized{false};
+    // The client is gone or going.
+    std::atomic<bool> m_closed{false};
     std::atomic<LinkState> m_state{LinkState::NotConnected};
     std::atomic<unsigned> m_generation{1};
     // The SDK's userData for our callbacks; 0 before registration.
