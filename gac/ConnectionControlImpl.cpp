@@ -61,8 +61,10 @@ bool ConnectionControlImpl::deinitialize()
         return true;
     auto done = std::make_shared<std::promise<void>>();
     std::future<void> finished = done->get_future();
-    std::thread([link = m_link, done] {
+    std::thread([link = m_link, done]() mutable {
         link->shutDownSdk();
+        // Let go first, so that a prompt shutdown leaves the client's end to its owner.
+        link.reset();
         done->set_value();
     }).detach();
     if (finished.wait_for(kShutdownWait) == std::future_status::ready)

@@ -61,7 +61,8 @@ std::string tooLong(const std::string& path)
 } // namespace
 
 GacLink::GacLink(QStringList sdkCandidates)
-    : m_sdk(std::move(sdkCandidates))
+    : m_sdk(GacSdkLibrary::shared(sdkCandidates))
+    , m_api(m_sdk.api())
     , m_dropPath(defaultDropPath())
 {}
 
@@ -149,14 +150,9 @@ void GacLink::logSdkError(int code)
 bool GacLink::initialize()
 {
     const std::string name = engineName();
-    std::string why;
     if (!m_sdk.isLoaded()) {
-        if (m_sdk.load(&why))
-            m_api = m_sdk.api();
-        else
-            log("[Warning] " + why);
-    }
-    if (m_sdk.isLoaded()) {
+        log("[Warning] " + m_sdk.failure());
+    } else {
         const int code = m_api.gacInternalInitialize(name.c_str(), GacSdk::kInitializeArgument1,
                                                      GacSdk::kInitializeArgument2);
         if (isSuccess(code)) {

@@ -135,7 +135,7 @@ private:
     std::string sdkError(int code);
     void logSdkError(int code);
 
-    GacSdkLibrary m_sdk;
+    const GacSdkLibrary& m_sdk;
     GacSdk::Api m_api;
     GacListenerHub m_listeners;
 
