@@ -4,6 +4,7 @@
 #include "CommandLineRoot.h"
 #include "DefaultWindowGeometry.h"
 #include "FileManagerReveal.h"
+#include "FitWindowGeometry.h"
 #include "GacManager.h"
 #include "MenuBar.h"
 #include "SortSettingsApplication.h"
@@ -35,17 +36,18 @@
 #include <QShortcut>
 #include <QSplitter>
 #include <QStatusBar>
+#include <QStyle>
 #include <QTimer>
 #include <QToolBar>
 #include <QUrl>
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <cstdio>
 
 namespace {
 
 constexpr int kRowHeightStep = 2;
-constexpr int kMinRowHeight = 10;
 // Room for the folder tree beside a table that shows all its columns.
 constexpr int kComfortableTreeWidth = 260;
 constexpr int kNarrowestTreeWidth = 200;
@@ -148,6 +150,8 @@ MainWindow::MainWindow(QWidget* parent)
     widgetPlayer->ConnectManager(manager);
     connect(widgetTableBrowser, &WidgetTableBrowser::SigOpenByNuendoCalled, gacManager,
             &GacManager::OpenByNuendo);
+    connect(gacManager, &GacManager::SigOpenByNuendoFinished, this,
+            [this](bool, const QString& message) { SlotSetStatusMessage(message); });
 
     searchShortcut = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_F), this);
     searchShortcut->setContext(Qt::WindowShortcut);
@@ -292,7 +296,46 @@ void MainWindow::SlotShowDialog(QString title, QString msg)
 void MainWindow::SlotSetMainWindowGeometry(int left, int top, int wid, int hgt)
 {
     geometryRestored = true;
-    setGeometry(left, top, wid, hgt);
+    // The stored rectangle may come from another set of screens, or from a
+    // damaged file: the window never comes up larger than a screen or off it.
+    // The rectangle is the window's inside; the frame comes around it. Before
+    // the first show the frame is not known, so room for a title bar and a
+    // thin border is kept.
+    QMargins frame(geometry().left() - frameGeometry().left(),
+                   geometry().top() - frameGeometry().top(),
+                   frameGeometry().right() - geometry().right(),
+                   frameGeometry().bottom() - geometry().bottom());
+    if (frame.isNull()) {
+        const int border = style()->pixelMetric(QStyle::PM_DefaultFrameWidth) + 2;
+        frame = QMargins(border, style()->pixelMetric(QStyle::PM_TitleBarHeight) + border, border,
+                         border);
+    }
+    QList<QRect> screens;
+    for (const QScreen* screen : QGuiApplication::screens())
+        screens << screen->availableGeometry().marginsRemoved(frame);
+    const QRect fitted = FitWindowGeometry(left, top, wid, hgt, screens);
+    if (fitted.left() != left || fitted.top() != top || fitted.width() != wid ||
+        fitted.height() != hgt)
+        std::fprintf(stderr,
+                     "Tesk: settings: the window rectangle %d,%d %dx%d does not fit the screens; "
+                     "using %d,%d %dx%d\n",
+                     left, top, wid, hgt, fitted.left(), fitted.top(), fitted.width(),
+                     fitted.height());
+    setGeometry(fitted);
+}
+
+void MainWindow::moveEvent(QMoveEvent* event)
+{
+    QMainWindow::moveEvent(event);
+    const QRect g = geometry();
+    manager->SetWindowGeometry(g.left(), g.top(), g.width(), g.height());
+}
+
+void MainWindow::resizeEvent(QResizeEvent* event)
+{
+    QMainWindow::resizeEvent(event);
+    const QRect g = geometry();
+    manager->SetWindowGeometry(g.left(), g.top(), g.width(), g.height());
 }
 
 int MainWindow::PreferredWidth()
@@ -366,7 +409,7 @@ void MainWindow::SlotOpenRootByExplorer()
 
 void MainWindow::SlotRowHeightEnlarge()
 {
-    manager->SetRowHeight(manager->GetRowHeight() + kRowHeightStep);
+    manager->SetRowHeight(qMin(manager->GetRowHeight() + kRowHeightStep, kMaxRowHeight));
 }
 
 void MainWindow::SlotRowHeightShrink()
@@ -502,9 +545,9 @@ void MainWindow::SlotGacToggleConnection()
         gacManager->StartConnecting();
         break;
     case GacManager::WaitingConnection:
-        SlotSetWaitCursor();
+        // Returns at once: an attempt the SDK holds is abandoned.
         gacManager->StopConnecting();
-        SlotRestoreCursor();
+        updateGacMenu();
         break;
     case GacManager::Connected:
         // The program never closes an established connection itself.

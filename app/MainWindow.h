@@ -87,6 +87,10 @@ private slots:
 
 protected:
     void showEvent(QShowEvent* event) override;
+    // Keep the manager's copy of the window rectangle current, so that a save
+    // at any moment has it.
+    void moveEvent(QMoveEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     void setupForm();

@@ -1,22 +1,13 @@
 #pragma once
 
 #include "Bookmark.h"
+#include "SettingsLimits.h"
 
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
 
 class QSettings;
-
-inline constexpr int kTableColumnCount = 15;
-inline constexpr int kAllColumnsVisible = (1 << kTableColumnCount) - 1;
-inline constexpr int kMaxRecentFolders = 10;
-inline constexpr int kDefaultRowHeight = 22;
-inline constexpr double kDefaultMatchTargetLufs = -23.0;
-inline constexpr double kDefaultMatchMaxBoostDb = 12.0;
-inline constexpr int kDefaultDetailViewHeight = 150;
-inline constexpr int kMinDetailViewHeight = 40;
-inline constexpr int kMaxDetailViewHeight = 2000;
 
 // Everything that persists between sessions, with the defaults of a fresh user.
 struct StoredSettings
@@ -46,11 +37,12 @@ struct StoredSettings
     bool fontTableIsFit = true;
     QString fontTableFamily;
     int fontTableSize = -1;
-    // The UCS CatID list (CSV/TSV) that names the categories of UCS file names.
-    QString ucsCatIdListPath;
     BookmarkList bookmarks;
     // Bookmarks of the older layout (paths only), written back unchanged.
     QStringList legacyBookmarkDirs;
+
+    // The UCS CatID list (CSV/TSV) that names the categories of UCS file names.
+    QString ucsCatIdListPath;
     // Preview: level matching, the output device ("" for the system default)
     // and the detail view under the table.
     bool matchLoudnessFlag = false;
@@ -67,25 +59,43 @@ struct StoredSettings
     // table has been shown once.
     QByteArray tableHeaderState;
 
+    // Set when the stored bookmark array could not be trusted (a count that is
+    // not a count, or more bookmarks than kMaxBookmarks): the array is then
+    // left in the file as it is until the user changes the bookmarks.
+    bool bookmarkArrayKept = false;
+    BookmarkList bookmarksAsLoaded;
+
     bool HasValidGeometry() const { return width >= 1 && height >= 1 && left >= 0 && top >= 0; }
+
+    // Compares what would be written to the file.
+    friend bool operator==(const StoredSettings& a, const StoredSettings& b);
+    friend bool operator!=(const StoredSettings& a, const StoredSettings& b) { return !(a == b); }
 };
 
-// The per-user INI file. Only the central manager opens it: once to load at
-// start-up and once to save at shutdown.
+// The per-user INI file. Every key is described once, in a table in the .cpp
+// (name, member, accepted range); loading checks each value against it.
 class SettingsStore final
 {
 public:
     // Reads every key over the values already in `s` (which act as the
-    // defaults), except that a stored "columnState" of 0, a theme out of range
-    // and a loudness target, boost or detail-view height out of range (or not
-    // a number) do not replace the built-in values, and legacy bookmarks whose
-    // folders exist are merged into the bookmark list.
-    static void Load(QSettings& store, StoredSettings& s);
+    // defaults). A value of the wrong type keeps the default, a number out of
+    // range is clamped into it (the theme falls back to System), texts and
+    // lists are held to their limits, and bookmarks are read only as far as
+    // the file really holds them. Returns one line per value that was not
+    // taken as stored, for the caller to report. Keys this program does not
+    // know are never touched, so they survive every save.
+    static QStringList Load(QSettings& store, StoredSettings& s);
     static void Save(QSettings& store, const StoredSettings& s);
 
     // Opens the INI file of organisation "Orvane Works", application "Tesk".
-    static void Load(StoredSettings& s);
+    // QSettings writes it through a temporary file and a rename, so the file
+    // on disk is always either the previous or the new one.
+    static QStringList Load(StoredSettings& s);
     static void Save(const StoredSettings& s);
+
+    // Removes lock files that a killed writer left empty, which would make
+    // every save of this session wait half a minute. Done by Load.
+    static void RemoveAbandonedLocks(const QString& iniPath);
 
     // Moves `path` to the front of the recent folders, dropping duplicates and
     // keeping at most ten entries.

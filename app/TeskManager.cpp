@@ -10,9 +10,11 @@
 #include "SubThreadGetList.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFileInfo>
 
 #include <algorithm>
+#include <cstdio>
 
 namespace {
 
@@ -20,6 +22,7 @@ constexpr int kPlaylistTickMs = 200;
 constexpr int kStatusTickMs = 50;
 // The output device is looked at twice a second.
 constexpr int kDeviceCheckTicks = 10;
+constexpr int kSaveTickMs = 1000;
 
 } // namespace
 
@@ -49,6 +52,10 @@ TeskManager::TeskManager(QObject* parent)
     timerStatus.setInterval(kStatusTickMs);
     connect(&timerStatus, &QTimer::timeout, this, &TeskManager::SlotTimerUpdateStatusTick);
     timerStatus.start();
+    timerSave.setInterval(kSaveTickMs);
+    connect(&timerSave, &QTimer::timeout, this, &TeskManager::SlotTimerSaveTick);
+    connect(&rootWatcher, &QFileSystemWatcher::directoryChanged, this,
+            &TeskManager::SlotRootFolderChanged);
 
     connect(threadGetDetail, &SubThreadGetDetail::SigAnalyzedInfoAcquired, this,
             &TeskManager::SlotAnalyzedInfoAcquired, Qt::BlockingQueuedConnection);
@@ -66,6 +73,7 @@ TeskManager::~TeskManager()
 {
     timerPlaylist.stop();
     timerStatus.stop();
+    timerSave.stop();
     // A worker may sit in a blocking-queued emit that this thread will never
     // deliver now: cut the connections, ask both to stop, and drop the calls
     // already posted, which releases the waiting worker.
@@ -88,7 +96,9 @@ void TeskManager::ApplyStoredSettings()
     // Fonts default to the application's start-up font.
     s.fontTreeFamily = s.fontTableFamily = fontSettings.GetDefaultFamily();
     s.fontTreeSize = s.fontTableSize = fontSettings.GetDefaultPointSize();
-    SettingsStore::Load(s);
+    const QStringList problems = SettingsStore::Load(s);
+    for (const QString& problem : problems)
+        std::fprintf(stderr, "Tesk: settings: %s\n", qUtf8Printable(problem));
     // Older sessions stored whatever spelling was typed ("x/", "./x").
     s.rootPath = NormalizedRootPath(s.rootPath);
     for (QString& folder : s.recentDirs)
@@ -122,29 +132,68 @@ void TeskManager::ApplyStoredSettings()
     emit SigTableHeaderStateLoaded(s.tableHeaderState);
     RestartAcquisition();
     emit SigColumnVisibleLoaded(s.columnState);
+    lastSavedSettings = lastSeenSettings = CurrentSettings();
+    timerSave.start();
+}
+
+StoredSettings TeskManager::CurrentSettings() const
+{
+    StoredSettings now = s;
+    now.fontTreeFamily = fontSettings.GetFamily(FontSettings::Tree);
+    now.fontTreeSize = fontSettings.GetPointSize(FontSettings::Tree);
+    now.fontTableIsFit = fontSettings.IsFitToCell();
+    now.fontTableFamily = fontSettings.GetFamily(FontSettings::Table);
+    now.fontTableSize = fontSettings.GetPointSize(FontSettings::Table);
+    return now;
+}
+
+void TeskManager::SetWindowGeometry(int left, int top, int width, int height)
+{
+    s.left = left;
+    s.top = top;
+    s.width = width;
+    s.height = height;
+}
+
+void TeskManager::SlotTimerSaveTick()
+{
+    const StoredSettings now = CurrentSettings();
+    // Written once a change has settled, so that a window being dragged or a
+    // key held down does not write the file on every tick.
+    if (now != lastSavedSettings && now == lastSeenSettings) {
+        saver.Post(now);
+        lastSavedSettings = now;
+    }
+    lastSeenSettings = now;
+}
+
+void TeskManager::SaveSettingsNow()
+{
+    lastSavedSettings = lastSeenSettings = CurrentSettings();
+    saver.Post(lastSavedSettings);
+    saver.Flush();
 }
 
 void TeskManager::SaveSettings(int left, int top, int width, int height)
 {
     emit SigSetStatusMessage(tr("Saving Settings..."));
-    s.left = left;
-    s.top = top;
-    s.width = width;
-    s.height = height;
-    s.fontTreeFamily = fontSettings.GetFamily(FontSettings::Tree);
-    s.fontTreeSize = fontSettings.GetPointSize(FontSettings::Tree);
-    s.fontTableIsFit = fontSettings.IsFitToCell();
-    s.fontTableFamily = fontSettings.GetFamily(FontSettings::Table);
-    s.fontTableSize = fontSettings.GetPointSize(FontSettings::Table);
-    SettingsStore::Save(s);
+    timerSave.stop();
+    SetWindowGeometry(left, top, width, height);
+    SaveSettingsNow();
     timerPlaylist.stop();
     krokManager->Finalize();
 }
 
+void TeskManager::SetGacPort(int port)
+{
+    if (port >= kMinPortNumber && port <= kMaxPortNumber)
+        s.gacPortNumber = port;
+}
+
 void TeskManager::SetRowHeight(int height)
 {
-    s.rowHeight = height;
-    emit SigRowHeightChanged(height);
+    s.rowHeight = qBound(kMinRowHeight, height, kMaxRowHeight);
+    emit SigRowHeightChanged(s.rowHeight);
 }
 
 void TeskManager::SetColorTheme(ColorTheme theme)
@@ -153,6 +202,11 @@ void TeskManager::SetColorTheme(ColorTheme theme)
         return;
     s.colorTheme = theme;
     emit SigChangeColorTheme(theme);
+}
+
+void TeskManager::SetSeekTimeMs(int ms)
+{
+    s.seekTimeMs = qBound(kMinSeekTimeMs, ms, kMaxSeekTimeMs);
 }
 
 void TeskManager::SetExternalTool(const QString& path, const QString& args)
@@ -527,6 +581,38 @@ bool TeskManager::IsListingRoot() const
     return announcingRoot || listCancelPending || detailCancelPending || threadGetList->isRunning();
 }
 
+void TeskManager::WatchRoot()
+{
+    const QStringList watched = rootWatcher.directories();
+    if (!watched.isEmpty())
+        rootWatcher.removePaths(watched);
+    if (!rootMissing && !s.rootPath.isEmpty())
+        rootWatcher.addPath(s.rootPath);
+}
+
+void TeskManager::SlotRootFolderChanged(const QString& path)
+{
+    // Also called for every change inside the folder; only its own end counts.
+    if (QDir::cleanPath(path) == QDir::cleanPath(s.rootPath) && !QFileInfo(s.rootPath).isDir())
+        RestartAcquisition();
+}
+
+void TeskManager::ReportMissingRoot()
+{
+    // The root stays what the user chose: a folder that is gone now (an
+    // unplugged drive, a folder deleted elsewhere) may come back, and nothing
+    // else is silently put in its place.
+    rootMissing = true;
+    listCancelPending = false;
+    detailCancelPending = false;
+    pendingUpdateFiles.clear();
+    if (threadGetList->isRunning())
+        threadGetList->cancel();
+    if (threadGetDetail->isRunning())
+        threadGetDetail->cancel();
+    emit SigSetStatusMessage(tr("Folder not found: %1").arg(QDir::toNativeSeparators(s.rootPath)));
+}
+
 void TeskManager::RestartAcquisition()
 {
     timerPlaylist.stop();
@@ -535,7 +621,11 @@ void TeskManager::RestartAcquisition()
     emit SigCurrentDirBookmarkChanged(IsRootBookmarked());
     announcingRoot = false;
 
-    if (s.rootPath.isEmpty() || !QFileInfo(s.rootPath).isDir()) {
+    rootMissing = !s.rootPath.isEmpty() && !QFileInfo(s.rootPath).isDir();
+    WatchRoot();
+    if (rootMissing)
+        ReportMissingRoot();
+    if (s.rootPath.isEmpty() || rootMissing) {
         emit SigProgressEnded();
         return;
     }
@@ -557,6 +647,9 @@ void TeskManager::RestartAcquisition()
 
 void TeskManager::SlotFileListAcquired(QList<QString> fileList)
 {
+    // A list walked while the root went away.
+    if (rootMissing)
+        return;
     totalFileCount = fileList.size();
     emit SigSetStatusMessage(
         tr("Completed file list acquisition. System is registering files to Analysis Library..."));
@@ -583,7 +676,7 @@ void TeskManager::SlotFileListAcquired(QList<QString> fileList)
 
 void TeskManager::SlotAnalyzedInfoAcquired(int i_from, int i_to)
 {
-    if (listCancelPending || detailCancelPending)
+    if (listCancelPending || detailCancelPending || rootMissing)
         return;
     emit SigAnalyzedInfoAcquired(i_from, i_to);
     emit SigProgressChanged(i_to + 1, progressTotal);
@@ -595,7 +688,8 @@ void TeskManager::SlotAnalyzedInfoAcquired(int i_from, int i_to)
 
 void TeskManager::SlotEndGetDetailInfo()
 {
-    emit SigSetStatusMessage(tr("Completed acquiring analyzed data"));
+    if (!rootMissing)
+        emit SigSetStatusMessage(tr("Completed acquiring analyzed data"));
     emit SigProgressEnded();
     emit SigEndGetDetailInfo();
     emit SigSearchExecute(searchCriteria);

@@ -3,8 +3,10 @@
 #include "Bookmark.h"
 #include "FontSettings.h"
 #include "SearchCriteriaStruct.h"
+#include "SettingsSaver.h"
 #include "SettingsStore.h"
 
+#include <QFileSystemWatcher>
 #include <QList>
 #include <QObject>
 #include <QString>
@@ -37,12 +39,21 @@ public:
     explicit TeskManager(QObject* parent = nullptr);
     ~TeskManager() override;
 
-    // Loads the settings store, announces every stored value and starts the
-    // first acquisition. Called once by the main window after wiring.
+    // Loads the settings store, reports on stderr what it could not take as
+    // stored, announces every stored value and starts the first acquisition.
+    // Called once by the main window after wiring. From then on every change
+    // is written about a second after it settles.
     void ApplyStoredSettings();
     // Saves every setting with the given window geometry, then stops the
     // playlist timer and finalises the registry.
     void SaveSettings(int left, int top, int width, int height);
+    // Writes the settings as they are now and returns once they are on disk:
+    // for a termination signal or the end of the desktop session.
+    void SaveSettingsNow();
+    // The window's rectangle as it is now, saved with the rest.
+    void SetWindowGeometry(int left, int top, int width, int height);
+    // What would be written to the file now.
+    StoredSettings CurrentSettings() const;
 
     QString GetVersion() const { return QStringLiteral("1.28.00"); }
     QString GetRootPath() const { return s.rootPath; }
@@ -101,13 +112,14 @@ public:
     void SetRowHeight(int height);
     void SetColorTheme(ColorTheme theme);
     void SetGacAddress(const QString& address) { s.gacAddress = address; }
-    void SetGacPort(int port) { s.gacPortNumber = port; }
+    // A port outside 1 to 65535 is refused.
+    void SetGacPort(int port);
     void SetExternalTool(const QString& path, const QString& args);
-    void SetSeekTimeMs(int ms) { s.seekTimeMs = ms; }
     // Announces a changed path through SigUcsCatIdListChanged.
     void SetUcsCatIdListPath(const QString& path);
     // Kept for the next save; the table hands its header over before saving.
     void SetTableHeaderState(const QByteArray& state) { s.tableHeaderState = state; }
+    void SetSeekTimeMs(int ms);
     // Moves the playing file one seek step forward or backward.
     void SeekPlayback(bool backward);
 
@@ -195,6 +207,8 @@ public slots:
     void SlotPlayFromCalled(QString path, int startMs);
     // Plays frames [startFrame, endFrame) of the file once (a region in the detail view).
     void SlotPlayRegionCalled(QString path, qint64 startFrame, qint64 endFrame);
+    void SlotTimerSaveTick();
+    void SlotRootFolderChanged(const QString& path);
 
 private:
     void RestartAcquisition();
@@ -204,6 +218,9 @@ private:
     // Sets the loudness-match gain for the file about to start and announces it.
     void PreparePreview(const QString& path);
     void CheckOutputDevice();
+    // Leaves the root as it is, empties the table and says so; no worker is left running.
+    void ReportMissingRoot();
+    void WatchRoot();
 
     // The persisted state, with the built-in defaults until the store is read.
     StoredSettings s;
@@ -213,6 +230,15 @@ private:
     QString lastPlayingPath;
     QTimer timerPlaylist;
     QTimer timerStatus;
+    // Compares the settings with what was last written; a change is written
+    // once it has stayed the same for one tick.
+    QTimer timerSave;
+    StoredSettings lastSavedSettings;
+    StoredSettings lastSeenSettings;
+    SettingsSaver saver;
+    // Tells when the root folder itself goes away.
+    QFileSystemWatcher rootWatcher;
+    bool rootMissing = false;
     KrokManager* krokManager = nullptr;
     LumoManager* lumo = nullptr; // owned by the registry
     int deviceCheckTicks = 0;

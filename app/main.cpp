@@ -1,9 +1,11 @@
 #include "MainWindow.h"
+#include "TerminationSignals.h"
 
 #include <QApplication>
 #include <QFont>
 #include <QLocale>
 #include <QOperatingSystemVersion>
+#include <QSessionManager>
 #include <QTranslator>
 
 namespace {
@@ -60,6 +62,17 @@ int main(int argc, char* argv[])
     int exitCode = 0;
     {
         MainWindow window;
+        TeskManager* manager = window.GetManager();
+        // Shutdown, logout or Ctrl+C: the settings are written before anything
+        // else, then the program quits as if the window had been closed.
+        TerminationSignals termination;
+        QObject::connect(&termination, &TerminationSignals::SigTerminationRequested, manager,
+                         [manager] {
+                             manager->SaveSettingsNow();
+                             QApplication::quit();
+                         });
+        QObject::connect(&app, &QGuiApplication::commitDataRequest, manager,
+                         [manager](QSessionManager&) { manager->SaveSettingsNow(); });
         window.show();
         exitCode = QApplication::exec();
     }

@@ -2,40 +2,24 @@
 
 #include "ConnectingThread.h"
 #include "GacSdkRecords.h"
-#include "VexGacListener.h"
 
-#include <QDir>
-#include <QThread>
-
-#include <algorithm>
-#include <cstring>
+#include <chrono>
+#include <future>
+#include <thread>
 
 namespace Vexmw {
 
 namespace {
 
-constexpr bool isSuccess(int code)
-{
-    return code == GacSdk::kResultSuccess;
-}
-
-constexpr bool isOpenSuccess(int code)
-{
-    return code == GacSdk::kResultSuccess || code == GacSdk::kResultOpenAlsoAccepted;
-}
-
-std::string defaultDropPath()
-{
-    return QDir::toNativeSeparators(QDir::temp().filePath(QStringLiteral("Tesk GAC Drop")))
-        .toStdString();
-}
+// How long quitting waits for the SDK's own shutdown.
+constexpr std::chrono::milliseconds kShutdownWait(50);
 
 } // namespace
 
-ConnectionControlImpl::ConnectionControlImpl(VexGacListener* listener, QStringList sdkCandidates)
-    : m_sdk(std::move(sdkCandidates))
-    , m_dropPath(defaultDropPath())
-    , m_thread(std::make_unique<ConnectingThread>(*this))
+ConnectionControlImpl::ConnectionControlImpl(VexGacListener* listener, QStringList sdkCandidates,
+                                             int retryIntervalMs)
+    : m_link(std::make_shared<GacLink>(std::move(sdkCandidates)))
+    , m_thread(std::make_unique<ConnectingThread>(m_link, retryIntervalMs))
 {
     addListener(listener);
     log("[API] Vex GAC constructor()");
@@ -44,178 +28,95 @@ ConnectionControlImpl::ConnectionControlImpl(VexGacListener* listener, QStringLi
 ConnectionControlImpl::~ConnectionControlImpl()
 {
     log("[API] Vex GAC destructor()");
-    m_shuttingDown = true;
-    stopThreadQuietly();
+    m_thread.reset();
+    m_link->closeCallbacks();
     deinitialize();
+    m_link->listeners().detach();
 }
 
 void ConnectionControlImpl::addListener(VexGacListener* listener)
 {
-    std::lock_guard<std::mutex> lock(m_listenerMutex);
-    if (listener &&
-        std::find(m_listeners.begin(), m_listeners.end(), listener) == m_listeners.end())
-        m_listeners.push_back(listener);
+    m_link->listeners().add(listener);
 }
 
 void ConnectionControlImpl::removeListener(VexGacListener* listener)
 {
-    std::lock_guard<std::mutex> lock(m_listenerMutex);
-    m_listeners.erase(std::remove(m_listeners.begin(), m_listeners.end(), listener),
-                      m_listeners.end());
-}
-
-void ConnectionControlImpl::log(const std::string& line)
-{
-    std::vector<VexGacListener*> listeners;
-    {
-        std::lock_guard<std::mutex> lock(m_listenerMutex);
-        listeners = m_listeners;
-    }
-    for (VexGacListener* l : listeners)
-        l->onGacLog(line);
-}
-
-void ConnectionControlImpl::notify(const std::shared_ptr<const VexGacMessageBase>& message)
-{
-    std::vector<VexGacListener*> listeners;
-    {
-        std::lock_guard<std::mutex> lock(m_listenerMutex);
-        listeners = m_listeners;
-    }
-    for (VexGacListener* l : listeners)
-        l->onGacMessage(message);
-}
-
-void ConnectionControlImpl::logSdkError(int code)
-{
-    char buffer[GacSdk::kTextSize] = {};
-    m_sdk.api().gacGetErrorMessage(code, buffer);
-    std::string text = fromBuffer(buffer);
-    if (text.empty())
-        text = "GAC error " + std::to_string(code);
-    log("[Warning] " + text);
+    m_link->listeners().remove(listener);
 }
 
 bool ConnectionControlImpl::initialize()
 {
     log("[API] Vex GAC initialize()");
-    if (m_initialized) {
+    if (m_link->isInitialized()) {
         log("[Info] GAC status: initialized");
         return true;
     }
-    const std::string name = engineName();
-    std::string why;
-    if (!m_sdk.load(&why)) {
-        log("[Warning] " + why);
-    } else {
-        const GacSdk::Api& api = m_sdk.api();
-        const int code = api.gacInternalInitialize(name.c_str(), GacSdk::kInitializeArgument1,
-                                                   GacSdk::kInitializeArgument2);
-        if (isSuccess(code)) {
-            api.gacEnableCallbackExecutionInBackground();
-            m_initialized = true;
-            log("[Info] GAC status: initialized");
-        } else {
-            logSdkError(code);
-        }
-    }
-    log("[Info] GAC engine name: " + name);
-    if (m_initialized)
-        registerCallbacks();
-    return m_initialized;
+    return m_link->initialize();
 }
 
-void ConnectionControlImpl::deinitialize()
+bool ConnectionControlImpl::deinitialize()
 {
     log("[API] Vex GAC deinitialize()");
-    if (!m_initialized)
-        return;
-    // Callbacks stop once the SDK has shut down.
-    m_sdk.api().gacDeinitialize();
-    m_initialized = false;
-    m_connected = false;
+    if (!m_link->isInitialized())
+        return true;
+    auto done = std::make_shared<std::promise<void>>();
+    std::future<void> finished = done->get_future();
+    std::thread([link = m_link, done]() mutable {
+        link->shutDownSdk();
+        // Let go first, so that a prompt shutdown leaves the client's end to its owner.
+        link.reset();
+        done->set_value();
+    }).detach();
+    if (finished.wait_for(kShutdownWait) == std::future_status::ready)
+        return true;
+    log("[Warning] The SDK has not shut down yet; it is left to finish by itself.");
+    return false;
 }
 
 bool ConnectionControlImpl::registerCallbacks()
 {
-    log("[API] Vex GAC registerCallbacks()");
-    if (!m_initialized)
-        return false;
-    const GacSdk::Api& api = m_sdk.api();
-    bool ok = true;
-    for (int kind : {GacSdk::NewAssetExported, GacSdk::AssetTransferred, GacSdk::ServerDisconnected,
-                     GacSdk::SegmentTransferred, GacSdk::TransferProgress}) {
-        const int code = api.gacRegisterCallback(kind, &ConnectionControlImpl::onSdkCallback, this);
-        if (!isSuccess(code)) {
-            logSdkError(code);
-            ok = false;
-        }
-    }
-    const int code =
-        api.gacRegisterPathTranslateCallback(&ConnectionControlImpl::onPathTranslate, this);
-    if (!isSuccess(code)) {
-        logSdkError(code);
-        ok = false;
-    }
-    return ok;
+    return m_link->registerCallbacks();
 }
 
 void ConnectionControlImpl::setGacEngineName(const std::string& name)
 {
     log("[API] Vex GAC setGacEngineName()");
-    std::lock_guard<std::mutex> lock(m_settingsMutex);
-    m_engineName = name;
+    m_link->setEngineName(name);
 }
 
 void ConnectionControlImpl::setServerIpAddress(const std::string& address)
 {
     log("[API] Vex GAC setServerIpAddress()");
-    std::lock_guard<std::mutex> lock(m_settingsMutex);
-    m_address = address;
+    m_link->setAddress(address);
 }
 
-void ConnectionControlImpl::setServerPort(int port)
+bool ConnectionControlImpl::setServerPort(int port)
 {
     log("[API] Vex GAC setServerPort()");
-    std::lock_guard<std::mutex> lock(m_settingsMutex);
-    m_port = port;
+    if (m_link->setPort(port))
+        return true;
+    log("[Warning] Port " + std::to_string(port) + " is outside 1 to 65535; port " +
+        std::to_string(m_link->port()) + " is kept.");
+    return false;
 }
 
 bool ConnectionControlImpl::setClientDropPath(const std::string& path)
 {
     log("[API] Vex GAC setClientDropPath()");
-    {
-        std::lock_guard<std::mutex> lock(m_settingsMutex);
-        m_dropPath = path;
-    }
-    if (!m_initialized)
-        return false;
-    const int code = m_sdk.api().gacSetClientDropPath(path.c_str());
-    if (!isSuccess(code)) {
-        logSdkError(code);
-        return false;
-    }
-    return true;
+    m_link->setDropPath(path);
+    return m_link->setClientDropPath(path);
 }
 
 void ConnectionControlImpl::setAssetSearchPath(const std::string& path)
 {
     log("[API] Vex GAC setAssetSearchPath()");
-    std::lock_guard<std::mutex> lock(m_settingsMutex);
-    m_assetSearchPath = path;
+    m_link->setAssetSearchPath(path);
 }
 
 bool ConnectionControlImpl::setAssetUpdate(const AssetUpdateMessage& message)
 {
     log("[API] Vex GAC setAssetUpdate()");
-    if (!m_initialized || !m_connected)
-        return false;
-    const int code = m_sdk.api().gacSetAssetUpdate(message.displayValue.c_str());
-    if (!isSuccess(code)) {
-        logSdkError(code);
-        return false;
-    }
-    return true;
+    return m_link->setAssetUpdate(message);
 }
 
 bool ConnectionControlImpl::setSegmentUpdate(const SegmentUpdateMessage& /*message*/)
@@ -225,155 +126,49 @@ bool ConnectionControlImpl::setSegmentUpdate(const SegmentUpdateMessage& /*messa
     return false;
 }
 
-std::string ConnectionControlImpl::engineName() const
-{
-    std::lock_guard<std::mutex> lock(m_settingsMutex);
-    return m_engineName;
-}
-
-std::string ConnectionControlImpl::serverIpAddress() const
-{
-    std::lock_guard<std::mutex> lock(m_settingsMutex);
-    return m_address;
-}
-
-int ConnectionControlImpl::serverPort() const
-{
-    std::lock_guard<std::mutex> lock(m_settingsMutex);
-    return m_port;
-}
-
-std::string ConnectionControlImpl::clientDropPath() const
-{
-    std::lock_guard<std::mutex> lock(m_settingsMutex);
-    return m_dropPath;
-}
-
-std::string ConnectionControlImpl::assetSearchPath() const
-{
-    std::lock_guard<std::mutex> lock(m_settingsMutex);
-    return m_assetSearchPath;
-}
-
-bool ConnectionControlImpl::isConnectionThreadRunning() const
-{
-    return m_thread->isRunning();
-}
-
 void ConnectionControlImpl::startConnectionThread()
 {
     log("[API] Vex GAC startConnectionThread()");
-    // A disconnect reported on the connection thread itself, mid-attempt: that
-    // thread keeps trying on its own.
-    if (m_shuttingDown || QThread::currentThread() == m_thread.get())
-        return;
-    std::lock_guard<std::mutex> lock(m_threadMutex);
-    if (m_thread->isRunning()) {
-        if (!m_thread->stopRequested())
-            return;
-        m_thread->wait();
-    }
     m_thread->begin();
 }
 
-void ConnectionControlImpl::stopConnectionThread()
+bool ConnectionControlImpl::stopConnectionThread()
 {
     log("[API] Vex GAC stopConnectionThread()");
-    stopThreadQuietly();
-}
-
-void ConnectionControlImpl::stopThreadQuietly()
-{
-    if (QThread::currentThread() == m_thread.get())
-        return;
-    std::lock_guard<std::mutex> lock(m_threadMutex);
-    m_thread->stop();
-    m_thread->wait();
+    return m_thread->stop();
 }
 
 ConnectionControlImpl::AttemptOutcome ConnectionControlImpl::tryConnect()
 {
-    log("[API] Vex GAC tryConnect()");
-    if (!m_initialized) {
-        log("[Warning] Vex GAC is necessary to initialize before start the connection process.");
-        return AttemptOutcome::Impossible;
-    }
-    const std::string address = serverIpAddress();
-    const int port = serverPort();
-    log("[Info] Try connection:  IP Address: " + address + " Port: " + std::to_string(port));
-
-    const GacSdk::Api& api = m_sdk.api();
-    const int portCode = api.gacSetServerPort(port);
-    if (!isOpenSuccess(portCode))
-        logSdkError(portCode);
-
-    const int code = api.gacConnectToServer(address.c_str());
-    if (!isSuccess(code)) {
-        log("[Info] GAC connection status: failure");
-        return AttemptOutcome::Failed;
-    }
-    log("[Info] GAC connection status: success");
-    getServerVersion();
-    const std::string dropPath = clientDropPath();
-    QDir().mkpath(QString::fromStdString(dropPath));
-    const int dropCode = api.gacSetClientDropPath(dropPath.c_str());
-    if (!isSuccess(dropCode))
-        logSdkError(dropCode);
-    log("[Info] Set drop path: " + dropPath);
-    m_connected = true;
-    return AttemptOutcome::Connected;
+    return m_link->attempt(GacLink::kDirectAttempt);
 }
 
 std::string ConnectionControlImpl::getServerVersion()
 {
-    log("[API] Vex GAC getServerVersion()");
-    if (!m_initialized)
-        return {};
-    char buffer[GacSdk::kTextSize] = {};
-    const int code = m_sdk.api().gacGetServerVersion(buffer);
-    if (!isSuccess(code)) {
-        logSdkError(code);
-        return {};
-    }
-    const std::string version = fromBuffer(buffer);
-    log("[Info] GAC server version: " + version);
-    return version;
+    return m_link->serverVersion();
 }
 
-bool ConnectionControlImpl::openNuendoProject(const OpenNuendoMessage& message)
+bool ConnectionControlImpl::openNuendoProject(const OpenNuendoMessage& message, std::string* error)
 {
     log("[API] Vex GAC openNuendoProject()");
-    if (message.assetFilePath.empty() || !m_initialized || !m_connected)
-        return false;
-    const GacSdk::Api& api = m_sdk.api();
-    // About 4 KB; kept off the stack of whichever thread calls.
-    auto asset = std::make_unique<GacAsset>();
-    std::memset(asset.get(), 0, sizeof(GacAsset));
-    int code = api.gacReadMetaData(message.assetFilePath.c_str(), asset.get());
-    if (!isOpenSuccess(code)) {
-        logSdkError(code);
-        return false;
-    }
-    code = api.gacOpenNuendoProject(asset.get());
-    if (!isOpenSuccess(code)) {
-        logSdkError(code);
-        return false;
-    }
-    return true;
+    return m_link->openNuendoProject(message, error);
+}
+
+void ConnectionControlImpl::openNuendoProjectAsync(
+    const OpenNuendoMessage& message, std::function<void(bool ok, const std::string& error)> done)
+{
+    log("[API] Vex GAC openNuendoProject()");
+    std::thread([link = m_link, message, done = std::move(done)] {
+        std::string error;
+        const bool ok = link->openNuendoProject(message, &error);
+        done(ok, error);
+    }).detach();
 }
 
 bool ConnectionControlImpl::createNuendoProject(const CreateNuendoMessage& message)
 {
     log("[API] Vex GAC createNuendoProject()");
-    if (!m_initialized || !m_connected)
-        return false;
-    const SdkSegment segment(message.assetSegmentData);
-    const int code = m_sdk.api().gacOpenNewNuendoProject(&segment.segment);
-    if (!isOpenSuccess(code)) {
-        logSdkError(code);
-        return false;
-    }
-    return true;
+    return m_link->createNuendoProject(message);
 }
 
 bool ConnectionControlImpl::sendMessage(const VexGacMessageBase& message)
@@ -388,114 +183,6 @@ bool ConnectionControlImpl::sendMessage(const VexGacMessageBase& message)
         return setSegmentUpdate(*m);
     log("[Info] Unsupported message");
     return false;
-}
-
-void ConnectionControlImpl::onSdkCallback(int kind, const void* data, void* userData)
-{
-    if (userData)
-        static_cast<ConnectionControlImpl*>(userData)->handleCallback(kind, data);
-}
-
-int ConnectionControlImpl::onPathTranslate(const char* path, char* translated, int size,
-                                           void* userData)
-{
-    if (userData)
-        static_cast<ConnectionControlImpl*>(userData)->log("[Callback] PathTranslate");
-    // Paths are shared as they are; the server and we see the same files.
-    if (!path || !translated || size <= 0)
-        return GacSdk::kResultRefused;
-    const size_t length = std::strlen(path);
-    if (length >= static_cast<size_t>(size))
-        return GacSdk::kResultRefused;
-    std::memcpy(translated, path, length + 1);
-    return GacSdk::kResultSuccess;
-}
-
-void ConnectionControlImpl::logAssets(const std::vector<AssetData>& assets)
-{
-    for (const AssetData& a : assets)
-        log("[Info] Asset: " + a.filePath);
-}
-
-void ConnectionControlImpl::handleCallback(int kind, const void* data)
-{
-    switch (kind) {
-    case GacSdk::NewAssetExported: {
-        log("[Callback] NewAssetExported");
-        auto message = std::make_shared<AssetExportedMessage>();
-        const GacSdk::Api& api = m_sdk.api();
-        int count = 0;
-        int code = api.gacGetExportedAssets(nullptr, 0, &count);
-        if (isSuccess(code) && count > 0) {
-            std::vector<GacAsset> assets(static_cast<size_t>(count));
-            int written = 0;
-            code = api.gacGetExportedAssets(assets.data(), count, &written);
-            for (int i = 0; isSuccess(code) && i < std::min(written, count); ++i)
-                message->assetFiles.push_back(assetFromSdk(assets[static_cast<size_t>(i)]));
-        }
-        if (!isSuccess(code))
-            logSdkError(code);
-        logAssets(message->assetFiles);
-        notify(message);
-        break;
-    }
-    case GacSdk::AssetTransferred: {
-        log("[Callback] AssetTransferred");
-        auto message = std::make_shared<AssetTransferredMessage>();
-        if (const auto* list = static_cast<const GacAssetList*>(data)) {
-            for (int i = 0; list->assets && i < list->count; ++i)
-                message->assetFiles.push_back(assetFromSdk(list->assets[i]));
-        }
-        logAssets(message->assetFiles);
-        notify(message);
-        break;
-    }
-    case GacSdk::SegmentTransferred: {
-        log("[Callback] SegmentTransferred");
-        auto message = std::make_shared<SegmentTransferredMessage>();
-        if (const auto* segment = static_cast<const GacSegment*>(data))
-            message->assetSegmentData = segmentFromSdk(*segment);
-        const SegmentData& s = message->assetSegmentData;
-        log("[Info] Segment: tracks " + std::to_string(s.tracks.size()) + ", markers " +
-            std::to_string(s.markers.size()));
-        for (const TrackData& t : s.tracks)
-            log("[Info] Segment: track " + t.name + ", events " + std::to_string(t.events.size()));
-        notify(message);
-        break;
-    }
-    case GacSdk::TransferProgress: {
-        log("[Callback] TransferProgress");
-        const double fraction = data ? *static_cast<const double*>(data) : 0.0;
-        std::vector<VexGacListener*> listeners;
-        {
-            std::lock_guard<std::mutex> lock(m_listenerMutex);
-            listeners = m_listeners;
-        }
-        for (VexGacListener* l : listeners)
-            l->onGacTransferProgress(fraction);
-        break;
-    }
-    case GacSdk::ServerDisconnected:
-        handleServerDisconnected();
-        break;
-    default:
-        log("[Info] Unsupported message");
-        break;
-    }
-}
-
-void ConnectionControlImpl::handleServerDisconnected()
-{
-    log("[Callback] Vex GAC onServerDisconnected()");
-    m_connected = false;
-    std::vector<VexGacListener*> listeners;
-    {
-        std::lock_guard<std::mutex> lock(m_listenerMutex);
-        listeners = m_listeners;
-    }
-    for (VexGacListener* l : listeners)
-        l->onGacServerDisconnected();
-    startConnectionThread();
 }
 
 } // namespace Vexmw

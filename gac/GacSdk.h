@@ -25,8 +25,22 @@ inline constexpr int kInitializeArgument1 = 2;
 inline constexpr int kInitializeArgument2 = 1;
 
 // Size of every text buffer the SDK writes into (error messages, version,
-// asset paths), terminating zero included.
+// asset paths), terminating zero included. A path that does not fit is never
+// cut: the request is refused.
 inline constexpr int kTextSize = 1024;
+
+// The most records of a kind taken from one answer of the SDK. Counts come
+// from the other side of a network; anything larger is damage, and nothing is
+// allocated or read past these.
+inline constexpr int kMaxAssets = 1024;
+inline constexpr int kMaxTracks = 256;
+inline constexpr int kMaxEvents = 16384; // over all tracks of a segment
+inline constexpr int kMaxMarkers = 4096;
+// Track names arrive as plain C strings.
+inline constexpr int kMaxNameLength = 4096;
+
+inline constexpr int kMinPort = 1;
+inline constexpr int kMaxPort = 65535;
 
 enum CallbackKind : int
 {

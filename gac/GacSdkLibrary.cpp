@@ -4,11 +4,28 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <map>
+#include <mutex>
+
 namespace Vexmw {
 
 GacSdkLibrary::GacSdkLibrary(QStringList candidates)
-    : m_candidates(candidates.isEmpty() ? defaultCandidates() : std::move(candidates))
+    : m_candidates(std::move(candidates))
 {}
+
+const GacSdkLibrary& GacSdkLibrary::shared(const QStringList& candidates)
+{
+    static std::mutex mutex;
+    static auto* libraries = new std::map<QStringList, GacSdkLibrary*>;
+    const QStringList key = candidates.isEmpty() ? defaultCandidates() : candidates;
+    std::lock_guard<std::mutex> lock(mutex);
+    GacSdkLibrary*& library = (*libraries)[key];
+    if (!library) {
+        library = new GacSdkLibrary(key);
+        library->load();
+    }
+    return *library;
+}
 
 QStringList GacSdkLibrary::defaultCandidates()
 {
@@ -20,10 +37,8 @@ QStringList GacSdkLibrary::defaultCandidates()
     return list;
 }
 
-bool GacSdkLibrary::load(std::string* why)
+void GacSdkLibrary::load()
 {
-    if (m_loaded)
-        return true;
     QStringList tried;
     for (const QString& candidate : qAsConst(m_candidates)) {
         QString name = candidate;
@@ -35,10 +50,9 @@ bool GacSdkLibrary::load(std::string* why)
         tried << m_library.errorString();
     }
     if (!m_library.isLoaded()) {
-        if (why)
-            *why = "Game Audio Connect SDK not found: " +
-                   tried.join(QStringLiteral("; ")).toStdString();
-        return false;
+        m_failure =
+            "Game Audio Connect SDK not found: " + tried.join(QStringLiteral("; ")).toStdString();
+        return;
     }
 
     GacSdk::Api api;
@@ -51,14 +65,12 @@ bool GacSdkLibrary::load(std::string* why)
 #undef TESK_GAC_SDK_RESOLVE
 
     if (!missing.isEmpty()) {
-        if (why)
-            *why = "Game Audio Connect SDK " + m_library.fileName().toStdString() +
-                   " lacks: " + missing.join(QStringLiteral(", ")).toStdString();
-        return false;
+        m_failure = "Game Audio Connect SDK " + m_library.fileName().toStdString() +
+                    " lacks: " + missing.join(QStringLiteral(", ")).toStdString();
+        return;
     }
     m_api = api;
     m_loaded = true;
-    return true;
 }
 
 } // namespace Vexmw

@@ -16,24 +16,32 @@ namespace Vexmw {
 class GacSdkLibrary final
 {
 public:
-    explicit GacSdkLibrary(QStringList candidates = {});
     GacSdkLibrary(const GacSdkLibrary&) = delete;
     GacSdkLibrary& operator=(const GacSdkLibrary&) = delete;
 
-    // On failure, *why says what was missing. The library is never unloaded:
-    // the SDK may still own threads when we let go of it.
-    bool load(std::string* why);
+    // The library for these candidates, loaded on first use and kept for the
+    // rest of the process, never unloaded or destroyed: the SDK may still own
+    // threads when its clients are gone, and a handle released after Qt's own
+    // bookkeeping of loaded libraries has ended at exit would be lost.
+    static const GacSdkLibrary& shared(const QStringList& candidates);
+
     bool isLoaded() const { return m_loaded; }
+    // Why it is not loaded.
+    const std::string& failure() const { return m_failure; }
     const GacSdk::Api& api() const { return m_api; }
     QString fileName() const { return m_library.fileName(); }
 
     static QStringList defaultCandidates();
 
 private:
+    explicit GacSdkLibrary(QStringList candidates);
+    void load();
+
     QStringList m_candidates;
     QLibrary m_library;
     GacSdk::Api m_api;
     bool m_loaded = false;
+    std::string m_failure;
 };
 
 } // namespace Vexmw

@@ -10,11 +10,24 @@ std::string fromBuffer(const char* text)
     return text ? std::string(text, strnlen(text, GacSdk::kTextSize)) : std::string();
 }
 
-void toBuffer(char* buffer, const std::string& text)
+bool fitsBuffer(const std::string& text)
 {
-    const size_t n = std::min(text.size(), static_cast<size_t>(GacSdk::kTextSize - 1));
-    std::memcpy(buffer, text.data(), n);
-    buffer[n] = '\0';
+    return text.size() < static_cast<size_t>(GacSdk::kTextSize);
+}
+
+bool toBuffer(char* buffer, const std::string& text)
+{
+    if (!fitsBuffer(text)) {
+        buffer[0] = '\0';
+        return false;
+    }
+    std::memcpy(buffer, text.c_str(), text.size() + 1);
+    return true;
+}
+
+int checkedCount(int count, int limit)
+{
+    return std::clamp(count, 0, limit);
 }
 
 AssetData assetFromSdk(const GacAsset& a)
@@ -29,25 +42,52 @@ AssetData assetFromSdk(const GacAsset& a)
     return out;
 }
 
-void assetToSdk(const AssetData& a, GacAsset* out)
+bool assetToSdk(const AssetData& a, GacAsset* out)
 {
     std::memset(out, 0, sizeof(GacAsset));
-    toBuffer(out->filePath, a.filePath);
-    toBuffer(out->additionalMetaDataFilePath, a.additionalMetaDataFilePath);
-    toBuffer(out->metaData.projectPath, a.metaData.projectPath);
-    toBuffer(out->metaData.repositoryUrl, a.metaData.repositoryUrl);
     out->metaData.startTime = a.metaData.startTime;
     out->metaData.length = a.metaData.length;
+    return toBuffer(out->filePath, a.filePath) &&
+           toBuffer(out->additionalMetaDataFilePath, a.additionalMetaDataFilePath) &&
+           toBuffer(out->metaData.projectPath, a.metaData.projectPath) &&
+           toBuffer(out->metaData.repositoryUrl, a.metaData.repositoryUrl);
+}
+
+std::string overlongText(const AssetData& a)
+{
+    for (const std::string* text : {&a.filePath, &a.additionalMetaDataFilePath,
+                                    &a.metaData.projectPath, &a.metaData.repositoryUrl}) {
+        if (!fitsBuffer(*text))
+            return *text;
+    }
+    return {};
+}
+
+std::string overlongText(const SegmentData& s)
+{
+    for (const TrackData& t : s.tracks) {
+        for (const TrackEvent& e : t.events) {
+            std::string text = overlongText(e.asset);
+            if (!text.empty())
+                return text;
+        }
+    }
+    return {};
 }
 
 SegmentData segmentFromSdk(const GacSegment& s)
 {
     SegmentData out;
-    for (int i = 0; s.tracks && i < s.numberOfTracks; ++i) {
+    const int trackCount = s.tracks ? checkedCount(s.numberOfTracks, GacSdk::kMaxTracks) : 0;
+    int eventBudget = GacSdk::kMaxEvents;
+    for (int i = 0; i < trackCount; ++i) {
         const GacTrack& t = s.tracks[i];
         TrackData track;
-        track.name = t.name ? std::string(t.name) : std::string();
-        for (int e = 0; t.eventData && e < t.numberOfEvents; ++e) {
+        if (t.name)
+            track.name = std::string(t.name, strnlen(t.name, GacSdk::kMaxNameLength));
+        const int eventCount = t.eventData ? checkedCount(t.numberOfEvents, eventBudget) : 0;
+        eventBudget -= eventCount;
+        for (int e = 0; e < eventCount; ++e) {
             TrackEvent event;
             event.asset = assetFromSdk(t.eventData[e]);
             event.startPosition = t.eventStartPositions ? t.eventStartPositions[e] : 0.0;
@@ -57,7 +97,8 @@ SegmentData segmentFromSdk(const GacSegment& s)
         }
         out.tracks.push_back(std::move(track));
     }
-    for (int i = 0; s.markers && i < s.numberOfMarkers; ++i)
+    const int markerCount = s.markers ? checkedCount(s.numberOfMarkers, GacSdk::kMaxMarkers) : 0;
+    for (int i = 0; i < markerCount; ++i)
         out.markers.push_back(
             {s.markers[i].id, s.markers[i].startPosition, s.markers[i].endPosition});
     out.tempo = s.tempo;

@@ -1,6 +1,7 @@
 #include "SubFormFont.h"
 
 #include "FontSettings.h"
+#include "SettingsLimits.h"
 
 #include <QCheckBox>
 #include <QDialogButtonBox>
@@ -20,7 +21,7 @@ QSpinBox* MakeSizeBox(QWidget* parent, const char* name)
 {
     auto* box = new QSpinBox(parent);
     box->setObjectName(QString::fromLatin1(name));
-    box->setRange(1, 200);
+    box->setRange(kMinFontPointSize, kMaxFontPointSize);
     return box;
 }
 

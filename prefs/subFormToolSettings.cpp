@@ -1,5 +1,7 @@
 #include "subFormToolSettings.h"
 
+#include "SettingsLimits.h"
+
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -52,7 +54,7 @@ subFormToolSettings::subFormToolSettings(const QString& toolPath, const QString&
     auto* groupSeek = new QGroupBox(tr("Seek Settings"), this);
     spinSeekTime = new QSpinBox(groupSeek);
     spinSeekTime->setObjectName(QStringLiteral("spinSeekTime"));
-    spinSeekTime->setRange(100, 300000);
+    spinSeekTime->setRange(kMinSeekTimeMs, kMaxSeekTimeMs);
     spinSeekTime->setSingleStep(100);
     spinSeekTime->setAccelerated(true);
     spinSeekTime->setValue(1000);
@@ -67,14 +69,14 @@ subFormToolSettings::subFormToolSettings(const QString& toolPath, const QString&
     checkMatch->setObjectName(QStringLiteral("checkMatch"));
     spinTarget = new QDoubleSpinBox(groupPreview);
     spinTarget->setObjectName(QStringLiteral("spinTarget"));
-    spinTarget->setRange(-60.0, 0.0);
+    spinTarget->setRange(kMinMatchTargetLufs, kMaxMatchTargetLufs);
     spinTarget->setDecimals(1);
     spinTarget->setSingleStep(0.5);
     spinTarget->setSuffix(QStringLiteral(" LUFS"));
     spinTarget->setValue(-23.0);
     spinBoost = new QDoubleSpinBox(groupPreview);
     spinBoost->setObjectName(QStringLiteral("spinBoost"));
-    spinBoost->setRange(0.0, 40.0);
+    spinBoost->setRange(0, kMaxMatchBoostDb);
     spinBoost->setDecimals(1);
     spinBoost->setSingleStep(1.0);
     spinBoost->setSuffix(QStringLiteral(" dB"));

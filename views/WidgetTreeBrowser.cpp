@@ -27,6 +27,15 @@ WidgetTreeBrowser::WidgetTreeBrowser(TeskManager* manager, QWidget* parent)
     model->setRootPath(QString());
     model->setFilter(kFolderFilter);
 
+    // When the current folder disappears (deleted, renamed, unmounted, or
+    // hidden by the filter) the view moves its current item to a neighbour.
+    // That move is not the user's choice and must not change the root, so it
+    // is recognised by the removal around it. Connected before the view's
+    // selection model, whose handler makes the move, so that it runs first.
+    connect(model, &QAbstractItemModel::rowsAboutToBeRemoved, this,
+            [this] { removingRows = true; });
+    connect(model, &QAbstractItemModel::rowsRemoved, this, [this] { removingRows = false; });
+
     view->setModel(model);
     view->setUniformRowHeights(true);
     view->header()->hide();
@@ -114,6 +123,8 @@ void WidgetTreeBrowser::SlotFolderSelected(const QModelIndex& index,
                                            const QModelIndex& previousIndex)
 {
     Q_UNUSED(previousIndex)
+    if (removingRows)
+        return;
     const QString path = model->filePath(index);
     if (!path.isEmpty() && QFileInfo(path).isDir())
         emit SigChangeRootPathCalled(path);

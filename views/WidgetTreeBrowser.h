@@ -48,4 +48,5 @@ private:
     // The root shown in the tree until the user scrolls by hand.
     QString followedPath;
     bool revealing = false;
+    bool removingRows = false;
 };

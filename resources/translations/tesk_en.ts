@@ -2,6 +2,33 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en">
 <context>
+    <name>GacManager</name>
+    <message>
+        <source>Not connected to Nuendo; start the connection from the Nuendo Connection menu first.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The path is too long to send to Nuendo (%1 bytes, at most %2): %3</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Nuendo has not answered the previous request yet.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Nuendo did not answer in time; %1 was not opened.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Opened in Nuendo: %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Nuendo could not open %1: %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>MainWindow</name>
     <message>
         <source>Game Audio Connect</source>
@@ -366,6 +393,10 @@
     </message>
     <message>
         <source>System default</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Folder not found: %1</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

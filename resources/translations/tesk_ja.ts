@@ -2,6 +2,33 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="ja">
 <context>
+    <name>GacManager</name>
+    <message>
+        <source>Not connected to Nuendo; start the connection from the Nuendo Connection menu first.</source>
+        <translation>Nuendo に接続されていません。先に「Nuendo 接続」メニューから接続を開始してください。</translation>
+    </message>
+    <message>
+        <source>The path is too long to send to Nuendo (%1 bytes, at most %2): %3</source>
+        <translation>パスが長すぎるため Nuendo に送信できません（%1 バイト、上限 %2 バイト）: %3</translation>
+    </message>
+    <message>
+        <source>Nuendo has not answered the previous request yet.</source>
+        <translation>Nuendo から前回の要求への応答がまだありません。</translation>
+    </message>
+    <message>
+        <source>Nuendo did not answer in time; %1 was not opened.</source>
+        <translation>Nuendo が時間内に応答しなかったため、%1 は開かれませんでした。</translation>
+    </message>
+    <message>
+        <source>Opened in Nuendo: %1</source>
+        <translation>Nuendo で開きました: %1</translation>
+    </message>
+    <message>
+        <source>Nuendo could not open %1: %2</source>
+        <translation>Nuendo で %1 を開けませんでした: %2</translation>
+    </message>
+</context>
+<context>
     <name>MainWindow</name>
     <message>
         <source>Game Audio Connect</source>
@@ -368,6 +395,10 @@
         <source>System default</source>
         <translation>システムの既定</translation>
     </message>
+    <message>
+        <source>Folder not found: %1</source>
+        <translation>フォルダが見つかりません: %1</translation>
+    </message>
 </context>
 <context>
     <name>UcsCatalog</name>
@@ -425,6 +456,10 @@
     <message>
         <source>Hide detail view</source>
         <translation>詳細ビューを隠す</translation>
+    </message>
+    <message>
+        <source>Folder not found: %1</source>
+        <translation type="vanished">フォルダが見つかりません: %1</translation>
     </message>
 </context>
 <context>

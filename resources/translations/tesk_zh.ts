@@ -2,6 +2,33 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="zh_CN">
 <context>
+    <name>GacManager</name>
+    <message>
+        <source>Not connected to Nuendo; start the connection from the Nuendo Connection menu first.</source>
+        <translation>未连接到 Nuendo，请先从“Nuendo 连接”菜单开始连接。</translation>
+    </message>
+    <message>
+        <source>The path is too long to send to Nuendo (%1 bytes, at most %2): %3</source>
+        <translation>路径过长，无法发送到 Nuendo（%1 字节，最多 %2 字节）: %3</translation>
+    </message>
+    <message>
+        <source>Nuendo has not answered the previous request yet.</source>
+        <translation>Nuendo 尚未响应上一个请求。</translation>
+    </message>
+    <message>
+        <source>Nuendo did not answer in time; %1 was not opened.</source>
+        <translation>Nuendo 未在规定时间内响应，未打开 %1。</translation>
+    </message>
+    <message>
+        <source>Opened in Nuendo: %1</source>
+        <translation>已在 Nuendo 中打开: %1</translation>
+    </message>
+    <message>
+        <source>Nuendo could not open %1: %2</source>
+        <translation>Nuendo 无法打开 %1: %2</translation>
+    </message>
+</context>
+<context>
     <name>MainWindow</name>
     <message>
         <source>Game Audio Connect</source>
@@ -368,6 +395,10 @@
         <source>System default</source>
         <translation>系统默认</translation>
     </message>
+    <message>
+        <source>Folder not found: %1</source>
+        <translation>找不到文件夹: %1</translation>
+    </message>
 </context>
 <context>
     <name>UcsCatalog</name>
@@ -425,6 +456,10 @@
     <message>
         <source>Hide detail view</source>
         <translation>隐藏详细视图</translation>
+    </message>
+    <message>
+        <source>Folder not found: %1</source>
+        <translation type="vanished">找不到文件夹: %1</translation>
     </message>
 </context>
 <context>

@@ -148,11 +148,15 @@ private slots:
         QSignalSpy status(&manager, &TeskManager::SigSetStatusMessage);
         QSignalSpy roots(&manager, &TeskManager::SigRootPathChanged);
         QSignalSpy marks(&manager, &TeskManager::SigCurrentDirBookmarkChanged);
-        manager.SlotChangeRootPathCalled(data.filePath(QStringLiteral("nowhere")));
+        const QString nowhere = data.filePath(QStringLiteral("nowhere"));
+        manager.SlotChangeRootPathCalled(nowhere);
         QCOMPARE(roots.count(), 1);
         QCOMPARE(marks.count(), 1);
         QTest::qWait(50);
-        QCOMPARE(status.count(), 0);
+        // Only the reason, and the root is kept as chosen.
+        QCOMPARE(fixtures::SpiedTexts(status),
+                 QStringList{"Folder not found: " + QDir::toNativeSeparators(nowhere)});
+        QCOMPARE(manager.GetRootPath(), nowhere);
     }
 
     void rootChangedTwiceDuringListing()

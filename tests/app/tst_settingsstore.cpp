@@ -6,6 +6,32 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+namespace {
+
+// The members the hostile-value cases look at, by key name.
+QVariant Field(const StoredSettings& s, const QString& key)
+{
+    const QHash<QString, QVariant> fields{
+        {QStringLiteral("RootPath"), s.rootPath},
+        {QStringLiteral("rowHeight"), s.rowHeight},
+        {QStringLiteral("loudnessFlag"), s.loudnessFlag},
+        {QStringLiteral("autoPlaybackFlag"), s.autoPlaybackFlag},
+        {QStringLiteral("width"), s.width},
+        {QStringLiteral("columnState"), s.columnState},
+        {QStringLiteral("recentDirs"), s.recentDirs},
+        {QStringLiteral("seekTimeMs"), s.seekTimeMs},
+        {QStringLiteral("GACAddress"), s.gacAddress},
+        {QStringLiteral("GACPortNumber"), s.gacPortNumber},
+        {QStringLiteral("ColorTheme"), s.colorTheme},
+        {QStringLiteral("fontTreeSize"), s.fontTreeSize},
+        {QStringLiteral("matchLoudnessTarget"), s.matchLoudnessTarget},
+        {QStringLiteral("detailViewHeight"), s.detailViewHeight},
+    };
+    return fields.value(key);
+}
+
+} // namespace
+
 class TestSettingsStore : public QObject
 {
     Q_OBJECT
@@ -226,47 +252,156 @@ private slots:
         QCOMPARE(s.colorTheme, theme);
     }
 
-    // A hand-edited file cannot set a target, boost or height the program cannot use.
-    void previewValuesOutOfRangeKeepDefaults_data()
+    // Hand-edited values: each is either taken, clamped into the range the
+    // dialogs allow, or replaced by its default, and every one not taken as
+    // written is reported once.
+    void hostileValues_data()
     {
-        QTest::addColumn<QVariant>("target");
-        QTest::addColumn<QVariant>("boost");
-        QTest::addColumn<QVariant>("height");
-        QTest::addColumn<double>("wantTarget");
-        QTest::addColumn<double>("wantBoost");
-        QTest::addColumn<int>("wantHeight");
-        QTest::newRow("in range") << QVariant(-14.0) << QVariant(3.5) << QVariant(300) << -14.0
-                                  << 3.5 << 300;
-        QTest::newRow("edges") << QVariant(-60.0) << QVariant(40.0) << QVariant(40) << -60.0 << 40.0
-                               << 40;
-        QTest::newRow("above") << QVariant(3.0) << QVariant(99.0) << QVariant(5000) << -23.0 << 12.0
-                               << 150;
-        QTest::newRow("below") << QVariant(-200.0) << QVariant(-1.0) << QVariant(0) << -23.0 << 12.0
-                               << 150;
-        QTest::newRow("not numbers")
-            << QVariant(QStringLiteral("loud")) << QVariant(QStringLiteral("nan"))
-            << QVariant(QStringLiteral("tall")) << -23.0 << 12.0 << 150;
+        QTest::addColumn<QByteArray>("line");
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QVariant>("expected");
+        QTest::addColumn<bool>("reported");
+        const QStringList twelve = [] {
+            QStringList l;
+            for (int i = 0; i < 12; ++i)
+                l << QStringLiteral("/r%1").arg(i);
+            return l;
+        }();
+        QTest::newRow("row height in range")
+            << QByteArray("rowHeight=30") << "rowHeight" << QVariant(30) << false;
+        QTest::newRow("negative row height")
+            << QByteArray("rowHeight=-5") << "rowHeight" << QVariant(kMinRowHeight) << true;
+        QTest::newRow("row height past 64 bits")
+            << QByteArray("rowHeight=99999999999999999999") << "rowHeight" << QVariant(22) << true;
+        QTest::newRow("row height a word")
+            << QByteArray("rowHeight=tall") << "rowHeight" << QVariant(22) << true;
+        QTest::newRow("negative seek step")
+            << QByteArray("seekTimeMs=-1") << "seekTimeMs" << QVariant(kMinSeekTimeMs) << true;
+        QTest::newRow("port 999999")
+            << QByteArray("GACPortNumber=999999") << "GACPortNumber" << QVariant(65535) << true;
+        QTest::newRow("port 0") << QByteArray("GACPortNumber=0") << "GACPortNumber" << QVariant(1)
+                                << true;
+        QTest::newRow("tree font 100000 pt")
+            << QByteArray("fontTreeSize=100000") << "fontTreeSize" << QVariant(200) << true;
+        QTest::newRow("theme 7") << QByteArray("ColorTheme=7") << "ColorTheme" << QVariant(0)
+                                 << true;
+        QTest::newRow("flag 'maybe'")
+            << QByteArray("loudnessFlag=maybe") << "loudnessFlag" << QVariant(false) << true;
+        QTest::newRow("flag 0") << QByteArray("autoPlaybackFlag=0") << "autoPlaybackFlag"
+                                << QVariant(false) << false;
+        QTest::newRow("root written as a list")
+            << QByteArray("RootPath=/a, b") << "RootPath" << QVariant(QString()) << true;
+        QTest::newRow("empty address") << QByteArray("GACAddress=") << "GACAddress"
+                                       << QVariant(QStringLiteral("localhost")) << true;
+        QTest::newRow("width as a rectangle")
+            << QByteArray("width=@Rect(1 2 3 4)") << "width" << QVariant(0) << true;
+        QTest::newRow("every column bit set")
+            << QByteArray("columnState=-1") << "columnState" << QVariant(0x7FFF) << true;
+        QTest::newRow("twelve recent folders")
+            << ("recentDirs=" + twelve.join(QStringLiteral(", ")).toUtf8()) << "recentDirs"
+            << QVariant(twelve.mid(0, 10)) << true;
+        QTest::newRow("loudness target above 0")
+            << QByteArray("matchLoudnessTarget=3.5") << "matchLoudnessTarget" << QVariant(0.0)
+            << true;
+        QTest::newRow("loudness target a word")
+            << QByteArray("matchLoudnessTarget=loud") << "matchLoudnessTarget" << QVariant(-23.0)
+            << true;
+        QTest::newRow("loudness target in range")
+            << QByteArray("matchLoudnessTarget=-14.5") << "matchLoudnessTarget" << QVariant(-14.5)
+            << false;
+        QTest::newRow("detail view 5000 px")
+            << QByteArray("detailViewHeight=5000") << "detailViewHeight"
+            << QVariant(kMaxDetailViewHeight) << true;
+        QTest::newRow("overlong root")
+            << ("RootPath=/" + QByteArray(kMaxSettingTextLength + 1, 'x')) << "RootPath"
+            << QVariant(QString()) << true;
+    }
+    void hostileValues()
+    {
+        QFETCH(QByteArray, line);
+        QFETCH(QString, key);
+        QFETCH(QVariant, expected);
+        QFETCH(bool, reported);
+        QVERIFY(settings.writeIni("[General]\n" + line + '\n'));
+        StoredSettings s;
+        const QStringList problems = SettingsStore::Load(s);
+        QCOMPARE(Field(s, key), expected);
+        QCOMPARE(problems.size(), reported ? 1 : 0);
+        if (reported)
+            QVERIFY2(problems.first().startsWith(key), qPrintable(problems.first()));
     }
 
-    void previewValuesOutOfRangeKeepDefaults()
+    // The count of the bookmark array is believed only as far as the file
+    // holds elements; a count that is not one shows nothing and erases nothing.
+    void bookmarkCounts_data()
     {
-        QFETCH(QVariant, target);
-        QFETCH(QVariant, boost);
-        QFETCH(QVariant, height);
-        QFETCH(double, wantTarget);
-        QFETCH(double, wantBoost);
-        QFETCH(int, wantHeight);
+        QTest::addColumn<QByteArray>("count");
+        QTest::addColumn<int>("elements");
+        QTest::addColumn<int>("read");
+        QTest::addColumn<bool>("kept");
+        QTest::addColumn<bool>("reported");
+        QTest::newRow("as stored") << QByteArray("size=3") << 3 << 3 << false << false;
+        QTest::newRow("two billion") << QByteArray("size=2000000000") << 2 << 2 << false << true;
+        QTest::newRow("20000") << QByteArray("size=20000") << 3 << 3 << false << true;
+        // Elements past the count are left over from a longer list.
+        QTest::newRow("smaller than the elements")
+            << QByteArray("size=1") << 3 << 1 << false << false;
+        QTest::newRow("negative") << QByteArray("size=-3") << 2 << 0 << true << true;
+        QTest::newRow("a word") << QByteArray("size=many") << 2 << 0 << true << true;
+        QTest::newRow("missing") << QByteArray() << 2 << 0 << true << true;
+        QTest::newRow("past the maximum")
+            << QByteArray("size=1500") << 1500 << kMaxBookmarks << true << true;
+    }
+    void bookmarkCounts()
+    {
+        QFETCH(QByteArray, count);
+        QFETCH(int, elements);
+        QFETCH(int, read);
+        QFETCH(bool, kept);
+        QFETCH(bool, reported);
+        QByteArray ini = "[bookmarkRoot]\n" + count + '\n';
+        for (int i = 1; i <= elements; ++i)
+            ini += QByteArray::number(i) + "\\bookmarkDirPath=/sfx/" + QByteArray::number(i) +
+                   '\n' + QByteArray::number(i) + "\\bookmarkName=b" + QByteArray::number(i) + '\n';
+        QVERIFY(settings.writeIni(ini));
+
+        StoredSettings s;
+        const QStringList problems = SettingsStore::Load(s);
+        QCOMPARE(s.bookmarks.size(), read);
+        QCOMPARE(problems.size(), reported ? 1 : 0);
+        if (read > 0)
+            QCOMPARE(s.bookmarks.last().path, QStringLiteral("/sfx/%1").arg(read));
+
+        // Saving without touching the bookmarks leaves a damaged array as it
+        // was; a trusted one is written back with its true count.
+        SettingsStore::Save(s);
         {
             QSettings raw(iniPath(), QSettings::IniFormat);
-            raw.setValue(QStringLiteral("matchLoudnessTarget"), target);
-            raw.setValue(QStringLiteral("matchLoudnessMaxBoost"), boost);
-            raw.setValue(QStringLiteral("detailViewHeight"), height);
+            QCOMPARE(
+                raw.value(QStringLiteral("bookmarkRoot/%1/bookmarkName").arg(elements)).isValid(),
+                kept || read == elements);
+            if (!kept)
+                QCOMPARE(raw.value(QStringLiteral("bookmarkRoot/size")).toInt(), read);
         }
+        // Once the user changes them, the list is the user's.
+        s.bookmarks.append({QStringLiteral("/new"), QStringLiteral("new")});
+        SettingsStore::Save(s);
+        QSettings raw(iniPath(), QSettings::IniFormat);
+        QCOMPARE(raw.value(QStringLiteral("bookmarkRoot/size")).toInt(), read + 1);
+    }
+
+    void unknownKeysSurvive()
+    {
+        QVERIFY(settings.writeIni("[General]\nheaderOfTomorrow=@ByteArray(xyz)\n"
+                                  "rowHeight=24\n[plugins]\nnoise=on\n"));
         StoredSettings s;
-        SettingsStore::Load(s);
-        QCOMPARE(s.matchLoudnessTarget, wantTarget);
-        QCOMPARE(s.matchLoudnessMaxBoost, wantBoost);
-        QCOMPARE(s.detailViewHeight, wantHeight);
+        QVERIFY(SettingsStore::Load(s).isEmpty());
+        s.rowHeight = 26;
+        SettingsStore::Save(s);
+        QSettings raw(iniPath(), QSettings::IniFormat);
+        QCOMPARE(raw.value(QStringLiteral("headerOfTomorrow")).toByteArray(), QByteArray("xyz"));
+        QCOMPARE(raw.value(QStringLiteral("plugins/noise")).toString(), QStringLiteral("on"));
+        QCOMPARE(raw.value(QStringLiteral("rowHeight")).toInt(), 26);
     }
 
     void elevenRootsKeepTenNewestFirst()

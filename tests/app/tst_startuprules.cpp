@@ -1,5 +1,6 @@
 #include "CommandLineRoot.h"
 #include "DefaultWindowGeometry.h"
+#include "FitWindowGeometry.h"
 #include "RootPathInput.h"
 
 #include "TestSettings.h"
@@ -43,6 +44,37 @@ private slots:
         QFETCH(int, wanted);
         QFETCH(QRect, window);
         QCOMPARE(DefaultWindowGeometry(screen, wanted), window);
+    }
+
+    void fitGeometry_data()
+    {
+        QTest::addColumn<QRect>("stored");
+        QTest::addColumn<QRect>("window");
+        const QRect left(0, 0, 1920, 1040);
+        const QRect right(1920, 0, 1280, 1024);
+        QTest::newRow("fits as it is") << QRect(100, 50, 800, 600) << QRect(100, 50, 800, 600);
+        QTest::newRow("100000 x 100000") << QRect(0, 0, 100000, 100000) << left;
+        // Overlapping no screen: the first, at the edges nearest to where it was.
+        QTest::newRow("far off to the lower right")
+            << QRect(100000, 100000, 800, 600) << QRect(1120, 440, 800, 600);
+        QTest::newRow("off both screens, upper left")
+            << QRect(-5000, -5000, 800, 600) << QRect(0, 0, 800, 600);
+        QTest::newRow("mostly on the second screen")
+            << QRect(1800, 100, 1000, 500) << QRect(1920, 100, 1000, 500);
+        QTest::newRow("taller than the second screen")
+            << QRect(2000, 0, 800, 2000) << QRect(2000, 0, 800, 1024);
+    }
+    void fitGeometry()
+    {
+        QFETCH(QRect, stored);
+        QFETCH(QRect, window);
+        const QList<QRect> screens{QRect(0, 0, 1920, 1040), QRect(1920, 0, 1280, 1024)};
+        QCOMPARE(FitWindowGeometry(stored.left(), stored.top(), stored.width(), stored.height(),
+                                   screens),
+                 window);
+        // Values no rectangle can hold still land on a screen.
+        const QRect extreme = FitWindowGeometry(INT_MAX, INT_MIN, INT_MAX, INT_MAX, screens);
+        QVERIFY(screens.first().contains(extreme) || screens.last().contains(extreme));
     }
 
     void commandLineRoot()

@@ -10,22 +10,36 @@ struct FakeSdkControl
     void (*reset)() = nullptr;
     void (*setResult)(const char*, int) = nullptr;
     void (*setExportedAsset)(const char*) = nullptr;
+    void (*setExportedCounts)(int, int) = nullptr;
     int (*calls)(char*, int) = nullptr;
     void (*fire)(int) = nullptr;
+    void (*fireCount)(int, int) = nullptr;
+    void (*fireDuring)(const char*, int) = nullptr;
+    void (*hold)(const char*, int) = nullptr;
+    int (*held)(const char*) = nullptr;
+    int (*holdsGivenUp)() = nullptr;
     int (*translate)(const char*, char*, int) = nullptr;
+
+    template<typename F>
+    static bool resolveOne(QLibrary& lib, F& f, const char* name)
+    {
+        f = reinterpret_cast<F>(lib.resolve(name));
+        return f != nullptr;
+    }
 
     bool resolve(const QString& path)
     {
         QLibrary lib(path);
-        reset = reinterpret_cast<void (*)()>(lib.resolve("fakeGacReset"));
-        setResult = reinterpret_cast<void (*)(const char*, int)>(lib.resolve("fakeGacSetResult"));
-        setExportedAsset =
-            reinterpret_cast<void (*)(const char*)>(lib.resolve("fakeGacSetExportedAsset"));
-        calls = reinterpret_cast<int (*)(char*, int)>(lib.resolve("fakeGacCalls"));
-        fire = reinterpret_cast<void (*)(int)>(lib.resolve("fakeGacFire"));
-        translate =
-            reinterpret_cast<int (*)(const char*, char*, int)>(lib.resolve("fakeGacTranslate"));
-        return reset && setResult && setExportedAsset && calls && fire && translate;
+        return resolveOne(lib, reset, "fakeGacReset") &&
+               resolveOne(lib, setResult, "fakeGacSetResult") &&
+               resolveOne(lib, setExportedAsset, "fakeGacSetExportedAsset") &&
+               resolveOne(lib, setExportedCounts, "fakeGacSetExportedCounts") &&
+               resolveOne(lib, calls, "fakeGacCalls") && resolveOne(lib, fire, "fakeGacFire") &&
+               resolveOne(lib, fireCount, "fakeGacFireCount") &&
+               resolveOne(lib, fireDuring, "fakeGacFireDuring") &&
+               resolveOne(lib, hold, "fakeGacHold") && resolveOne(lib, held, "fakeGacHeld") &&
+               resolveOne(lib, holdsGivenUp, "fakeGacHoldsGivenUp") &&
+               resolveOne(lib, translate, "fakeGacTranslate");
     }
 
     // Every SDK call so far, one line each.

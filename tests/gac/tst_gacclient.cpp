@@ -61,8 +61,8 @@ class TestGacClient final : public QObject
     static void connect(ConnectionControlImpl& client)
     {
         QVERIFY(client.initialize());
-        QCOMPARE(client.tryConnect(), ConnectionControlImpl::AttemptOutcome::Connected);
-        QVERIFY(client.isConnected());
+        client.startConnectionThread();
+        QTRY_VERIFY(client.isConnected());
     }
 
 private slots:
@@ -131,23 +131,31 @@ private slots:
         QCOMPARE(small[4], 'x');
     }
 
-    void overlongTextsAreCut()
+    // The SDK's buffers hold 1023 bytes and the terminating zero; a longer
+    // path would arrive cut, naming another file, so the request is refused.
+    void overlongPathsAreRefused()
     {
         RecordingListener listener;
         ConnectionControlImpl client(&listener, {m_sdkPath});
         connect(client);
-        const std::string longPath = "/" + std::string(5000, 'p') + ".wav";
+        const std::string longPath = "/" + std::string(1023, 'p') + ".wav";
+        const std::string fits = "/" + std::string(1018, 'p') + ".wav";
         CreateNuendoMessage create;
         TrackData track;
-        track.events.push_back({{longPath, longPath, {longPath, longPath, 0, 0}}, 0, 0, 0});
+        track.events.push_back({{fits, fits, {fits, longPath, 0, 0}}, 0, 0, 0});
         create.assetSegmentData.tracks = {track};
+        QVERIFY(!client.createNuendoProject(create));
+        create.assetSegmentData.tracks[0].events[0].asset.metaData.repositoryUrl = fits;
         QVERIFY(client.createNuendoProject(create));
-        const QStringList c = calls().filter("gacOpenNewNuendoProject");
-        QCOMPARE(c.size(), 1);
-        // The SDK's buffers hold 1023 characters and the terminating zero.
-        QCOMPARE(c.at(0), "gacOpenNewNuendoProject tracks 1 markers 0 first " +
-                              QString::fromStdString(longPath.substr(0, 1023)));
-        QVERIFY(client.openNuendoProject(OpenNuendoMessage(longPath)));
+        std::string error;
+        QVERIFY(!client.openNuendoProject(OpenNuendoMessage(longPath), &error));
+        QVERIFY(QString::fromStdString(error).startsWith("The path is longer than the 1023 bytes"));
+        QCOMPARE(calls().filter("gacOpenNewNuendoProject").size(), 1);
+        QCOMPARE(calls().filter("gacReadMetaData").size(), 0);
+        QVERIFY(listener.lines().contains(
+            QString::fromStdString("[Warning] The path is longer than the 1023 bytes the SDK "
+                                   "takes; nothing was sent: " +
+                                   longPath)));
     }
 
     void logLinesReachTheQtMessageLog()

@@ -135,13 +135,10 @@ private slots:
              "[API] Vex GAC tryConnect()", "[Info] GAC connection status: failure"},
             before));
 
-        // Waiting: stopping works and leaves a fresh, initialised client.
+        // Waiting: stopping works, and connecting again when asked.
         QVERIFY(manager.StopConnecting());
         QCOMPARE(manager.GetState(), int(GacManager::NotConnected));
         QTRY_VERIFY(findFrom(log.lines, "[API] Vex GAC stopConnectionThread()", before) >= 0);
-        QCOMPARE(m_sdk.callList().filter("gacInternalInitialize").size(), 2);
-
-        // The new client remembers the server and connects when asked again.
         m_sdk.setResult("gacConnectToServer", 7);
         connectNow(manager);
     }
@@ -165,11 +162,17 @@ private slots:
         GacManager manager(nullptr, {m_sdkPath});
         LogRecorder log(manager);
         manager.SetServer("10.1.2.3", 5555);
+        // Ports that do not exist never reach the SDK.
+        manager.SetServer("10.1.2.3", 0);
+        manager.SetServer("10.1.2.3", 999999);
+        QTRY_VERIFY(log.lines.contains("[Warning] Port 999999 is outside 1 to 65535; port 5555 "
+                                       "is kept."));
         connectNow(manager);
         QTRY_VERIFY(log.lines.contains("[Info] Try connection:  IP Address: 10.1.2.3 Port: 5555"));
         const QStringList calls = m_sdk.callList();
         QVERIFY(calls.contains("gacSetServerPort 5555"));
         QVERIFY(calls.contains("gacConnectToServer 10.1.2.3"));
+        QCOMPARE(calls.filter("gacSetServerPort").size(), 1);
     }
 
     void callbacksArriveOnTheManagersThread()
@@ -245,15 +248,24 @@ private slots:
     {
         GacManager manager(nullptr, {m_sdkPath});
         LogRecorder log(manager);
+        QSignalSpy finished(&manager, &GacManager::SigOpenByNuendoFinished);
         const QString path = QString::fromUtf8("/lib/森の音/birds \xC3\xA9t\xC3\xA9.wav");
         const QString utf8Path = QString::fromUtf8(path.toUtf8());
+        const auto open = [&](const QString& file) -> QString {
+            const int before = finished.count();
+            manager.OpenByNuendo(file);
+            if (!QTest::qWaitFor([&] { return finished.count() > before; }, 10000))
+                return QString("(no answer)");
+            const QList<QVariant> last = finished.last();
+            return QString(last.at(0).toBool() ? "ok: " : "failed: ") + last.at(1).toString();
+        };
 
         // Not connected: nothing reaches the server.
-        QVERIFY(!manager.OpenByNuendo(path));
+        QVERIFY(open(path).startsWith("failed: Not connected to Nuendo"));
         QCOMPARE(m_sdk.callList().filter("gacReadMetaData").size(), 0);
 
         connectNow(manager);
-        QVERIFY(manager.OpenByNuendo(path));
+        QCOMPARE(open(path), "ok: Opened in Nuendo: " + path);
         QStringList calls = m_sdk.callList();
         const int read = calls.indexOf("gacReadMetaData " + utf8Path);
         QVERIFY(read >= 0);
@@ -261,23 +273,83 @@ private slots:
         QCOMPARE(calls.value(read + 1),
                  QString("gacOpenNuendoProject " + utf8Path + " | /projects/Forest.npr"));
 
-        QVERIFY(!manager.OpenByNuendo(QString()));
+        // No file: no request and no answer.
+        manager.OpenByNuendo(QString());
         QCOMPARE(m_sdk.callList().filter("gacReadMetaData").size(), 1);
 
         m_sdk.setResult("gacReadMetaData", 0);
         m_sdk.setResult("gacOpenNuendoProject", 0);
-        QVERIFY(manager.OpenByNuendo(path));
+        QVERIFY(open(path).startsWith("ok: "));
 
         m_sdk.setResult("gacOpenNuendoProject", 12);
-        QVERIFY(!manager.OpenByNuendo(path));
+        QCOMPARE(open(path), "failed: Nuendo could not open " + path + ": fake error 12");
         QTRY_VERIFY(log.lines.contains("[Warning] fake error 12"));
 
         m_sdk.setResult("gacReadMetaData", 4);
         const int opens = m_sdk.callList().filter("gacOpenNuendoProject").size();
-        QVERIFY(!manager.OpenByNuendo(path));
-        QTRY_VERIFY(log.lines.contains("[Warning] fake error 4"));
+        QCOMPARE(open(path), "failed: Nuendo could not open " + path + ": fake error 4");
         QCOMPARE(m_sdk.callList().filter("gacOpenNuendoProject").size(), opens);
-        QCOMPARE(log.lines.filter("[API] Vex GAC openNuendoProject()").size(), 6);
+        QTRY_COMPARE(log.lines.filter("[API] Vex GAC openNuendoProject()").size(), 4);
+        QCOMPARE(finished.count(), 5);
+    }
+
+    // A path is sent whole or not at all: 1,023 bytes of UTF-8 fit the SDK's
+    // buffer, one more character does not, and nothing is cut mid-character.
+    void pathsLongerThanTheSdkBufferAreRefused()
+    {
+        GacManager manager(nullptr, {m_sdkPath});
+        LogRecorder log(manager);
+        QSignalSpy finished(&manager, &GacManager::SigOpenByNuendoFinished);
+        connectNow(manager);
+        // "/" + 340 three-byte characters + ".wav" = 1,025 bytes; one fewer character fits.
+        const QString tooLong = "/" + QString(340, QChar(0x68EE)) + ".wav";
+        const QString fits = "/" + QString(339, QChar(0x68EE)) + "x.wav";
+        QCOMPARE(tooLong.toUtf8().size(), 1025);
+        QCOMPARE(fits.toUtf8().size(), 1023);
+
+        manager.OpenByNuendo(tooLong);
+        QCOMPARE(finished.count(), 1);
+        QCOMPARE(finished.last().at(0).toBool(), false);
+        QVERIFY(finished.last().at(1).toString().startsWith(
+            "The path is too long to send to Nuendo (1025 bytes, at most 1023)"));
+        manager.OpenByNuendo(fits);
+        QTRY_COMPARE(finished.count(), 2);
+        QCOMPARE(finished.last().at(0).toBool(), true);
+        const QStringList reads = m_sdk.callList().filter("gacReadMetaData");
+        QCOMPARE(reads, QStringList{"gacReadMetaData " + fits});
+    }
+
+    // A server that does not answer: the request returns at once, fails in
+    // the status bar after the timeout, and the SDK gets no second request
+    // before it has answered the first.
+    void openWithASilentServer()
+    {
+        GacManager manager(nullptr, {m_sdkPath}, 300);
+        QSignalSpy finished(&manager, &GacManager::SigOpenByNuendoFinished);
+        connectNow(manager);
+        m_sdk.hold("gacReadMetaData", 1);
+        manager.OpenByNuendo("/sfx/door.wav");
+        QTRY_COMPARE(m_sdk.held("gacReadMetaData"), 1);
+        QCOMPARE(finished.count(), 0);
+        QTRY_COMPARE(finished.count(), 1);
+        QCOMPARE(finished.last().at(1).toString(),
+                 QString("Nuendo did not answer in time; /sfx/door.wav was not opened."));
+        manager.OpenByNuendo("/sfx/window.wav");
+        QCOMPARE(finished.count(), 2);
+        QCOMPARE(finished.last().at(1).toString(),
+                 QString("Nuendo has not answered the previous request yet."));
+
+        m_sdk.hold("gacReadMetaData", 0);
+        QTRY_COMPARE(m_sdk.held("gacReadMetaData"), 0);
+        QTRY_VERIFY(m_sdk.callList().contains("gacOpenNuendoProject /sfx/door.wav | "
+                                              "/projects/Forest.npr"));
+        // The late answer is not reported twice; the next request goes through.
+        QTest::qWait(50);
+        QCOMPARE(finished.count(), 2);
+        manager.OpenByNuendo("/sfx/window.wav");
+        QTRY_COMPARE(finished.count(), 3);
+        QCOMPARE(finished.last().at(0).toBool(), true);
+        QCOMPARE(m_sdk.holdsGivenUp(), 0);
     }
 
     void sdkFolderIsSearched()
@@ -322,7 +394,6 @@ private slots:
         QTRY_COMPARE(manager.GetState(), int(GacManager::NotConnected));
         QVERIFY(containsInOrder(log.lines, {"[API] Vex GAC startConnectionThread()",
                                             "[API] Vex GAC tryConnect()", kNotInitialised}));
-        QVERIFY(!manager.OpenByNuendo("/a.wav"));
         QVERIFY(manager.StopConnecting());
         QCOMPARE(m_sdk.callList().filter("gacConnectToServer").size(), 0);
     }

@@ -1,6 +1,7 @@
 // The main window's Nuendo entries over the real connection manager: built
 // twice, once with no SDK anywhere and once beside the stand-in SDK, which
 // accepts every connection.
+#include "FakeSdkControl.h"
 #include "GacManager.h"
 #include "MainWindow.h"
 #include "MenuBar.h"
@@ -9,6 +10,7 @@
 #include "subFormGAC.h"
 
 #include <QApplication>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QSettings>
@@ -53,6 +55,19 @@ private slots:
         QTRY_COMPARE(gac->GetState(), int(GacManager::NotConnected));
         QTRY_COMPARE_WITH_TIMEOUT(statusText(window),
                                   QStringLiteral("[Not Connected] Start connection"), 3000);
+    }
+
+    void openWithoutAConnectionSaysSoInTheStatusBar()
+    {
+        MainWindow window;
+        auto* gac = window.findChild<GacManager*>();
+        QVERIFY(gac);
+        // Lets the sound output's start-up report (a machine without a card has one) go by.
+        QCoreApplication::processEvents();
+        gac->OpenByNuendo(QStringLiteral("/sfx/door.wav"));
+        QCOMPARE(window.GetStatusLabel()->text(),
+                 QStringLiteral("Not connected to Nuendo; start the connection from the Nuendo "
+                                "Connection menu first."));
     }
 
     void settingsDialogStoresAddressAndPort()
@@ -100,6 +115,22 @@ private slots:
                                        "the network connection of Game Audio Connect server."));
         QTest::qWait(200);
         QCOMPARE(gac->GetState(), int(GacManager::Connected));
+    }
+
+    void openFailureShowsInTheStatusBar()
+    {
+        FakeSdkControl sdk;
+        QVERIFY(sdk.resolve(QCoreApplication::applicationDirPath() + "/libgac_sdk.so"));
+        sdk.reset();
+        MainWindow window;
+        auto* gac = window.findChild<GacManager*>();
+        window.SlotGacToggleConnection();
+        QTRY_COMPARE_WITH_TIMEOUT(gac->GetState(), int(GacManager::Connected), 5000);
+        sdk.setResult("gacOpenNuendoProject", 12);
+        gac->OpenByNuendo(QStringLiteral("/sfx/door.wav"));
+        QTRY_COMPARE(window.GetStatusLabel()->text(),
+                     QStringLiteral("Nuendo could not open /sfx/door.wav: fake error 12"));
+        sdk.reset();
     }
 #endif
 };

@@ -1,5 +1,6 @@
 #include "TestSettings.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -20,6 +21,17 @@ QString TestSettings::iniPath() const
 void TestSettings::clear() const
 {
     QFile::remove(iniPath());
+}
+
+bool TestSettings::writeIni(const QByteArray& bytes) const
+{
+    static qint64 edits = 0;
+    if (!WriteBytes(iniPath(), bytes))
+        return false;
+    QFile f(iniPath());
+    return f.open(QIODevice::ReadWrite) &&
+           f.setFileTime(QDateTime::fromSecsSinceEpoch(1000000000 + ++edits),
+                         QFileDevice::FileModificationTime);
 }
 
 QStringList SpiedTexts(const QSignalSpy& spy)

@@ -18,6 +18,11 @@ public:
     // The file the program's own settings land in.
     QString iniPath() const;
     void clear() const;
+    // Replaces the program's file by `bytes`, as a hand edit would. Each call
+    // gives the file a new modification time, so that QSettings, which keeps
+    // files it has read and reloads them only when their size or time
+    // changed, reads it again.
+    bool writeIni(const QByteArray& bytes) const;
 
 private:
     QTemporaryDir m_dir;
