@@ -23,7 +23,7 @@ struct AudioFileInfo
     std::int32_t isValid = 1;
     std::string reserved;
     std::int32_t isHeaderRead = 0;
-    std::int32_t fileSize = 0; // 32 bits on purpose: files of 2 GiB and more wrap
+    std::int64_t fileSize = 0;
     std::string modifyTime;
     std::int32_t samplingRate = 48000;
     std::int32_t channels = 1;
@@ -40,4 +40,18 @@ struct AudioFileInfo
     std::int32_t isMultiPlotValid = 0;
     // Channel-major: the 250 points of channel 0, then channel 1, ...
     std::array<PlotPoint, kMaxPlotChannels * kPlotPoints> multiPlot{};
+    // Why the row shows ERROR; empty when nothing went wrong.
+    std::string errorText;
+    // Linear sample peak (1.0 = full scale); -1 when unknown.
+    float samplePeak = -1.0f;
+    // The optional parts the analysis was asked for (AnalysisPart bits), so that a
+    // stored record tells what is still to be measured when more is wanted later.
+    std::int32_t measuredParts = 0;
+};
+
+// Optional parts of the analysis; the header fields and the mixed plot are always read.
+enum AnalysisPart : std::int32_t
+{
+    AnalysisPartLoudness = 1,
+    AnalysisPartMultiPlot = 2,
 };
