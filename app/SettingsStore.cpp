@@ -32,6 +32,8 @@ void SettingsStore::Load(QSettings& store, StoredSettings& s)
     s.autoPlaybackFlag =
         store.value(QStringLiteral("autoPlaybackFlag"), s.autoPlaybackFlag).toBool();
     s.playlistFlag = store.value(QStringLiteral("playlistFlag"), s.playlistFlag).toBool();
+    s.analysisLibraryFlag =
+        store.value(QStringLiteral("analysisLibrary"), s.analysisLibraryFlag).toBool();
     s.left = store.value(QStringLiteral("left"), -1).toInt();
     s.top = store.value(QStringLiteral("top"), -1).toInt();
     s.width = store.value(QStringLiteral("width"), 0).toInt();
@@ -90,6 +92,7 @@ void SettingsStore::Save(QSettings& store, const StoredSettings& s)
     store.setValue(QStringLiteral("showHiddenFlag"), s.showHiddenFlag);
     store.setValue(QStringLiteral("autoPlaybackFlag"), s.autoPlaybackFlag);
     store.setValue(QStringLiteral("playlistFlag"), s.playlistFlag);
+    store.setValue(QStringLiteral("analysisLibrary"), s.analysisLibraryFlag);
     store.setValue(QStringLiteral("left"), s.left);
     store.setValue(QStringLiteral("top"), s.top);
     store.setValue(QStringLiteral("width"), s.width);

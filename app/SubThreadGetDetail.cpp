@@ -5,6 +5,8 @@
 #include <QElapsedTimer>
 #include <QMutexLocker>
 
+#include <algorithm>
+
 SubThreadGetDetail::SubThreadGetDetail(KrokManager* registryToDrive, QObject* parent)
     : QThread(parent)
     , registry(registryToDrive)
@@ -61,9 +63,13 @@ void SubThreadGetDetail::run()
         emit SigEndGetDetailInfo();
         return;
     }
-    if (takeInvalidateRequest())
+    // A refresh analyses every file afresh; otherwise records still current
+    // (in memory or in the persistent library) are taken as they are.
+    const bool refresh = takeInvalidateRequest();
+    if (refresh)
         registry->InvalidateFiles(fileList);
 
+    int recalledTo = 0;
     int from = 0;
     for (;;) {
         QElapsedTimer clock;
@@ -72,6 +78,10 @@ void SubThreadGetDetail::run()
         for (int i = from; i < n; ++i) {
             if (takeCancelRequest())
                 return;
+            if (!refresh && i >= recalledTo) {
+                recalledTo = std::min(n, i + kRecallChunk);
+                registry->RecallFromLibrary(fileList.mid(i, recalledTo - i));
+            }
             const QString& path = fileList.at(i);
             if (!registry->IsAnalyzed(path))
                 registry->AnalyzeFile(path);

@@ -4,6 +4,7 @@
 #include "ExternalToolLauncher.h"
 #include "KrokManager.h"
 #include "LumoManager.h"
+#include "SqliteAnalysisLibrary.h"
 #include "SubThreadGetDetail.h"
 #include "SubThreadGetList.h"
 
@@ -33,6 +34,8 @@ TeskManager::TeskManager(QObject* parent)
     // the event loop runs.
     connect(krokManager, &KrokManager::SigErrorReceived, this, &TeskManager::SlotErrorReceived,
             Qt::QueuedConnection);
+    connect(krokManager, &KrokManager::SigLibraryCleared, this,
+            &TeskManager::SlotAnalysisLibraryCleared, Qt::QueuedConnection);
     krokManager->Initialize();
     threadGetDetail = new SubThreadGetDetail(krokManager);
     threadGetList = new SubThreadGetList();
@@ -94,6 +97,8 @@ void TeskManager::ApplyStoredSettings()
 
     krokManager->SetLoudnessEnabled(s.loudnessFlag);
     krokManager->SetMultiPlotEnabled(s.multiPlotFlag);
+    ApplyAnalysisLibrarySetting();
+    emit SigAnalysisLibraryChanged(s.analysisLibraryFlag);
     emit SigRowHeightChanged(s.rowHeight);
     emit SigAutoPlaybackFlagChanged(s.autoPlaybackFlag);
     emit SigPlaylistFlagChanged(s.playlistFlag);
@@ -259,8 +264,10 @@ void TeskManager::SlotChangeLoudnessCalled(bool flag)
     s.loudnessFlag = flag;
     krokManager->SetLoudnessEnabled(flag);
     emit SigLoudnessChanged(flag);
+    // Records without loudness count as not analysed now: the next pass
+    // measures loudness alone and keeps the rest.
     if (flag)
-        SlotUpdateCalled();
+        RestartAcquisition();
 }
 
 void TeskManager::SlotChangeLoudnessVoltModeCalled(bool flag)
@@ -274,10 +281,41 @@ void TeskManager::SlotChangeMultiPlotCalled(bool flag)
     s.multiPlotFlag = flag;
     krokManager->SetMultiPlotEnabled(flag);
     emit SigMultiPlotChanged(flag);
-    if (flag)
-        SlotUpdateCalled();
+    // As for loudness: only the per-channel plots missing are computed.
+    RestartAcquisition();
+}
+
+void TeskManager::ApplyAnalysisLibrarySetting()
+{
+    if (s.analysisLibraryFlag)
+        krokManager->SetLibrary(
+            std::make_unique<SqliteAnalysisLibrary>(SqliteAnalysisLibrary::DefaultPath()));
     else
-        RestartAcquisition();
+        krokManager->SetLibrary(nullptr);
+}
+
+void TeskManager::SlotChangeAnalysisLibraryCalled(bool flag)
+{
+    if (flag == s.analysisLibraryFlag)
+        return;
+    s.analysisLibraryFlag = flag;
+    ApplyAnalysisLibrarySetting();
+    emit SigAnalysisLibraryChanged(flag);
+}
+
+void TeskManager::SlotClearAnalysisLibraryCalled()
+{
+    if (!krokManager->HasLibrary()) {
+        emit SigSetStatusMessage(tr("The analysis library is turned off."));
+        return;
+    }
+    krokManager->ClearLibrary();
+}
+
+void TeskManager::SlotAnalysisLibraryCleared(bool cleared)
+{
+    emit SigSetStatusMessage(cleared ? tr("Cleared the analysis library.")
+                                     : tr("Could not clear the analysis library."));
 }
 
 void TeskManager::SlotChangeShowHiddensCalled(bool flag)
@@ -418,6 +456,8 @@ void TeskManager::SlotFileListAcquired(QList<QString> fileList)
     emit SigSetStatusMessage(
         tr("Completed file list acquisition. System is registering files to Analysis Library..."));
     emit SigSetWaitCursor();
+    // Rows of files gone from this folder leave the persistent library.
+    krokManager->ForgetMissingFiles(s.rootPath, recursiveFlag, fileList);
     if (krokManager->RegisterFiles(fileList)) {
         emit SigFilePathListAcquired(fileList);
         emit SigSetStatusMessage(

@@ -53,6 +53,7 @@ public:
     bool IsShowHiddens() const { return s.showHiddenFlag; }
     bool IsAutoPlayback() const { return s.autoPlaybackFlag; }
     bool IsPlaylist() const { return s.playlistFlag; }
+    bool IsAnalysisLibraryEnabled() const { return s.analysisLibraryFlag; }
     int GetColumnVisibleState() const { return s.columnState; }
     QStringList GetRecentFolders() const { return s.recentDirs; }
     BookmarkList GetBookmarks() const { return s.bookmarks; }
@@ -100,6 +101,7 @@ signals:
     void SigShowHiddensFlagChanged(bool flag);
     void SigAutoPlaybackFlagChanged(bool flag);
     void SigPlaylistFlagChanged(bool flag);
+    void SigAnalysisLibraryChanged(bool flag);
     void SigFilePathListAcquired(QList<QString> pathList);
     void SigAnalyzedInfoAcquired(int i_from, int i_to);
     void SigEndGetDetailInfo();
@@ -127,6 +129,10 @@ public slots:
     void SlotChangeShowHiddensCalled(bool flag);
     void SlotChangeAutoPlaybackFlagCalled(bool flag);
     void SlotChangePlaylistFlagCalled(bool flag);
+    void SlotChangeAnalysisLibraryCalled(bool flag);
+    // Removes every stored analysis result (the caller has asked the user).
+    void SlotClearAnalysisLibraryCalled();
+    void SlotAnalysisLibraryCleared(bool cleared);
     void SlotStartPlaybackCalled(QString path);
     void SlotStartPlaybackWithSeekCalled(QString path, int seekMs);
     void SlotStopPlaybackCalled();
@@ -153,6 +159,7 @@ private:
     void StartListWorker();
     void StartDetailWorkerForUpdate();
     void StartPlaylistTimerIfWanted();
+    void ApplyAnalysisLibrarySetting();
 
     // The persisted state, with the built-in defaults until the store is read.
     StoredSettings s;
