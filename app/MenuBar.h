@@ -33,6 +33,8 @@ public:
     const QList<QAction*>& recentFolderActions() const { return recentActions; }
     QAction* seekForwardAction() const { return actionSeekForward; }
     QAction* seekBackwardAction() const { return actionSeekBackward; }
+    QAction* analysisLibraryAction() const { return actionAnalysisLibrary; }
+    QAction* clearLibraryAction() const { return actionClearLibrary; }
 
 signals:
     void SigShowRootPathSelectDialog();
@@ -74,6 +76,8 @@ private:
     QAction* actionSeekBackward = nullptr;
     QAction* actionAutoPlayback = nullptr;
     QAction* actionPlaylist = nullptr;
+    QAction* actionAnalysisLibrary = nullptr;
+    QAction* actionClearLibrary = nullptr;
     QMenu* bookmarkMenu = nullptr;
     QAction* actionBookmarkAdd = nullptr;
     QAction* actionBookmarkDelete = nullptr;
