@@ -22,6 +22,9 @@ struct LibraryRow
     AudioFileInfo info;
 };
 
+// Rows in the order of the keys asked for; nothing where a key has no row.
+using LibraryRows = std::vector<std::optional<LibraryRow>>;
+
 // A persistent store of analysis records, keyed by file. An object is used
 // from one thread only (the library thread); it reports its problems as
 // texts for the user and carries on without the store when it must, so every
@@ -39,7 +42,7 @@ public:
 
     // The rows of `keys`, in the same order; nothing for a key without a row of
     // this analysis version.
-    virtual std::vector<std::optional<LibraryRow>> Fetch(const QStringList& keys) = 0;
+    virtual LibraryRows Fetch(const QStringList& keys) = 0;
     // Inserts or replaces the rows, all or none.
     virtual bool Store(const std::vector<LibraryRow>& rows) = 0;
     // The keys stored under `folderKey`: those directly inside it, or at any

@@ -38,18 +38,25 @@ void AnalysisLibraryThread::post(std::function<void()> job)
     wake.notify_all();
 }
 
-std::vector<std::optional<LibraryRow>> AnalysisLibraryThread::Fetch(const QStringList& keys)
+AnalysisLibraryThread::Rows AnalysisLibraryThread::Fetch(const QStringList& keys)
 {
-    auto answer = std::make_shared<std::promise<std::vector<std::optional<LibraryRow>>>>();
-    std::future<std::vector<std::optional<LibraryRow>>> rows = answer->get_future();
+    return FetchLater(keys).get();
+}
+
+std::future<AnalysisLibraryThread::Rows> AnalysisLibraryThread::FetchLater(const QStringList& keys)
+{
+    auto answer = std::make_shared<std::promise<Rows>>();
+    std::future<Rows> rows = answer->get_future();
     {
         const std::lock_guard<std::mutex> lock(mutex);
-        if (stopping || keys.isEmpty())
-            return std::vector<std::optional<LibraryRow>>(std::size_t(keys.size()));
+        if (stopping || keys.isEmpty()) {
+            answer->set_value(Rows(std::size_t(keys.size())));
+            return rows;
+        }
         lookups.push_back([this, keys, answer] { answer->set_value(library->Fetch(keys)); });
     }
     wake.notify_all();
-    return rows.get();
+    return rows;
 }
 
 void AnalysisLibraryThread::Store(LibraryRow row)

@@ -8,6 +8,7 @@
 #include <condition_variable>
 #include <deque>
 #include <functional>
+#include <future>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -30,8 +31,11 @@ public:
     AnalysisLibraryThread(const AnalysisLibraryThread&) = delete;
     AnalysisLibraryThread& operator=(const AnalysisLibraryThread&) = delete;
 
+    using Rows = LibraryRows;
     // The rows of `keys`, in order (blocks until answered; misses once stopped).
-    std::vector<std::optional<LibraryRow>> Fetch(const QStringList& keys);
+    Rows Fetch(const QStringList& keys);
+    // The same, answered while the caller does other work.
+    std::future<Rows> FetchLater(const QStringList& keys);
     // Queued; written with the next batch.
     void Store(LibraryRow row);
     // Queued: removes the rows under the folder whose files no longer exist.

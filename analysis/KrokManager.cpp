@@ -145,11 +145,18 @@ void KrokManager::AnalyzeFile(const QString& path)
     std::shared_ptr<AnalysisLibraryThread> lib;
     {
         QMutexLocker lock(&mutex);
-        records[key] = Entry{info, stamp, false};
+        const auto it = records.find(key);
+        if (it == records.end()) {
+            records.try_emplace(key, AudioFileInfo(info), stamp);
+        } else {
+            it->second.info = info;
+            it->second.stamp = stamp;
+            it->second.stale = false;
+        }
         lib = library;
     }
     if (lib && stamp.exists())
-        lib->Store(LibraryRow{path, stamp, info});
+        lib->Store(LibraryRow{path, stamp, std::move(info)});
 }
 
 void KrokManager::InvalidateFiles(const QStringList& paths)
@@ -168,22 +175,28 @@ void KrokManager::InvalidateFiles(const QStringList& paths)
 
 void KrokManager::RecallFromLibrary(const QStringList& paths)
 {
+    const std::unique_ptr<Recall> recall = BeginRecall(paths);
+    EndRecall(*recall);
+}
+
+std::unique_ptr<KrokManager::Recall> KrokManager::BeginRecall(const QStringList& paths)
+{
+    auto recall = std::make_unique<Recall>();
     std::vector<FileStamp> stamps;
     stamps.reserve(std::size_t(paths.size()));
     for (const QString& path : paths)
         stamps.push_back(ReadFileStamp(path));
 
-    QStringList askKeys;
-    std::vector<int> askIndex;
     std::shared_ptr<AnalysisLibraryThread> lib;
     {
         QMutexLocker lock(&mutex);
         if (!initialized)
-            return;
+            return recall;
         const std::int32_t wanted = wantedParts();
         for (int i = 0; i < paths.size(); ++i) {
             const FileStamp& stamp = stamps[std::size_t(i)];
-            const auto it = records.find(paths.at(i).toStdString());
+            std::string key = paths.at(i).toStdString();
+            const auto it = records.find(key);
             if (it != records.end()) {
                 Entry& entry = it->second;
                 if (entry.stamp != stamp)
@@ -192,27 +205,41 @@ void KrokManager::RecallFromLibrary(const QStringList& paths)
                     continue;
             }
             if (stamp.exists()) {
-                askKeys << paths.at(i);
-                askIndex.push_back(i);
+                recall->keys << paths.at(i);
+                recall->stdKeys.push_back(std::move(key));
+                recall->stamps.push_back(stamp);
             }
         }
         lib = library;
     }
-    if (!lib || askKeys.isEmpty())
-        return;
-    std::vector<std::optional<LibraryRow>> rows = lib->Fetch(askKeys);
+    if (lib && !recall->keys.isEmpty())
+        recall->rows = lib->FetchLater(recall->keys);
+    return recall;
+}
 
+void KrokManager::EndRecall(Recall& recall)
+{
+    if (!recall.rows.valid())
+        return;
+    LibraryRows rows = recall.rows.get();
     QMutexLocker lock(&mutex);
     for (std::size_t j = 0; j < rows.size(); ++j) {
-        const FileStamp& stamp = stamps[std::size_t(askIndex[j])];
+        const FileStamp& stamp = recall.stamps[j];
         if (!rows[j] || rows[j]->stamp != stamp)
             continue;
-        Entry& entry = records[askKeys.at(int(j)).toStdString()];
-        // A current record of this session that holds more parts than the row stays.
-        if (!entry.stale && entry.stamp == stamp &&
-            !HoldsParts(rows[j]->info, entry.info.measuredParts))
+        AudioFileInfo& stored = rows[j]->info;
+        // Built in place when new (a record is some kilobytes); left alone otherwise.
+        const auto [it, inserted] =
+            records.try_emplace(std::move(recall.stdKeys[j]), std::move(stored), stamp);
+        if (inserted)
             continue;
-        entry = Entry{std::move(rows[j]->info), stamp, false};
+        Entry& entry = it->second;
+        // A current record of this session that holds more parts than the row stays.
+        if (!entry.stale && entry.stamp == stamp && !HoldsParts(stored, entry.info.measuredParts))
+            continue;
+        entry.info = std::move(stored);
+        entry.stamp = stamp;
+        entry.stale = false;
     }
 }
 

@@ -10,6 +10,7 @@
 #include <QStringList>
 
 #include <cstdint>
+#include <future>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -51,6 +52,18 @@ public:
     // persistent library holds for those not current: one lookup for all.
     // Blocks on the library; for analysis threads only.
     void RecallFromLibrary(const QStringList& paths);
+    // The same in two steps, so that an analysis thread can look at the next
+    // files while the library reads rows for these: BeginRecall checks the
+    // files and asks the library, EndRecall takes the answer in.
+    struct Recall
+    {
+        QStringList keys;
+        std::vector<std::string> stdKeys;
+        std::vector<FileStamp> stamps;
+        std::future<LibraryRows> rows;
+    };
+    std::unique_ptr<Recall> BeginRecall(const QStringList& paths);
+    void EndRecall(Recall& recall);
 
     // Keeps analysis results in `library` from now on (opened on a thread of
     // its own); null turns the persistent library off. Never waits for it.
@@ -94,6 +107,11 @@ signals:
 private:
     struct Entry
     {
+        Entry(AudioFileInfo&& record, const FileStamp& fileStamp)
+            : info(std::move(record))
+            , stamp(fileStamp)
+        {}
+
         AudioFileInfo info;
         FileStamp stamp;
         // Set when the file changed or a refresh was asked: analysed afresh next.

@@ -107,9 +107,13 @@ void LibraryRowCodec::Bind(QSqlQuery& q, const LibraryRow& row, int analysisVers
     q.addBindValue(double(i.samplePeak));
 }
 
-LibraryRow LibraryRowCodec::Read(const QSqlQuery& q)
+QString LibraryRowCodec::ReadKey(const QSqlQuery& q)
 {
-    LibraryRow row;
+    return q.value(Path).toString();
+}
+
+void LibraryRowCodec::Read(const QSqlQuery& q, LibraryRow& row)
+{
     AudioFileInfo& i = row.info;
     row.key = q.value(Path).toString();
     row.stamp.size = q.value(Size).toLongLong();
@@ -137,5 +141,4 @@ LibraryRow LibraryRowCodec::Read(const QSqlQuery& q)
         CopyPlot(multi.toByteArray(), i.multiPlot.data(), kMaxPlotChannels * kPlotPoints);
     i.errorText = q.value(ErrorText).toString().toStdString();
     i.samplePeak = q.value(SamplePeak).toFloat();
-    return row;
 }

@@ -19,5 +19,6 @@ public:
     // Binds the row positionally, in the order of Columns(), after whatever is bound already.
     static void Bind(QSqlQuery& query, const LibraryRow& row, int analysisVersion);
     // Reads the columns of the current result row, starting at column 0.
-    static LibraryRow Read(const QSqlQuery& query);
+    static void Read(const QSqlQuery& query, LibraryRow& row);
+    static QString ReadKey(const QSqlQuery& query);
 };

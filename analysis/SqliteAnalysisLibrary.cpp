@@ -57,6 +57,7 @@ const QString kTable = QStringLiteral("file_analysis");
 
 // Keys per statement when fetching: one query for many files.
 constexpr int kFetchChunk = 256;
+constexpr qint64 kMapBytes = qint64(1) << 30;
 
 QString SelectColumns()
 {
@@ -197,6 +198,9 @@ bool SqliteAnalysisLibrary::prepareSchema()
         return false;
     const int version = q.value(0).toInt();
     q.finish();
+    // Reads through a memory map: a folder's rows are read without a copy
+    // through the kernel for every page.
+    run(q, QStringLiteral("PRAGMA mmap_size = %1").arg(kMapBytes));
     if (version > kSchemaVersion) {
         giveUp(Trouble::NewerSchema);
         return true; // nothing to recover: the store stays unused
@@ -363,9 +367,9 @@ QString SqliteAnalysisLibrary::TakeProblem()
     return problems.isEmpty() ? QString() : problems.takeFirst();
 }
 
-std::vector<std::optional<LibraryRow>> SqliteAnalysisLibrary::Fetch(const QStringList& keys)
+LibraryRows SqliteAnalysisLibrary::Fetch(const QStringList& keys)
 {
-    std::vector<std::optional<LibraryRow>> out(std::size_t(keys.size()));
+    LibraryRows out(std::size_t(keys.size()));
     if (!usable || keys.isEmpty())
         return out;
     if (fetchOnce(keys, out))
@@ -376,8 +380,7 @@ std::vector<std::optional<LibraryRow>> SqliteAnalysisLibrary::Fetch(const QStrin
     return out;
 }
 
-bool SqliteAnalysisLibrary::fetchOnce(const QStringList& keys,
-                                      std::vector<std::optional<LibraryRow>>& out)
+bool SqliteAnalysisLibrary::fetchOnce(const QStringList& keys, LibraryRows& out)
 {
     QHash<QString, int> index;
     index.reserve(keys.size());
@@ -406,10 +409,9 @@ bool SqliteAnalysisLibrary::fetchOnce(const QStringList& keys,
                 q.addBindValue(keys.at(from + i));
             ok = run(q);
             while (ok && q.next()) {
-                LibraryRow row = LibraryRowCodec::Read(q);
-                const auto it = index.constFind(row.key);
+                const auto it = index.constFind(LibraryRowCodec::ReadKey(q));
                 if (it != index.constEnd())
-                    out[std::size_t(it.value())] = std::move(row);
+                    LibraryRowCodec::Read(q, out[std::size_t(it.value())].emplace());
             }
             if (ok && q.lastError().isValid()) {
                 failure = q.lastError();

@@ -38,7 +38,7 @@ public:
     void Close() override;
     bool IsUsable() const override { return usable; }
     bool IsReadOnly() const { return readOnly; }
-    std::vector<std::optional<LibraryRow>> Fetch(const QStringList& keys) override;
+    LibraryRows Fetch(const QStringList& keys) override;
     bool Store(const std::vector<LibraryRow>& rows) override;
     QStringList KeysIn(const QString& folderKey, bool recursive) override;
     bool Remove(const QStringList& keys) override;
@@ -75,7 +75,7 @@ private:
     bool run(QSqlQuery& query, const QString& sql);
     bool run(QSqlQuery& query);
     bool write(const std::function<bool(QSqlQuery&)>& body);
-    bool fetchOnce(const QStringList& keys, std::vector<std::optional<LibraryRow>>& out);
+    bool fetchOnce(const QStringList& keys, LibraryRows& out);
     void dropConnection();
 
     QString filePath;

@@ -6,6 +6,7 @@
 #include <QMutexLocker>
 
 #include <algorithm>
+#include <memory>
 
 SubThreadGetDetail::SubThreadGetDetail(KrokManager* registryToDrive, QObject* parent)
     : QThread(parent)
@@ -69,7 +70,15 @@ void SubThreadGetDetail::run()
     if (refresh)
         registry->InvalidateFiles(fileList);
 
+    // The library reads the rows of the next files while this thread takes
+    // in the rows of the present ones.
     int recalledTo = 0;
+    std::unique_ptr<KrokManager::Recall> nextRecall;
+    const auto beginRecall = [&](int at) {
+        nextRecall = registry->BeginRecall(fileList.mid(at, kRecallChunk));
+    };
+    if (!refresh)
+        beginRecall(0);
     int from = 0;
     for (;;) {
         QElapsedTimer clock;
@@ -79,8 +88,11 @@ void SubThreadGetDetail::run()
             if (takeCancelRequest())
                 return;
             if (!refresh && i >= recalledTo) {
+                const std::unique_ptr<KrokManager::Recall> recall = std::move(nextRecall);
                 recalledTo = std::min(n, i + kRecallChunk);
-                registry->RecallFromLibrary(fileList.mid(i, recalledTo - i));
+                if (recalledTo < n)
+                    beginRecall(recalledTo);
+                registry->EndRecall(*recall);
             }
             const QString& path = fileList.at(i);
             if (!registry->IsAnalyzed(path))

@@ -167,14 +167,21 @@ int main(int argc, char** argv)
     }
     registry.RegisterFiles(files);
     constexpr int kRecallChunk = 512;
+    std::unique_ptr<KrokManager::Recall> nextRecall =
+        registry.BeginRecall(files.mid(0, kRecallChunk));
 
     const bool progress = ::isatty(STDERR_FILENO) != 0;
     QElapsedTimer sinceProgress;
     sinceProgress.start();
     bool ok = Write(json ? QByteArrayLiteral("[") : (ScanReport::CsvHeader() + '\n').toUtf8());
     for (int i = 0; i < files.size() && ok; ++i) {
-        if (i % kRecallChunk == 0)
-            registry.RecallFromLibrary(files.mid(i, kRecallChunk));
+        // The library reads the next rows while these are analysed and printed.
+        if (i % kRecallChunk == 0) {
+            const std::unique_ptr<KrokManager::Recall> recall = std::move(nextRecall);
+            if (i + kRecallChunk < files.size())
+                nextRecall = registry.BeginRecall(files.mid(i + kRecallChunk, kRecallChunk));
+            registry.EndRecall(*recall);
+        }
         const QString& path = files.at(i);
         if (!registry.IsAnalyzed(path))
             registry.AnalyzeFile(path);
