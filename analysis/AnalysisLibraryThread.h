@@ -16,8 +16,9 @@
 // Runs an analysis library on a thread of its own, where its connection
 // lives, so that any number of analysis threads can share it: lookups are
 // answered in batches, and stored rows are written in batched transactions.
-// Nothing here waits for the disk on the caller's thread except Fetch and
-// Flush, which analysis threads and command-line tools call, never the GUI.
+// Nothing here waits for the disk on the caller's thread except Fetch, Flush
+// and the destructor (the last batch): analysis threads and command-line tools
+// call those, and the GUI thread only at shutdown.
 class AnalysisLibraryThread final
 {
 public:

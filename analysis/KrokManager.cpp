@@ -7,7 +7,6 @@
 #include "WaveFileAnalysis.h"
 #include "WaveHeaderReader.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <QMutexLocker>
 
