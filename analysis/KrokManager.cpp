@@ -246,10 +246,9 @@ void KrokManager::SetLibrary(std::unique_ptr<AnalysisLibrary> backend)
 {
     std::shared_ptr<AnalysisLibraryThread> started;
     if (backend) {
-        // Problems reach the user through the registry's error channel; the
-        // connection to it is queued, so emitting from the library's thread is safe.
         started = std::make_shared<AnalysisLibraryThread>(
-            std::move(backend), [this](const QString& problem) { emit SigErrorReceived(problem); });
+            std::move(backend),
+            [this](const QString& problem) { emit SigLibraryProblem(problem); });
     }
     QMutexLocker lock(&mutex);
     if (library) {

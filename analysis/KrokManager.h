@@ -67,6 +67,7 @@ public:
 
     // Keeps analysis results in `library` from now on (opened on a thread of
     // its own); null turns the persistent library off. Never waits for it.
+    // Its problems come through SigLibraryProblem.
     void SetLibrary(std::unique_ptr<AnalysisLibrary> library);
     bool HasLibrary();
     // Removes the library's rows of files in `folder` that no longer exist;
@@ -101,7 +102,9 @@ public:
 
 signals:
     void SigErrorReceived(QString message);
-    // Emitted on the library's thread.
+    // Emitted on the library's thread: a problem of the persistent library,
+    // each kind once, and the end of a clear.
+    void SigLibraryProblem(QString message);
     void SigLibraryCleared(bool cleared);
 
 private:

@@ -36,6 +36,8 @@ TeskManager::TeskManager(QObject* parent)
             Qt::QueuedConnection);
     connect(krokManager, &KrokManager::SigLibraryCleared, this,
             &TeskManager::SlotAnalysisLibraryCleared, Qt::QueuedConnection);
+    connect(krokManager, &KrokManager::SigLibraryProblem, this,
+            &TeskManager::SlotAnalysisLibraryProblem, Qt::QueuedConnection);
     krokManager->Initialize();
     threadGetDetail = new SubThreadGetDetail(krokManager);
     threadGetList = new SubThreadGetList();
@@ -312,6 +314,15 @@ void TeskManager::SlotClearAnalysisLibraryCalled()
     krokManager->ClearLibrary();
 }
 
+void TeskManager::SlotAnalysisLibraryProblem(QString message)
+{
+    if (IsListingRoot() || threadGetDetail->isRunning()) {
+        pendingLibraryProblem = message;
+        return;
+    }
+    emit SigSetStatusMessage(message);
+}
+
 void TeskManager::SlotAnalysisLibraryCleared(bool cleared)
 {
     emit SigSetStatusMessage(cleared ? tr("Cleared the analysis library.")
@@ -488,6 +499,10 @@ void TeskManager::SlotEndGetDetailInfo()
     emit SigEndGetDetailInfo();
     emit SigSearchExecute(searchCriteria);
     pendingUpdateFiles.clear();
+    if (!pendingLibraryProblem.isEmpty()) {
+        emit SigSetStatusMessage(pendingLibraryProblem);
+        pendingLibraryProblem.clear();
+    }
 }
 
 void TeskManager::SlotSelectedFileUpdateCalled(QStringList filePaths)

@@ -133,6 +133,9 @@ public slots:
     // Removes every stored analysis result (the caller has asked the user).
     void SlotClearAnalysisLibraryCalled();
     void SlotAnalysisLibraryCleared(bool cleared);
+    // Shown at once when nothing is being acquired; otherwise after the
+    // pass's last status line, which would hide it at once.
+    void SlotAnalysisLibraryProblem(QString message);
     void SlotStartPlaybackCalled(QString path);
     void SlotStartPlaybackWithSeekCalled(QString path, int seekMs);
     void SlotStopPlaybackCalled();
@@ -179,6 +182,7 @@ private:
     bool announcingRoot = false;
     QStringList pendingUpdateFiles;
     int totalFileCount = 0;
+    QString pendingLibraryProblem;
 };
 
 Q_DECLARE_METATYPE(TeskManager::ColorTheme)

@@ -424,7 +424,7 @@ private slots:
         const auto registry = Registry(library, false, false, quick);
         QStringList problems;
         connect(
-            registry.get(), &KrokManager::SigErrorReceived, this,
+            registry.get(), &KrokManager::SigLibraryProblem, this,
             [&problems](const QString& text) { problems << text; }, Qt::DirectConnection);
         Scan(*registry, files);
         for (const QString& file : files) {

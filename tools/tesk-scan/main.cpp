@@ -154,7 +154,7 @@ int main(int argc, char** argv)
     registry.SetLoudnessEnabled(loudness);
     registry.SetMultiPlotEnabled(multiPlot);
     // Problems of the library are told once each; the scan goes on without it.
-    QObject::connect(&registry, &KrokManager::SigErrorReceived, [](const QString& problem) {
+    QObject::connect(&registry, &KrokManager::SigLibraryProblem, [](const QString& problem) {
         std::fprintf(stderr, "tesk-scan: %s\n", qPrintable(problem));
     });
     if (!parser.isSet(noLibraryOption)) {
