@@ -467,8 +467,9 @@ void TeskManager::SlotFileListAcquired(QList<QString> fileList)
     emit SigSetStatusMessage(
         tr("Completed file list acquisition. System is registering files to Analysis Library..."));
     emit SigSetWaitCursor();
-    // Rows of files gone from this folder leave the persistent library.
-    krokManager->ForgetMissingFiles(s.rootPath, recursiveFlag, fileList);
+    // Rows of files gone from this folder leave the persistent library once
+    // the pass is over, so that the lookups of the pass come first.
+    listedFolder = {s.rootPath, recursiveFlag, fileList};
     if (krokManager->RegisterFiles(fileList)) {
         emit SigFilePathListAcquired(fileList);
         emit SigSetStatusMessage(
@@ -499,6 +500,11 @@ void TeskManager::SlotEndGetDetailInfo()
     emit SigEndGetDetailInfo();
     emit SigSearchExecute(searchCriteria);
     pendingUpdateFiles.clear();
+    if (!listedFolder.root.isEmpty()) {
+        krokManager->ForgetMissingFiles(listedFolder.root, listedFolder.recursive,
+                                        listedFolder.files);
+        listedFolder = {};
+    }
     if (!pendingLibraryProblem.isEmpty()) {
         emit SigSetStatusMessage(pendingLibraryProblem);
         pendingLibraryProblem.clear();

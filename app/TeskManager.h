@@ -183,6 +183,13 @@ private:
     QStringList pendingUpdateFiles;
     int totalFileCount = 0;
     QString pendingLibraryProblem;
+    // The last folder listed, until its pass ends.
+    struct ListedFolder
+    {
+        QString root;
+        bool recursive = false;
+        QStringList files;
+    } listedFolder;
 };
 
 Q_DECLARE_METATYPE(TeskManager::ColorTheme)
