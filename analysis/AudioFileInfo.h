@@ -26,7 +26,7 @@ struct AudioFileInfo
     std::int32_t isValid = 1;
     std::string reserved;
     std::int32_t isHeaderRead = 0;
-    std::int32_t fileSize = 0; // 32 bits on purpose: files of 2 GiB and more wrap
+    std::int64_t fileSize = 0;
     std::string modifyTime;
     std::int32_t samplingRate = 48000;
     std::int32_t channels = 1;
@@ -50,4 +50,16 @@ struct AudioFileInfo
     // Descriptions, tags and the like (FileMetadata.h), shared between copies;
     // null when the file carries none.
     std::shared_ptr<const FileMetadata> metadata;
+    // Why the row shows ERROR; empty when nothing went wrong.
+    std::string errorText;
+    // The optional parts the analysis was asked for (AnalysisPart bits), so that a
+    // stored record tells what is still to be measured when more is wanted later.
+    std::int32_t measuredParts = 0;
+};
+
+// Optional parts of the analysis; the header fields and the mixed plot are always read.
+enum AnalysisPart : std::int32_t
+{
+    AnalysisPartLoudness = 1,
+    AnalysisPartMultiPlot = 2,
 };

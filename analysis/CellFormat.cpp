@@ -106,8 +106,11 @@ QVariant RecordCellValue(int column, const AudioFileInfo& info, bool forSorting,
                          bool loudnessVoltMode)
 {
     switch (column) {
-    case ColumnSize:
-        return forSorting ? QVariant(info.fileSize) : QVariant(FormatFileSize(info.fileSize));
+    case ColumnSize: {
+        // The cells keep their 32-bit view of the size: files of 2 GiB and more wrap.
+        const auto size = static_cast<std::int32_t>(info.fileSize);
+        return forSorting ? QVariant(size) : QVariant(FormatFileSize(size));
+    }
     case ColumnModifyTime:
         return QString::fromStdString(info.modifyTime);
     case ColumnFormat:

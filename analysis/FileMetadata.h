@@ -134,3 +134,8 @@ const char* MetadataKeyName(MetadataKey key);
 
 // Keeps at most `maxBytes` of UTF-8 text without splitting a character.
 void CutUtf8(std::string& text, std::size_t maxBytes);
+
+// The record as the analysis library stores it (empty for none), and back;
+// damaged bytes give what could be read before the damage, never garbage.
+std::string StoredMetadataBytes(const FileMetadata* metadata);
+FileMetadataPtr MetadataFromStoredBytes(std::string_view bytes);

@@ -1,16 +1,15 @@
 #include "KrokManager.h"
 
+#include "AnalysisLibraryThread.h"
 #include "CompressedFileAnalysis.h"
 #include "FileMetadataReader.h"
+#include "LoudnessMeter.h"
 #include "PreviewPlayer.h"
 #include "WaveFileAnalysis.h"
 #include "WaveHeaderReader.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <QMutexLocker>
-
-#include <sys/stat.h>
 
 #include <cstdio>
 #include <ctime>
@@ -25,7 +24,16 @@ KrokManager::KrokManager(PreviewPlayer* previewPlayer, QObject* parent)
     }
 }
 
-KrokManager::~KrokManager() = default;
+KrokManager::~KrokManager()
+{
+    // Joined here, outside the lock: each writes its last batch first.
+    std::vector<std::shared_ptr<AnalysisLibraryThread>> libraries;
+    {
+        QMutexLocker lock(&mutex);
+        libraries.swap(retiredLibraries);
+        libraries.push_back(std::move(library));
+    }
+}
 
 const AudioFileInfo& KrokManager::DefaultFileInfo()
 {
@@ -46,6 +54,7 @@ void KrokManager::Initialize()
 
 void KrokManager::Finalize()
 {
+    std::vector<std::shared_ptr<AnalysisLibraryThread>> libraries;
     {
         QMutexLocker lock(&mutex);
         if (initialized) {
@@ -53,7 +62,15 @@ void KrokManager::Finalize()
             if (player)
                 player->Finalize();
         }
+        libraries.swap(retiredLibraries);
+        if (library)
+            libraries.push_back(std::move(library));
     }
+    // Each writes its last batch and closes; a lookup still running elsewhere
+    // keeps its library alive until it returns.
+    for (const auto& lib : libraries)
+        lib->RequestStop();
+    libraries.clear();
     // Reference-counted by the reader, so every Initialize needs its Finalize.
     FinalizeWaveHeaderLibrary();
 }
@@ -65,28 +82,81 @@ bool KrokManager::RegisterFiles(QStringList paths)
     return initialized;
 }
 
+std::int32_t KrokManager::wantedParts() const
+{
+    return (loudnessEnabled ? AnalysisPartLoudness : 0) |
+           (multiPlotEnabled ? AnalysisPartMultiPlot : 0);
+}
+
+namespace {
+
+bool HoldsParts(const AudioFileInfo& info, std::int32_t parts)
+{
+    return (parts & ~info.measuredParts) == 0;
+}
+
+} // namespace
+
 bool KrokManager::IsAnalyzed(const QString& path)
 {
     QMutexLocker lock(&mutex);
     if (!initialized)
         return false;
     const auto it = records.find(path.toStdString());
-    return it != records.end() && it->second.isHeaderRead != 0;
+    return it != records.end() && !it->second.stale && it->second.info.isHeaderRead != 0 &&
+           HoldsParts(it->second.info, wantedParts());
+}
+
+std::shared_ptr<AnalysisLibraryThread> KrokManager::currentLibrary()
+{
+    QMutexLocker lock(&mutex);
+    return library;
 }
 
 void KrokManager::AnalyzeFile(const QString& path)
 {
-    bool multiPlotWanted = false;
-    bool loudnessWanted = false;
+    const std::string key = path.toStdString();
+    std::int32_t wanted = 0;
+    // Taken before the analysis: a file rewritten meanwhile then differs from
+    // its stored stamp and is analysed again next time.
+    const FileStamp stamp = ReadFileStamp(path);
+    AudioFileInfo info;
+    bool current = false;
     {
         QMutexLocker lock(&mutex);
-        multiPlotWanted = multiPlotEnabled;
-        loudnessWanted = loudnessEnabled;
+        wanted = wantedParts();
+        const auto it = records.find(key);
+        if (it != records.end() && !it->second.stale && stamp.exists() &&
+            it->second.stamp == stamp) {
+            info = it->second.info;
+            current = true;
+        }
     }
-    AudioFileInfo info;
-    AnalyzeAudioFile(path, info, multiPlotWanted, loudnessWanted);
-    QMutexLocker lock(&mutex);
-    records[path.toStdString()] = info;
+    if (current) {
+        const std::int32_t missing = wanted & ~info.measuredParts;
+        if (missing == 0)
+            return;
+        MeasureAudioFileParts(path, info, missing);
+    } else {
+        AnalyzeAudioFile(path, stamp, info, (wanted & AnalysisPartMultiPlot) != 0,
+                         (wanted & AnalysisPartLoudness) != 0);
+        info.measuredParts = wanted;
+    }
+    std::shared_ptr<AnalysisLibraryThread> lib;
+    {
+        QMutexLocker lock(&mutex);
+        const auto it = records.find(key);
+        if (it == records.end()) {
+            records.try_emplace(key, AudioFileInfo(info), stamp);
+        } else {
+            it->second.info = info;
+            it->second.stamp = stamp;
+            it->second.stale = false;
+        }
+        lib = library;
+    }
+    if (lib && stamp.exists())
+        lib->Store(LibraryRow{path, stamp, std::move(info)});
 }
 
 void KrokManager::InvalidateFiles(const QStringList& paths)
@@ -96,9 +166,124 @@ void KrokManager::InvalidateFiles(const QStringList& paths)
         return;
     for (const QString& path : paths) {
         const auto it = records.find(path.toStdString());
-        if (it != records.end())
-            it->second.isHeaderRead = 0;
+        if (it != records.end()) {
+            it->second.info.isHeaderRead = 0;
+            it->second.stale = true;
+        }
     }
+}
+
+void KrokManager::RecallFromLibrary(const QStringList& paths)
+{
+    const std::unique_ptr<Recall> recall = BeginRecall(paths);
+    EndRecall(*recall);
+}
+
+std::unique_ptr<KrokManager::Recall> KrokManager::BeginRecall(const QStringList& paths)
+{
+    auto recall = std::make_unique<Recall>();
+    std::vector<FileStamp> stamps;
+    stamps.reserve(std::size_t(paths.size()));
+    for (const QString& path : paths)
+        stamps.push_back(ReadFileStamp(path));
+
+    std::shared_ptr<AnalysisLibraryThread> lib;
+    {
+        QMutexLocker lock(&mutex);
+        if (!initialized)
+            return recall;
+        const std::int32_t wanted = wantedParts();
+        for (int i = 0; i < paths.size(); ++i) {
+            const FileStamp& stamp = stamps[std::size_t(i)];
+            std::string key = paths.at(i).toStdString();
+            const auto it = records.find(key);
+            if (it != records.end()) {
+                Entry& entry = it->second;
+                if (entry.stamp != stamp)
+                    entry.stale = true;
+                else if (!entry.stale && HoldsParts(entry.info, wanted))
+                    continue;
+            }
+            if (stamp.exists()) {
+                recall->keys << paths.at(i);
+                recall->stdKeys.push_back(std::move(key));
+                recall->stamps.push_back(stamp);
+            }
+        }
+        lib = library;
+    }
+    if (lib && !recall->keys.isEmpty())
+        recall->rows = lib->FetchLater(recall->keys);
+    return recall;
+}
+
+void KrokManager::EndRecall(Recall& recall)
+{
+    if (!recall.rows.valid())
+        return;
+    LibraryRows rows = recall.rows.get();
+    QMutexLocker lock(&mutex);
+    for (std::size_t j = 0; j < rows.size(); ++j) {
+        const FileStamp& stamp = recall.stamps[j];
+        if (!rows[j] || rows[j]->stamp != stamp)
+            continue;
+        AudioFileInfo& stored = rows[j]->info;
+        // Built in place when new (a record is some kilobytes); left alone otherwise.
+        const auto [it, inserted] =
+            records.try_emplace(std::move(recall.stdKeys[j]), std::move(stored), stamp);
+        if (inserted)
+            continue;
+        Entry& entry = it->second;
+        // A current record of this session that holds more parts than the row stays.
+        if (!entry.stale && entry.stamp == stamp && !HoldsParts(stored, entry.info.measuredParts))
+            continue;
+        entry.info = std::move(stored);
+        entry.stamp = stamp;
+        entry.stale = false;
+    }
+}
+
+void KrokManager::SetLibrary(std::unique_ptr<AnalysisLibrary> backend)
+{
+    std::shared_ptr<AnalysisLibraryThread> started;
+    if (backend) {
+        started = std::make_shared<AnalysisLibraryThread>(
+            std::move(backend),
+            [this](const QString& problem) { emit SigLibraryProblem(problem); });
+    }
+    QMutexLocker lock(&mutex);
+    if (library) {
+        library->RequestStop();
+        retiredLibraries.push_back(std::move(library));
+    }
+    library = std::move(started);
+}
+
+bool KrokManager::HasLibrary()
+{
+    QMutexLocker lock(&mutex);
+    return library != nullptr;
+}
+
+void KrokManager::ForgetMissingFiles(const QString& folder, bool recursive,
+                                     const QStringList& listed)
+{
+    if (const auto lib = currentLibrary())
+        lib->ForgetMissing(QFileInfo(folder).absoluteFilePath(), recursive, listed);
+}
+
+void KrokManager::ClearLibrary()
+{
+    if (const auto lib = currentLibrary())
+        lib->Clear([this](bool cleared) { emit SigLibraryCleared(cleared); });
+    else
+        emit SigLibraryCleared(false);
+}
+
+void KrokManager::FlushLibrary()
+{
+    if (const auto lib = currentLibrary())
+        lib->Flush();
 }
 
 AudioFileInfo KrokManager::GetFileInfo(const QString& path)
@@ -107,7 +292,7 @@ AudioFileInfo KrokManager::GetFileInfo(const QString& path)
     if (!initialized)
         return DefaultFileInfo();
     const auto it = records.find(path.toStdString());
-    return it == records.end() ? DefaultFileInfo() : it->second;
+    return it == records.end() ? DefaultFileInfo() : it->second.info;
 }
 
 std::shared_ptr<const FileMetadata> KrokManager::FindMetadata(const QString& path,
@@ -122,8 +307,8 @@ std::shared_ptr<const FileMetadata> KrokManager::FindMetadata(const QString& pat
     if (it == records.end())
         return nullptr;
     if (samplingRate)
-        *samplingRate = it->second.samplingRate;
-    return it->second.metadata;
+        *samplingRate = it->second.info.samplingRate;
+    return it->second.info.metadata;
 }
 
 bool KrokManager::FindFileInfo(const QString& path, AudioFileInfo& out)
@@ -134,7 +319,7 @@ bool KrokManager::FindFileInfo(const QString& path, AudioFileInfo& out)
     const auto it = records.find(path.toStdString());
     if (it == records.end())
         return false;
-    out = it->second;
+    out = it->second.info;
     return true;
 }
 
@@ -239,7 +424,7 @@ std::int64_t KrokManager::GetPlaybackPosition()
     const auto it = records.find(playingPath.toStdString());
     if (it == records.end() || playingRange)
         return pos;
-    const AudioFileInfo& info = it->second;
+    const AudioFileInfo& info = it->second.info;
     const std::int64_t start = info.loopStart;
     const std::int64_t end = info.loopEnd;
     // Only the first loop counts; a position exactly at the loop end stays.
@@ -248,14 +433,10 @@ std::int64_t KrokManager::GetPlaybackPosition()
     return pos;
 }
 
-std::string FileModifyTimeText(const QString& path)
+std::string ModifyTimeText(std::int64_t mtimeNs)
 {
-    struct stat status
-    {};
-    if (::stat(path.toLocal8Bit().constData(), &status) != 0)
-        return "0000/00/00 00:00:00";
     std::tm local{};
-    const std::time_t seconds = status.st_mtime;
+    const std::time_t seconds = static_cast<std::time_t>(mtimeNs / 1000000000);
     if (!localtime_r(&seconds, &local))
         return "0000/00/00 00:00:00";
     char text[80];
@@ -264,17 +445,27 @@ std::string FileModifyTimeText(const QString& path)
     return text;
 }
 
+std::string FileModifyTimeText(const QString& path)
+{
+    const FileStamp stamp = ReadFileStamp(path);
+    return stamp.exists() ? ModifyTimeText(stamp.mtimeNs) : "0000/00/00 00:00:00";
+}
+
 void AnalyzeAudioFile(const QString& path, AudioFileInfo& info, bool multiPlotWanted,
                       bool loudnessWanted)
 {
-    if (!QFile::exists(path))
-        return;
-    const QFileInfo fileInfo(path);
-    // Kept in 32 bits on purpose: files of 2 GiB and more wrap.
-    info.fileSize = static_cast<std::int32_t>(fileInfo.size());
-    info.modifyTime = FileModifyTimeText(path);
+    AnalyzeAudioFile(path, ReadFileStamp(path), info, multiPlotWanted, loudnessWanted);
+}
 
-    const QString suffix = fileInfo.suffix().toLower();
+void AnalyzeAudioFile(const QString& path, const FileStamp& stamp, AudioFileInfo& info,
+                      bool multiPlotWanted, bool loudnessWanted)
+{
+    if (!stamp.exists())
+        return;
+    info.fileSize = stamp.size;
+    info.modifyTime = ModifyTimeText(stamp.mtimeNs);
+
+    const QString suffix = QFileInfo(path).suffix().toLower();
     const QByteArray localPath = path.toLocal8Bit();
     if (suffix == QLatin1String("wav") || suffix == QLatin1String("aif") ||
         suffix == QLatin1String("aiff"))
@@ -284,4 +475,33 @@ void AnalyzeAudioFile(const QString& path, AudioFileInfo& info, bool multiPlotWa
     else if (suffix == QLatin1String("ogg"))
         AnalyzeVorbisFile(localPath.constData(), info, multiPlotWanted, loudnessWanted);
     info.metadata = ReadFileMetadata(localPath.constData(), suffix.toStdString());
+}
+
+void MeasureAudioFileParts(const QString& path, AudioFileInfo& info, std::int32_t parts)
+{
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    const bool wave = suffix == QLatin1String("wav") || suffix == QLatin1String("aif") ||
+                      suffix == QLatin1String("aiff");
+    if (parts == AnalysisPartLoudness && wave) {
+        // The loudness pass alone: the header and plots are known already.
+        float value = kLoudnessFloor;
+        float peak = -1.0f;
+        info.loudness = MeasureFileLoudness(path.toLocal8Bit().constData(), &value, &peak)
+                            ? value
+                            : kLoudnessFloor;
+        info.samplePeak = peak;
+    } else {
+        AudioFileInfo fresh;
+        AnalyzeAudioFile(path, fresh, (parts & AnalysisPartMultiPlot) != 0,
+                         (parts & AnalysisPartLoudness) != 0);
+        if (parts & AnalysisPartLoudness) {
+            info.loudness = fresh.loudness;
+            info.samplePeak = fresh.samplePeak;
+        }
+        if (parts & AnalysisPartMultiPlot) {
+            info.multiPlot = fresh.multiPlot;
+            info.isMultiPlotValid = fresh.isMultiPlotValid;
+        }
+    }
+    info.measuredParts |= parts;
 }

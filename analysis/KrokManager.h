@@ -1,6 +1,8 @@
 #pragma once
 
+#include "AnalysisLibrary.h"
 #include "AudioFileInfo.h"
+#include "FileStamp.h"
 
 #include <QMutex>
 #include <QObject>
@@ -8,14 +10,22 @@
 #include <QStringList>
 
 #include <cstdint>
+#include <future>
+#include <memory>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
+class AnalysisLibraryThread;
 class PreviewPlayer;
 
 // The "Analysis Library": one analysis record per audio file, keyed by full
 // path, filled on request by the per-file analysis, plus the preview player
 // that plays those files. The detail worker analyses; the table reads copies.
+// A record is valid while its file's size and modification time are
+// unchanged. With a persistent library attached, records are looked up there
+// before a file is analysed, and new ones are written back; every analysis
+// thread goes through here, so several may share the library.
 class KrokManager final : public QObject
 {
     Q_OBJECT
@@ -31,10 +41,43 @@ public:
 
     // There is no limit on the number of files; fails only before Initialize.
     bool RegisterFiles(QStringList paths);
+    // True when the record is current and holds every part now wanted.
     bool IsAnalyzed(const QString& path);
-    // Runs the analysis without holding the lock, then stores the record.
+    // Runs the analysis without holding the lock, then stores the record. A
+    // current record that lacks a wanted part gets only that part measured.
     void AnalyzeFile(const QString& path);
+    // The next analysis of these files starts afresh and replaces their rows.
     void InvalidateFiles(const QStringList& paths);
+    // Checks the records of `paths` against their files and takes what the
+    // persistent library holds for those not current: one lookup for all.
+    // Blocks on the library; for analysis threads only.
+    void RecallFromLibrary(const QStringList& paths);
+    // The same in two steps, so that an analysis thread can look at the next
+    // files while the library reads rows for these: BeginRecall checks the
+    // files and asks the library, EndRecall takes the answer in.
+    struct Recall
+    {
+        QStringList keys;
+        std::vector<std::string> stdKeys;
+        std::vector<FileStamp> stamps;
+        std::future<LibraryRows> rows;
+    };
+    std::unique_ptr<Recall> BeginRecall(const QStringList& paths);
+    void EndRecall(Recall& recall);
+
+    // Keeps analysis results in `library` from now on (opened on a thread of
+    // its own); null turns the persistent library off. Never waits for it.
+    // Its problems come through SigLibraryProblem.
+    void SetLibrary(std::unique_ptr<AnalysisLibrary> library);
+    bool HasLibrary();
+    // Removes the library's rows of files in `folder` that no longer exist;
+    // `listed` are the files just listed there. Queued.
+    void ForgetMissingFiles(const QString& folder, bool recursive, const QStringList& listed);
+    // Removes every row of the library; SigLibraryCleared follows. Queued.
+    void ClearLibrary();
+    // Returns once every record analysed so far is written to the library.
+    // Blocks; not for the GUI thread.
+    void FlushLibrary();
     // A copy of the record, or the shared default record.
     AudioFileInfo GetFileInfo(const QString& path);
     // False (and `out` untouched) when the registry holds no record for the path.
@@ -65,8 +108,28 @@ public:
 
 signals:
     void SigErrorReceived(QString message);
+    // Emitted on the library's thread: a problem of the persistent library,
+    // each kind once, and the end of a clear.
+    void SigLibraryProblem(QString message);
+    void SigLibraryCleared(bool cleared);
 
 private:
+    struct Entry
+    {
+        Entry(AudioFileInfo&& record, const FileStamp& fileStamp)
+            : info(std::move(record))
+            , stamp(fileStamp)
+        {}
+
+        AudioFileInfo info;
+        FileStamp stamp;
+        // Set when the file changed or a refresh was asked: analysed afresh next.
+        bool stale = false;
+    };
+
+    std::int32_t wantedParts() const;
+    std::shared_ptr<AnalysisLibraryThread> currentLibrary();
+
     mutable QMutex mutex;
     bool initialized = false;
     QString playingPath;
@@ -74,14 +137,25 @@ private:
     PreviewPlayer* player = nullptr;
     bool loudnessEnabled = false;
     bool multiPlotEnabled = false;
-    std::unordered_map<std::string, AudioFileInfo> records;
+    std::unordered_map<std::string, Entry> records;
+    std::shared_ptr<AnalysisLibraryThread> library;
+    // Libraries turned off while a lookup may still use them; joined at Finalize.
+    std::vector<std::shared_ptr<AnalysisLibraryThread>> retiredLibraries;
 };
 
 // The per-file analysis behind AnalyzeFile: file size, modify time, then the
 // reader for the lower-cased suffix. Leaves defaults for a missing file.
 void AnalyzeAudioFile(const QString& path, AudioFileInfo& info, bool multiPlotWanted,
                       bool loudnessWanted);
+// The same with the file's stamp read already (size and time come from it).
+void AnalyzeAudioFile(const QString& path, const FileStamp& stamp, AudioFileInfo& info,
+                      bool multiPlotWanted, bool loudnessWanted);
+
+// Measures the optional `parts` (AnalysisPart bits) of a file whose record
+// already holds the rest, and adds them to `info`.
+void MeasureAudioFileParts(const QString& path, AudioFileInfo& info, std::int32_t parts);
 
 // "%04d/%02d/%02d %02d:%02d:%02d" in local time; "0000/00/00 00:00:00" when
 // the file's status cannot be read.
 std::string FileModifyTimeText(const QString& path);
+std::string ModifyTimeText(std::int64_t mtimeNs);

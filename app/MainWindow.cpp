@@ -293,6 +293,17 @@ void MainWindow::SlotShowDialog(QString title, QString msg)
     QMessageBox::information(this, title, msg, QMessageBox::Ok);
 }
 
+void MainWindow::SlotClearAnalysisLibrary()
+{
+    const auto answer = QMessageBox::question(
+        this, tr("Clear Analysis Library"),
+        tr("Remove every stored analysis result? Files are read and analysed again the next time "
+           "their folder is opened."),
+        QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
+    if (answer == QMessageBox::Yes)
+        manager->SlotClearAnalysisLibraryCalled();
+}
+
 void MainWindow::SlotSetMainWindowGeometry(int left, int top, int wid, int hgt)
 {
     geometryRestored = true;

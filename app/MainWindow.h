@@ -73,6 +73,8 @@ public slots:
     void SlotChangeColor(TeskManager::ColorTheme theme);
     void SlotOpenFontForm();
     void SlotOpenBookmarkManager();
+    // Asks before removing every stored analysis result.
+    void SlotClearAnalysisLibrary();
     void SlotSortSettingsApplied();
     void SlotGacOpenSettings();
     void SlotGacToggleConnection();

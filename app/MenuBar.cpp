@@ -133,6 +133,19 @@ void MenuBar::buildToolMenu()
         themeActions.append(action);
     }
 
+    QMenu* library = menu->addMenu(tr("Analysis Library"));
+    actionAnalysisLibrary = library->addAction(tr("Keep Analysis Results Between Sessions"));
+    actionAnalysisLibrary->setCheckable(true);
+    actionAnalysisLibrary->setChecked(manager->IsAnalysisLibraryEnabled());
+    connect(actionAnalysisLibrary, &QAction::toggled, manager,
+            &TeskManager::SlotChangeAnalysisLibraryCalled);
+    actionClearLibrary = library->addAction(tr("Clear Analysis Library..."));
+    connect(actionClearLibrary, &QAction::triggered, window, &MainWindow::SlotClearAnalysisLibrary);
+    connect(manager, &TeskManager::SigAnalysisLibraryChanged, this, [this](bool flag) {
+        actionAnalysisLibrary->setChecked(flag);
+        actionClearLibrary->setEnabled(flag);
+    });
+
     QMenu* nuendo = menu->addMenu(tr("Nuendo Connection"));
     QAction* gacSettings = nuendo->addAction(tr("Open Nuendo Connection Settings..."));
     connectToWindowSlot(gacSettings, "SlotGacOpenSettings()");

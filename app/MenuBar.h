@@ -35,6 +35,8 @@ public:
     QAction* seekBackwardAction() const { return actionSeekBackward; }
     QAction* matchLoudnessAction() const { return actionMatchLoudness; }
     QAction* detailViewAction() const { return actionDetailView; }
+    QAction* analysisLibraryAction() const { return actionAnalysisLibrary; }
+    QAction* clearLibraryAction() const { return actionClearLibrary; }
 
 signals:
     void SigShowRootPathSelectDialog();
@@ -78,6 +80,8 @@ private:
     QAction* actionPlaylist = nullptr;
     QAction* actionMatchLoudness = nullptr;
     QAction* actionDetailView = nullptr;
+    QAction* actionAnalysisLibrary = nullptr;
+    QAction* actionClearLibrary = nullptr;
     QMenu* bookmarkMenu = nullptr;
     QAction* actionBookmarkAdd = nullptr;
     QAction* actionBookmarkDelete = nullptr;

@@ -52,6 +52,7 @@ const Key kKeys[] = {
     {"showHiddenFlag", &StoredSettings::showHiddenFlag},
     {"autoPlaybackFlag", &StoredSettings::autoPlaybackFlag},
     {"playlistFlag", &StoredSettings::playlistFlag},
+    {"analysisLibrary", &StoredSettings::analysisLibraryFlag},
     // The window fits the rectangle to the screens it finds.
     {"left", &StoredSettings::left, INT_MIN, INT_MAX},
     {"top", &StoredSettings::top, INT_MIN, INT_MAX},

@@ -20,6 +20,8 @@ struct StoredSettings
     bool showHiddenFlag = false;
     bool autoPlaybackFlag = true;
     bool playlistFlag = false;
+    // Analysis results kept between sessions in the persistent library.
+    bool analysisLibraryFlag = true;
     int left = -1;
     int top = -1;
     int width = 0;

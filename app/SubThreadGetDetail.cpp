@@ -5,6 +5,9 @@
 #include <QElapsedTimer>
 #include <QMutexLocker>
 
+#include <algorithm>
+#include <memory>
+
 SubThreadGetDetail::SubThreadGetDetail(KrokManager* registryToDrive, QObject* parent)
     : QThread(parent)
     , registry(registryToDrive)
@@ -61,9 +64,21 @@ void SubThreadGetDetail::run()
         emit SigEndGetDetailInfo();
         return;
     }
-    if (takeInvalidateRequest())
+    // A refresh analyses every file afresh; otherwise records still current
+    // (in memory or in the persistent library) are taken as they are.
+    const bool refresh = takeInvalidateRequest();
+    if (refresh)
         registry->InvalidateFiles(fileList);
 
+    // The library reads the rows of the next files while this thread takes
+    // in the rows of the present ones.
+    int recalledTo = 0;
+    std::unique_ptr<KrokManager::Recall> nextRecall;
+    const auto beginRecall = [&](int at) {
+        nextRecall = registry->BeginRecall(fileList.mid(at, kRecallChunk));
+    };
+    if (!refresh)
+        beginRecall(0);
     int from = 0;
     for (;;) {
         QElapsedTimer clock;
@@ -72,6 +87,13 @@ void SubThreadGetDetail::run()
         for (int i = from; i < n; ++i) {
             if (takeCancelRequest())
                 return;
+            if (!refresh && i >= recalledTo) {
+                const std::unique_ptr<KrokManager::Recall> recall = std::move(nextRecall);
+                recalledTo = std::min(n, i + kRecallChunk);
+                if (recalledTo < n)
+                    beginRecall(recalledTo);
+                registry->EndRecall(*recall);
+            }
             const QString& path = fileList.at(i);
             if (!registry->IsAnalyzed(path))
                 registry->AnalyzeFile(path);

@@ -25,6 +25,8 @@ public:
     void requestInvalidate();
 
     static constexpr qint64 kRangeBudgetMs = 250;
+    // Files checked against the persistent library in one lookup.
+    static constexpr int kRecallChunk = 512;
 
 signals:
     void SigAnalyzedInfoAcquired(int i_from, int i_to);

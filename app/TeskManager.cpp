@@ -6,6 +6,7 @@
 #include "LoudnessMatch.h"
 #include "LumoManager.h"
 #include "RootPathInput.h"
+#include "SqliteAnalysisLibrary.h"
 #include "SubThreadGetDetail.h"
 #include "SubThreadGetList.h"
 
@@ -42,6 +43,10 @@ TeskManager::TeskManager(QObject* parent)
     // the event loop runs.
     connect(krokManager, &KrokManager::SigErrorReceived, this, &TeskManager::SlotErrorReceived,
             Qt::QueuedConnection);
+    connect(krokManager, &KrokManager::SigLibraryCleared, this,
+            &TeskManager::SlotAnalysisLibraryCleared, Qt::QueuedConnection);
+    connect(krokManager, &KrokManager::SigLibraryProblem, this,
+            &TeskManager::SlotAnalysisLibraryProblem, Qt::QueuedConnection);
     krokManager->Initialize();
     threadGetDetail = new SubThreadGetDetail(krokManager);
     threadGetList = new SubThreadGetList();
@@ -115,6 +120,8 @@ void TeskManager::ApplyStoredSettings()
 
     krokManager->SetLoudnessEnabled(s.loudnessFlag);
     krokManager->SetMultiPlotEnabled(s.multiPlotFlag);
+    ApplyAnalysisLibrarySetting();
+    emit SigAnalysisLibraryChanged(s.analysisLibraryFlag);
     emit SigRowHeightChanged(s.rowHeight);
     emit SigAutoPlaybackFlagChanged(s.autoPlaybackFlag);
     emit SigPlaylistFlagChanged(s.playlistFlag);
@@ -449,8 +456,10 @@ void TeskManager::SlotChangeLoudnessCalled(bool flag)
     s.loudnessFlag = flag;
     krokManager->SetLoudnessEnabled(flag);
     emit SigLoudnessChanged(flag);
+    // Records without loudness count as not analysed now: the next pass
+    // measures loudness alone and keeps the rest.
     if (flag)
-        SlotUpdateCalled();
+        RestartAcquisition();
 }
 
 void TeskManager::SlotChangeLoudnessVoltModeCalled(bool flag)
@@ -464,10 +473,50 @@ void TeskManager::SlotChangeMultiPlotCalled(bool flag)
     s.multiPlotFlag = flag;
     krokManager->SetMultiPlotEnabled(flag);
     emit SigMultiPlotChanged(flag);
-    if (flag)
-        SlotUpdateCalled();
+    // As for loudness: only the per-channel plots missing are computed.
+    RestartAcquisition();
+}
+
+void TeskManager::ApplyAnalysisLibrarySetting()
+{
+    if (s.analysisLibraryFlag)
+        krokManager->SetLibrary(
+            std::make_unique<SqliteAnalysisLibrary>(SqliteAnalysisLibrary::DefaultPath()));
     else
-        RestartAcquisition();
+        krokManager->SetLibrary(nullptr);
+}
+
+void TeskManager::SlotChangeAnalysisLibraryCalled(bool flag)
+{
+    if (flag == s.analysisLibraryFlag)
+        return;
+    s.analysisLibraryFlag = flag;
+    ApplyAnalysisLibrarySetting();
+    emit SigAnalysisLibraryChanged(flag);
+}
+
+void TeskManager::SlotClearAnalysisLibraryCalled()
+{
+    if (!krokManager->HasLibrary()) {
+        emit SigSetStatusMessage(tr("The analysis library is turned off."));
+        return;
+    }
+    krokManager->ClearLibrary();
+}
+
+void TeskManager::SlotAnalysisLibraryProblem(QString message)
+{
+    if (IsListingRoot() || threadGetDetail->isRunning()) {
+        pendingLibraryProblem = message;
+        return;
+    }
+    emit SigSetStatusMessage(message);
+}
+
+void TeskManager::SlotAnalysisLibraryCleared(bool cleared)
+{
+    emit SigSetStatusMessage(cleared ? tr("Cleared the analysis library.")
+                                     : tr("Could not clear the analysis library."));
 }
 
 void TeskManager::SlotChangeShowHiddensCalled(bool flag)
@@ -654,6 +703,9 @@ void TeskManager::SlotFileListAcquired(QList<QString> fileList)
     emit SigSetStatusMessage(
         tr("Completed file list acquisition. System is registering files to Analysis Library..."));
     emit SigSetWaitCursor();
+    // Rows of files gone from this folder leave the persistent library once
+    // the pass is over, so that the lookups of the pass come first.
+    listedFolder = {s.rootPath, s.recursiveFlag, fileList};
     if (krokManager->RegisterFiles(fileList)) {
         emit SigFilePathListAcquired(fileList);
         if (!pendingSelection.isEmpty()) {
@@ -694,6 +746,15 @@ void TeskManager::SlotEndGetDetailInfo()
     emit SigEndGetDetailInfo();
     emit SigSearchExecute(searchCriteria);
     pendingUpdateFiles.clear();
+    if (!listedFolder.root.isEmpty()) {
+        krokManager->ForgetMissingFiles(listedFolder.root, listedFolder.recursive,
+                                        listedFolder.files);
+        listedFolder = {};
+    }
+    if (!pendingLibraryProblem.isEmpty()) {
+        emit SigSetStatusMessage(pendingLibraryProblem);
+        pendingLibraryProblem.clear();
+    }
 }
 
 void TeskManager::SlotSelectedFileUpdateCalled(QStringList filePaths)

@@ -65,6 +65,7 @@ public:
     bool IsShowHiddens() const { return s.showHiddenFlag; }
     bool IsAutoPlayback() const { return s.autoPlaybackFlag; }
     bool IsPlaylist() const { return s.playlistFlag; }
+    bool IsAnalysisLibraryEnabled() const { return s.analysisLibraryFlag; }
     int GetColumnVisibleState() const { return s.columnState; }
     QStringList GetRecentFolders() const { return s.recentDirs; }
     BookmarkList GetBookmarks() const { return s.bookmarks; }
@@ -139,6 +140,7 @@ signals:
     void SigShowHiddensFlagChanged(bool flag);
     void SigAutoPlaybackFlagChanged(bool flag);
     void SigPlaylistFlagChanged(bool flag);
+    void SigAnalysisLibraryChanged(bool flag);
     void SigFilePathListAcquired(QList<QString> pathList);
     void SigAnalyzedInfoAcquired(int i_from, int i_to);
     void SigEndGetDetailInfo();
@@ -181,6 +183,13 @@ public slots:
     void SlotChangeShowHiddensCalled(bool flag);
     void SlotChangeAutoPlaybackFlagCalled(bool flag);
     void SlotChangePlaylistFlagCalled(bool flag);
+    void SlotChangeAnalysisLibraryCalled(bool flag);
+    // Removes every stored analysis result (the caller has asked the user).
+    void SlotClearAnalysisLibraryCalled();
+    void SlotAnalysisLibraryCleared(bool cleared);
+    // Shown at once when nothing is being acquired; otherwise after the
+    // pass's last status line, which would hide it at once.
+    void SlotAnalysisLibraryProblem(QString message);
     void SlotStartPlaybackCalled(QString path);
     void SlotStartPlaybackWithSeekCalled(QString path, int seekMs);
     void SlotStopPlaybackCalled();
@@ -221,6 +230,7 @@ private:
     // Leaves the root as it is, empties the table and says so; no worker is left running.
     void ReportMissingRoot();
     void WatchRoot();
+    void ApplyAnalysisLibrarySetting();
 
     // The persisted state, with the built-in defaults until the store is read.
     StoredSettings s;
@@ -252,6 +262,14 @@ private:
     bool announcingRoot = false;
     QStringList pendingUpdateFiles;
     int totalFileCount = 0;
+    QString pendingLibraryProblem;
+    // The last folder listed, until its pass ends.
+    struct ListedFolder
+    {
+        QString root;
+        bool recursive = false;
+        QStringList files;
+    } listedFolder;
 };
 
 Q_DECLARE_METATYPE(TeskManager::ColorTheme)

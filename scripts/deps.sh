@@ -8,7 +8,7 @@ set_name=${1:-build}
 
 build_pkgs=(
     cmake g++ make pkg-config ccache
-    qtbase5-dev qttools5-dev qttools5-dev-tools
+    qtbase5-dev qttools5-dev qttools5-dev-tools libqt5sql5-sqlite
     libmpg123-dev libstb-dev libsdl2-dev libsamplerate0-dev libtag1-dev
 )
 test_pkgs=(

@@ -50,6 +50,14 @@
         <source>[Not Connected] Start connection</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Clear Analysis Library</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Remove every stored analysis result? Files are read and analysed again the next time their folder is opened.</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>MenuBar</name>
@@ -221,6 +229,18 @@
         <source>Match loudness</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Analysis Library</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keep Analysis Results Between Sessions</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Clear Analysis Library...</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>RegionExport</name>
@@ -242,6 +262,49 @@
     </message>
     <message>
         <source>Cancelled.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>SqliteAnalysisLibrary</name>
+    <message>
+        <source>no cache folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>cannot create its folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>not a file</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Qt&apos;s SQLite driver is missing</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The analysis library was damaged; it was moved to %1 and a new one was started.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The analysis library %1 is locked by another program; analysis results are kept for this session only.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The analysis library %1 is read-only; new analysis results are kept for this session only.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The analysis library %1 was written by a newer version of Tesk; analysis results are kept for this session only.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cannot open the analysis library %1 (%2); analysis results are kept for this session only.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cannot write to the analysis library %1 (%2); analysis results are kept for this session only.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -397,6 +460,18 @@
     </message>
     <message>
         <source>Folder not found: %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The analysis library is turned off.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cleared the analysis library.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not clear the analysis library.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

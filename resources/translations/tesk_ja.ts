@@ -50,6 +50,14 @@
         <source>[Not Connected] Start connection</source>
         <translation>[未接続] 接続を開始</translation>
     </message>
+    <message>
+        <source>Clear Analysis Library</source>
+        <translation>解析ライブラリの消去</translation>
+    </message>
+    <message>
+        <source>Remove every stored analysis result? Files are read and analysed again the next time their folder is opened.</source>
+        <translation>保存されているすべての解析結果を削除しますか？ 次にフォルダーを開いたときに、ファイルを読み込んで再解析します。</translation>
+    </message>
 </context>
 <context>
     <name>MenuBar</name>
@@ -221,6 +229,18 @@
         <source>Match loudness</source>
         <translation>ラウドネスを揃える</translation>
     </message>
+    <message>
+        <source>Analysis Library</source>
+        <translation>解析ライブラリ</translation>
+    </message>
+    <message>
+        <source>Keep Analysis Results Between Sessions</source>
+        <translation>解析結果を次回起動時も保持</translation>
+    </message>
+    <message>
+        <source>Clear Analysis Library...</source>
+        <translation>解析ライブラリを消去...</translation>
+    </message>
 </context>
 <context>
     <name>RegionExport</name>
@@ -243,6 +263,49 @@
     <message>
         <source>Cancelled.</source>
         <translation>キャンセルしました。</translation>
+    </message>
+</context>
+<context>
+    <name>SqliteAnalysisLibrary</name>
+    <message>
+        <source>no cache folder</source>
+        <translation>キャッシュフォルダーがありません</translation>
+    </message>
+    <message>
+        <source>cannot create its folder</source>
+        <translation>フォルダーを作成できません</translation>
+    </message>
+    <message>
+        <source>not a file</source>
+        <translation>ファイルではありません</translation>
+    </message>
+    <message>
+        <source>Qt&apos;s SQLite driver is missing</source>
+        <translation>Qt の SQLite ドライバーがありません</translation>
+    </message>
+    <message>
+        <source>The analysis library was damaged; it was moved to %1 and a new one was started.</source>
+        <translation>解析ライブラリが破損していたため、%1 に移動して新しいライブラリを作成しました。</translation>
+    </message>
+    <message>
+        <source>The analysis library %1 is locked by another program; analysis results are kept for this session only.</source>
+        <translation>解析ライブラリ %1 は他のプログラムがロックしています。解析結果はこのセッション中のみ保持されます。</translation>
+    </message>
+    <message>
+        <source>The analysis library %1 is read-only; new analysis results are kept for this session only.</source>
+        <translation>解析ライブラリ %1 は読み取り専用です。新しい解析結果はこのセッション中のみ保持されます。</translation>
+    </message>
+    <message>
+        <source>The analysis library %1 was written by a newer version of Tesk; analysis results are kept for this session only.</source>
+        <translation>解析ライブラリ %1 は新しいバージョンの Tesk で作成されています。解析結果はこのセッション中のみ保持されます。</translation>
+    </message>
+    <message>
+        <source>Cannot open the analysis library %1 (%2); analysis results are kept for this session only.</source>
+        <translation>解析ライブラリ %1 を開けません（%2）。解析結果はこのセッション中のみ保持されます。</translation>
+    </message>
+    <message>
+        <source>Cannot write to the analysis library %1 (%2); analysis results are kept for this session only.</source>
+        <translation>解析ライブラリ %1 に書き込めません（%2）。解析結果はこのセッション中のみ保持されます。</translation>
     </message>
 </context>
 <context>
@@ -398,6 +461,18 @@
     <message>
         <source>Folder not found: %1</source>
         <translation>フォルダが見つかりません: %1</translation>
+    </message>
+    <message>
+        <source>The analysis library is turned off.</source>
+        <translation>解析ライブラリはオフになっています。</translation>
+    </message>
+    <message>
+        <source>Cleared the analysis library.</source>
+        <translation>解析ライブラリを消去しました。</translation>
+    </message>
+    <message>
+        <source>Could not clear the analysis library.</source>
+        <translation>解析ライブラリを消去できませんでした。</translation>
     </message>
 </context>
 <context>

@@ -50,6 +50,14 @@
         <source>[Not Connected] Start connection</source>
         <translation>[未连接] 开始连接</translation>
     </message>
+    <message>
+        <source>Clear Analysis Library</source>
+        <translation>清除分析库</translation>
+    </message>
+    <message>
+        <source>Remove every stored analysis result? Files are read and analysed again the next time their folder is opened.</source>
+        <translation>要删除所有已保存的分析结果吗？下次打开文件夹时将重新读取并分析文件。</translation>
+    </message>
 </context>
 <context>
     <name>MenuBar</name>
@@ -221,6 +229,18 @@
         <source>Match loudness</source>
         <translation>匹配响度</translation>
     </message>
+    <message>
+        <source>Analysis Library</source>
+        <translation>分析库</translation>
+    </message>
+    <message>
+        <source>Keep Analysis Results Between Sessions</source>
+        <translation>在会话之间保留分析结果</translation>
+    </message>
+    <message>
+        <source>Clear Analysis Library...</source>
+        <translation>清除分析库...</translation>
+    </message>
 </context>
 <context>
     <name>RegionExport</name>
@@ -243,6 +263,49 @@
     <message>
         <source>Cancelled.</source>
         <translation>已取消。</translation>
+    </message>
+</context>
+<context>
+    <name>SqliteAnalysisLibrary</name>
+    <message>
+        <source>no cache folder</source>
+        <translation>没有缓存文件夹</translation>
+    </message>
+    <message>
+        <source>cannot create its folder</source>
+        <translation>无法创建其文件夹</translation>
+    </message>
+    <message>
+        <source>not a file</source>
+        <translation>不是文件</translation>
+    </message>
+    <message>
+        <source>Qt&apos;s SQLite driver is missing</source>
+        <translation>缺少 Qt 的 SQLite 驱动</translation>
+    </message>
+    <message>
+        <source>The analysis library was damaged; it was moved to %1 and a new one was started.</source>
+        <translation>分析库已损坏，已将其移至 %1 并新建了分析库。</translation>
+    </message>
+    <message>
+        <source>The analysis library %1 is locked by another program; analysis results are kept for this session only.</source>
+        <translation>分析库 %1 已被其他程序锁定，分析结果仅在本次会话中保留。</translation>
+    </message>
+    <message>
+        <source>The analysis library %1 is read-only; new analysis results are kept for this session only.</source>
+        <translation>分析库 %1 为只读，新的分析结果仅在本次会话中保留。</translation>
+    </message>
+    <message>
+        <source>The analysis library %1 was written by a newer version of Tesk; analysis results are kept for this session only.</source>
+        <translation>分析库 %1 由更新版本的 Tesk 写入，分析结果仅在本次会话中保留。</translation>
+    </message>
+    <message>
+        <source>Cannot open the analysis library %1 (%2); analysis results are kept for this session only.</source>
+        <translation>无法打开分析库 %1（%2），分析结果仅在本次会话中保留。</translation>
+    </message>
+    <message>
+        <source>Cannot write to the analysis library %1 (%2); analysis results are kept for this session only.</source>
+        <translation>无法写入分析库 %1（%2），分析结果仅在本次会话中保留。</translation>
     </message>
 </context>
 <context>
@@ -398,6 +461,18 @@
     <message>
         <source>Folder not found: %1</source>
         <translation>找不到文件夹: %1</translation>
+    </message>
+    <message>
+        <source>The analysis library is turned off.</source>
+        <translation>分析库已关闭。</translation>
+    </message>
+    <message>
+        <source>Cleared the analysis library.</source>
+        <translation>已清除分析库。</translation>
+    </message>
+    <message>
+        <source>Could not clear the analysis library.</source>
+        <translation>无法清除分析库。</translation>
     </message>
 </context>
 <context>

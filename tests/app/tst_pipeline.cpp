@@ -1,5 +1,6 @@
 // Drives the real manager, workers and analysis registry over generated folders.
 #include "KrokManager.h"
+#include "SqliteAnalysisLibrary.h"
 #include "SubThreadGetDetail.h"
 #include "TeskManager.h"
 #include "TestSettings.h"
@@ -330,7 +331,8 @@ private slots:
         QVERIFY(worker.wait(10000));
         QCOMPARE(ends.count(), 2);
 
-        // An invalidate request makes analysed files count as new again, once.
+        // An invalidate request makes analysed files count as new again; a
+        // file changed on disk is analysed again on the next pass anyway.
         QVERIFY(fixtures::writeSineWav(listOf(root).first(), 32000, 1, 320));
         worker.requestInvalidate();
         worker.start(listOf(root));
@@ -339,8 +341,111 @@ private slots:
         QVERIFY(fixtures::writeSineWav(listOf(root).first(), 16000, 1, 160));
         worker.start(listOf(root));
         QVERIFY(worker.wait(10000));
-        QCOMPARE(registry.GetFileInfo(listOf(root).first()).samplingRate, 32000);
+        QCOMPARE(registry.GetFileInfo(listOf(root).first()).samplingRate, 16000);
         registry.Finalize();
+    }
+
+    void reopenTakesTheLibrary()
+    {
+        // A second session over the same folder finds every record in the
+        // persistent library and reports them at once; "Refresh" analyses
+        // afresh and replaces the rows; clearing empties the library.
+        const QString root = makeFolder(QStringLiteral("reopen"), 300, 480);
+        const QStringList files = listOf(root);
+        const QString library = SqliteAnalysisLibrary::DefaultPath();
+        QVERIFY(library.startsWith(settings.path()));
+        settings.clear();
+        {
+            TeskManager first;
+            QSignalSpy ends(&first, &TeskManager::SigEndGetDetailInfo);
+            first.ApplyStoredSettings();
+            first.SlotChangeRootPathCalled(root);
+            QTRY_COMPARE_WITH_TIMEOUT(ends.count(), 1, 60000);
+            first.SaveSettings(0, 0, 800, 600);
+        }
+        QVERIFY(QFile::exists(library));
+        // A stored row changed behind Tesk's back shows that a record came from the library.
+        {
+            SqliteAnalysisLibrary store(library);
+            QVERIFY(store.Open());
+            std::optional<LibraryRow> row = store.Fetch({files.at(7)}).front();
+            QVERIFY(row);
+            row->info.samplingRate = 12345;
+            QVERIFY(store.Store({*row}));
+        }
+
+        // A file deleted between the sessions loses its row when the folder is listed.
+        QVERIFY(QFile::remove(files.at(0)));
+
+        TeskManager second;
+        QSignalSpy ranges(&second, &TeskManager::SigAnalyzedInfoAcquired);
+        QSignalSpy ends(&second, &TeskManager::SigEndGetDetailInfo);
+        QSignalSpy status(&second, &TeskManager::SigSetStatusMessage);
+        second.ApplyStoredSettings();
+        QCOMPARE(second.GetRootPath(), root);
+        QTRY_COMPARE_WITH_TIMEOUT(ends.count(), 1, 60000);
+        QCOMPARE(Ranges(ranges), (QList<QPair<int, int>>{{0, 298}}));
+        KrokManager* registry = second.GetKrokManager();
+        QCOMPARE(registry->GetFileInfo(files.at(7)).samplingRate, 12345);
+
+        second.SlotUpdateCalled();
+        QTRY_COMPARE_WITH_TIMEOUT(ends.count(), 2, 60000);
+        QCOMPARE(registry->GetFileInfo(files.at(7)).samplingRate, 48000);
+        registry->FlushLibrary();
+        {
+            SqliteAnalysisLibrary store(library);
+            QVERIFY(store.Open());
+            QCOMPARE(store.Fetch({files.at(7)}).front()->info.samplingRate, 48000);
+            QVERIFY(!store.Fetch({files.at(0)}).front());
+            QCOMPARE(store.KeysIn(root, false).size(), 299);
+        }
+
+        status.clear();
+        second.SlotClearAnalysisLibraryCalled();
+        QTRY_VERIFY_WITH_TIMEOUT(
+            fixtures::SpiedTexts(status).contains(QStringLiteral("Cleared the analysis library.")),
+            10000);
+        {
+            SqliteAnalysisLibrary store(library);
+            QVERIFY(store.Open());
+            QCOMPARE(store.KeysIn(root, true), QStringList());
+        }
+
+        // Off: nothing is read or written any more.
+        second.SlotChangeAnalysisLibraryCalled(false);
+        QVERIFY(!registry->HasLibrary());
+        second.SlotUpdateCalled();
+        QTRY_COMPARE_WITH_TIMEOUT(ends.count(), 3, 60000);
+        status.clear();
+        second.SlotClearAnalysisLibraryCalled();
+        QCOMPARE(fixtures::SpiedTexts(status),
+                 QStringList{QStringLiteral("The analysis library is turned off.")});
+        registry->Finalize();
+        {
+            SqliteAnalysisLibrary store(library);
+            QVERIFY(store.Open());
+            QCOMPARE(store.KeysIn(root, true), QStringList());
+        }
+    }
+
+    void damagedLibraryIsToldAfterThePass()
+    {
+        // The problem arrives while the folder is being read; the status
+        // lines of the pass would hide it, so it comes last, once.
+        const QString root = makeFolder(QStringLiteral("damaged"), 5, 480);
+        settings.clear();
+        QVERIFY(fixtures::WriteBytes(SqliteAnalysisLibrary::DefaultPath(), QByteArray(4096, 'x')));
+        TeskManager manager;
+        QSignalSpy status(&manager, &TeskManager::SigSetStatusMessage);
+        QSignalSpy ends(&manager, &TeskManager::SigEndGetDetailInfo);
+        manager.ApplyStoredSettings();
+        manager.SlotChangeRootPathCalled(root);
+        QTRY_COMPARE_WITH_TIMEOUT(ends.count(), 1, 60000);
+        QTRY_VERIFY_WITH_TIMEOUT(fixtures::SpiedTexts(status).last().startsWith(
+                                     QStringLiteral("The analysis library was damaged")),
+                                 10000);
+        QCOMPARE(fixtures::SpiedTexts(status).filter(QStringLiteral("damaged")).size(), 1);
+        QVERIFY(manager.GetKrokManager()->IsAnalyzed(listOf(root).first()));
     }
 };
 

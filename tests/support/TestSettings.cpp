@@ -11,6 +11,8 @@ namespace fixtures {
 TestSettings::TestSettings()
 {
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, m_dir.path());
+    // The persistent analysis library lives in the cache folder.
+    qputenv("XDG_CACHE_HOME", QFile::encodeName(m_dir.filePath(QStringLiteral("cache"))));
 }
 
 QString TestSettings::iniPath() const

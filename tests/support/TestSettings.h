@@ -7,8 +7,9 @@
 
 namespace fixtures {
 
-// Points the user-scope INI settings at a private folder for the test's life,
-// so no test reads or writes the developer's own settings.
+// Points the user-scope INI settings and the cache folder (where the analysis
+// library lives) at a private folder for the test's life, so no test reads or
+// writes the developer's own settings or library.
 class TestSettings final
 {
 public:

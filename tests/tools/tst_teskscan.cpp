@@ -1,3 +1,5 @@
+#include "AnalysisLibraryThread.h"
+#include "SqliteAnalysisLibrary.h"
 #include "TestSettings.h"
 #include "WaveBuilder.h"
 
@@ -10,6 +12,10 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <QSqlDatabase>
+#include <QSqlQuery>
+
+#include <csignal>
 #include <unistd.h>
 
 namespace {
@@ -77,6 +83,25 @@ QList<QStringList> ParseCsv(const QString& text)
 
 // The Category column of the CSV (after the 15 fixed columns and six metadata ones).
 constexpr int ColumnCategoryIndex = 22;
+
+// `count` short mono WAV files in a new folder.
+QString MakeFolder(const QString& folder, int count)
+{
+    for (int i = 0; i < count; ++i) {
+        if (!fixtures::writeSineWav(
+                QStringLiteral("%1/t%2.wav").arg(folder).arg(i, 4, 10, QLatin1Char('0')), 48000, 1,
+                4800, 0.1 + 0.0004 * i))
+            return {};
+    }
+    return folder;
+}
+
+// The stored keys under `folder`, read with a connection of our own.
+QStringList StoredKeys(const QString& library, const QString& folder)
+{
+    SqliteAnalysisLibrary store(library);
+    return store.Open() ? store.KeysIn(folder, true) : QStringList{QStringLiteral("(unusable)")};
+}
 
 QStringList RowFor(const QList<QStringList>& rows, const QString& fileName)
 {
@@ -325,6 +350,9 @@ private slots:
         QTest::newRow("bad option") << QStringList{QStringLiteral("--frobnicate"), dir.path()};
         QTest::newRow("no folder") << QStringList{QStringLiteral("--json")};
         QTest::newRow("two folders") << QStringList{dir.path(), dir.path()};
+        QTest::newRow("library and no library")
+            << QStringList{QStringLiteral("--library"), dir.filePath(QStringLiteral("x.sqlite")),
+                           QStringLiteral("--no-library"), dir.path()};
     }
 
     void usageErrors()
@@ -355,12 +383,117 @@ private slots:
         QCOMPARE(run.exitCode, 0);
         for (const char* word :
              {"--recursive", "--hidden", "--loudness", "--multi-plot", "--json", "--ucs-list",
-              "originatorReference", "timecode", "Exit status", "FOLDER"})
+              "originatorReference", "timecode", "--library <PATH>", "--no-library",
+              "Exit status", "FOLDER"})
             QVERIFY2(run.out.contains(word), word);
+        QVERIFY(run.out.contains(QFile::encodeName(SqliteAnalysisLibrary::DefaultPath())));
+    }
+
+    void libraryOptions()
+    {
+        const QString library = scratch.filePath(QStringLiteral("options.sqlite"));
+        const QStringList scan{QStringLiteral("-r"), QStringLiteral("-l"), dir.path()};
+        const Run plain = Scan(QStringList{QStringLiteral("--no-library")} + scan);
+        QCOMPARE(plain.exitCode, 0);
+        QVERIFY(!QFile::exists(library));
+        for (int pass = 0; pass < 2; ++pass) {
+            const Run run = Scan(QStringList{QStringLiteral("--library"), library} + scan);
+            QCOMPARE(run.exitCode, 0);
+            QCOMPARE(run.out, plain.out);
+            QVERIFY(run.err.isEmpty());
+        }
+        QCOMPARE(StoredKeys(library, dir.path()).size(), 4);
+
+        // A damaged library is set aside with one line on stderr, and the scan goes on.
+        QVERIFY(fixtures::WriteBytes(library, QByteArray(8192, '\x01')));
+        const Run damaged = Scan(QStringList{QStringLiteral("--library"), library} + scan);
+        QCOMPARE(damaged.exitCode, 0);
+        QCOMPARE(damaged.out, plain.out);
+        QCOMPARE(damaged.err.count('\n'), 1);
+        QVERIFY(damaged.err.startsWith("tesk-scan: The analysis library was damaged"));
+        QCOMPARE(StoredKeys(library, dir.path()).size(), 4);
+    }
+
+    void twoProcessesWriteAtOnce()
+    {
+        const QString library = scratch.filePath(QStringLiteral("shared.sqlite"));
+        const QString one = MakeFolder(scratch.filePath(QStringLiteral("one")), 600);
+        const QString two = MakeFolder(scratch.filePath(QStringLiteral("two")), 600);
+        QVERIFY(!one.isEmpty() && !two.isEmpty());
+        // Two scans of one folder and one of the other, all at the same time.
+        QList<QProcess*> processes;
+        for (const QString& folder : {one, two, one}) {
+            auto* process = new QProcess(this);
+            process->setStandardOutputFile(QProcess::nullDevice());
+            process->start(QStringLiteral(TESK_SCAN_PATH),
+                           {QStringLiteral("-l"), QStringLiteral("--library"), library, folder});
+            processes << process;
+        }
+        for (QProcess* process : processes) {
+            QVERIFY(process->waitForFinished(120000));
+            QCOMPARE(process->exitCode(), 0);
+            QCOMPARE(process->readAllStandardError(), QByteArray());
+            delete process;
+        }
+        for (const QString& folder : {one, two}) {
+            const QStringList keys = StoredKeys(library, folder);
+            QCOMPARE(keys.size(), 600);
+            SqliteAnalysisLibrary store(library);
+            QVERIFY(store.Open());
+            for (const auto& row : store.Fetch(keys)) {
+                QVERIFY(row && row->stamp == ReadFileStamp(row->key));
+                QCOMPARE(row->info.measuredParts, int(AnalysisPartLoudness));
+                QVERIFY(row->info.loudness > -40.0f);
+            }
+        }
+    }
+
+    void killedMidWriteLosesAtMostABatch()
+    {
+        const QString library = scratch.filePath(QStringLiteral("killed.sqlite"));
+        const QString folder = MakeFolder(scratch.filePath(QStringLiteral("killed")), 2000);
+        QVERIFY(!folder.isEmpty());
+        QProcess process;
+        process.start(QStringLiteral(TESK_SCAN_PATH),
+                      {QStringLiteral("-l"), QStringLiteral("--library"), library, folder});
+        QVERIFY(process.waitForStarted());
+        QByteArray seen;
+        while (seen.count('\n') < 900 && process.state() == QProcess::Running) {
+            process.waitForReadyRead(50);
+            seen += process.readAllStandardOutput();
+        }
+        QVERIFY2(process.state() == QProcess::Running, "the scan ended before it could be killed");
+        ::kill(pid_t(process.processId()), SIGKILL);
+        QVERIFY(process.waitForFinished(10000));
+        const int printed = seen.count('\n') - 1;
+
+        {
+            QSqlDatabase db =
+                QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("check"));
+            db.setDatabaseName(library);
+            QVERIFY(db.open());
+            QSqlQuery q(db);
+            QVERIFY(q.exec(QStringLiteral("PRAGMA integrity_check")) && q.next());
+            QCOMPARE(q.value(0).toString(), QStringLiteral("ok"));
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("check"));
+        const int stored = StoredKeys(library, folder).size();
+        // Rows queued for the batch being gathered, and the pipe's buffer, are all that is lost.
+        QVERIFY2(stored >= printed - 2 * int(AnalysisLibraryThread::kBatchRows),
+                 qPrintable(QStringLiteral("%1 stored, %2 printed").arg(stored).arg(printed)));
+
+        const Run again =
+            Scan({QStringLiteral("-l"), QStringLiteral("--library"), library, folder});
+        QCOMPARE(again.exitCode, 0);
+        QVERIFY(again.err.isEmpty());
+        QCOMPARE(StoredKeys(library, folder).size(), 2000);
     }
 
 private:
+    // The default library goes to the test's own cache folder.
+    fixtures::TestSettings settings;
     QTemporaryDir dir;
+    QTemporaryDir scratch;
 };
 
 QTEST_GUILESS_MAIN(TestTeskScan)

@@ -125,7 +125,7 @@ QByteArray ScanReport::JsonObject(const QString& path, const AudioFileInfo& info
     o.insert(QStringLiteral("path"), path);
     o.insert(QStringLiteral("isValid"), info.isValid);
     o.insert(QStringLiteral("isHeaderRead"), info.isHeaderRead);
-    o.insert(QStringLiteral("fileSize"), info.fileSize);
+    o.insert(QStringLiteral("fileSize"), qint64(info.fileSize));
     o.insert(QStringLiteral("modifyTime"), QString::fromStdString(info.modifyTime));
     o.insert(QStringLiteral("samplingRate"), info.samplingRate);
     o.insert(QStringLiteral("channels"), info.channels);

@@ -6,6 +6,7 @@
 #include "KrokManager.h"
 #include "ScanReport.h"
 #include "UcsCatalog.h"
+#include "SqliteAnalysisLibrary.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -44,41 +45,57 @@ int main(int argc, char** argv)
     QCoreApplication::setApplicationVersion(QStringLiteral("1.28.00"));
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral(
-        "Lists the audio files of FOLDER (wav, aif, aiff, mp3, ogg, any letter case) as Tesk's\n"
-        "file table does, analyses each one and prints one row per file on standard output.\n"
-        "\n"
-        "Output: CSV with a header row of the table's 26 columns, cells formatted as the\n"
-        "table shows them (the Plots and sort-specification columns are left empty), or with\n"
-        "--json one JSON array holding an object per file with \"path\" and every field of\n"
-        "the analysis record; \"plot\" is 500 integers (max and min interleaved, percent of\n"
-        "full scale) and \"multiPlot\" one such array per channel.\n"
-        "\n"
-        "Metadata: the CSV columns Description, Title/Name, Artist/Originator, Comment, Date\n"
-        "and Tempo/Key show the first field of their group that the file carries (BWF bext,\n"
-        "iXML, RIFF INFO, acid, cue labels, AIFF NAME/AUTH/ANNO/(c), ID3 and Vorbis\n"
-        "comments), line breaks as spaces. CatID, Category, FX Name, Creator and Source come\n"
-        "from a UCS file name (CatID_FXName_CreatorID_SourceID[_...]), else from the iXML\n"
-        "USER fields; Category shows CATEGORY-SUBCATEGORY from --ucs-list. In JSON,\n"
-        "\"metadata\" holds every text field under its key: description, title, artist,\n"
-        "album, comment, date, genre, copyright, software, keywords, bpm, musicalKey,\n"
-        "originator, originatorReference, originationDate, originationTime, project, scene,\n"
-        "take, tape, note, timecodeRate, timecodeFlag, userDescription, userCategory,\n"
-        "userSubCategory, userCatId, userFxName, userCreator, userSource, userKeywords,\n"
-        "userText, cueLabels, cueNotes (a key is absent when the file has no such field),\n"
-        "and also \"timeReference\" (bext, samples since midnight) with \"timecode\", and\n"
-        "\"acid\" {oneShot, rootNote, beats, meterNumerator, meterDenominator, tempo};\n"
-        "\"ucs\" holds the blocks of a UCS file name {catId, category, subCategory, fxName,\n"
-        "creatorId, sourceId, userCategory, userData} and is empty for any other name.\n"
-        "\n"
-        "Loudness is integrated loudness in LUFS; -96 (shown as ---) means not measured.\n"
-        "A progress bar goes to standard error when it is a terminal.\n"
-        "\n"
-        "Exit status: 0 when the folder was scanned (files that cannot be read get a row\n"
-        "with default values and do not stop the scan), 2 for a bad option, a missing or\n"
-        "unreadable folder or an unusable --ucs-list, 1 when the output cannot be written.\n"
-        "\n"
-        "Example: tesk-scan --recursive --loudness ~/Sounds > sounds.csv"));
+    const QString libraryHelp =
+        QStringLiteral(
+            "Analysis library: results are kept in the SQLite file that Tesk uses, by default\n"
+            "%1\n"
+            "A file whose size and modification time are unchanged since it was analysed is\n"
+            "taken from there without being read; the others are analysed and written back,\n"
+            "so a second scan of the same folder is fast. Several tesk-scan processes and Tesk\n"
+            "windows can share one library. A damaged library is moved aside and a new one\n"
+            "started; a locked, read-only or unusable one is reported on standard error and\n"
+            "the scan goes on without it.\n")
+            .arg(QDir::toNativeSeparators(SqliteAnalysisLibrary::DefaultPath()));
+    parser.setApplicationDescription(
+        QStringLiteral(
+            "Lists the audio files of FOLDER (wav, aif, aiff, mp3, ogg, any letter case) as\n"
+            "Tesk's file table does, analyses each one and prints one row per file on standard\n"
+            "output.\n"
+            "\n"
+            "Output: CSV with a header row of the table's 26 columns, cells formatted as the\n"
+            "table shows them (the Plots and sort-specification columns are left empty), or with\n"
+            "--json one JSON array holding an object per file with \"path\" and every field of\n"
+            "the analysis record; \"plot\" is 500 integers (max and min interleaved, percent of\n"
+            "full scale) and \"multiPlot\" one such array per channel.\n"
+            "\n"
+            "Metadata: the CSV columns Description, Title/Name, Artist/Originator, Comment, Date\n"
+            "and Tempo/Key show the first field of their group that the file carries (BWF bext,\n"
+            "iXML, RIFF INFO, acid, cue labels, AIFF NAME/AUTH/ANNO/(c), ID3 and Vorbis\n"
+            "comments), line breaks as spaces. CatID, Category, FX Name, Creator and Source come\n"
+            "from a UCS file name (CatID_FXName_CreatorID_SourceID[_...]), else from the iXML\n"
+            "USER fields; Category shows CATEGORY-SUBCATEGORY from --ucs-list. In JSON,\n"
+            "\"metadata\" holds every text field under its key: description, title, artist,\n"
+            "album, comment, date, genre, copyright, software, keywords, bpm, musicalKey,\n"
+            "originator, originatorReference, originationDate, originationTime, project, scene,\n"
+            "take, tape, note, timecodeRate, timecodeFlag, userDescription, userCategory,\n"
+            "userSubCategory, userCatId, userFxName, userCreator, userSource, userKeywords,\n"
+            "userText, cueLabels, cueNotes (a key is absent when the file has no such field),\n"
+            "and also \"timeReference\" (bext, samples since midnight) with \"timecode\", and\n"
+            "\"acid\" {oneShot, rootNote, beats, meterNumerator, meterDenominator, tempo};\n"
+            "\"ucs\" holds the blocks of a UCS file name {catId, category, subCategory, fxName,\n"
+            "creatorId, sourceId, userCategory, userData} and is empty for any other name.\n"
+            "\n"
+            "Loudness is integrated loudness in LUFS; -96 (shown as ---) means not measured.\n"
+            "A progress bar goes to standard error when it is a terminal.\n"
+            "\n") +
+        libraryHelp +
+        QStringLiteral(
+            "\n"
+            "Exit status: 0 when the folder was scanned (files that cannot be read get a row\n"
+            "with default values and do not stop the scan), 2 for a bad option, a missing or\n"
+            "unreadable folder or an unusable --ucs-list, 1 when the output cannot be written.\n"
+            "\n"
+            "Example: tesk-scan --recursive --loudness ~/Sounds > sounds.csv"));
     parser.addHelpOption();
     parser.addVersionOption();
     const QCommandLineOption recursiveOption(
@@ -97,6 +114,13 @@ int main(int argc, char** argv)
         QStringLiteral("Show the loudness of mono files raised by 3.0103 dB (CSV only)."));
     const QCommandLineOption jsonOption(QStringLiteral("json"),
                                         QStringLiteral("Print one JSON array instead of CSV."));
+    const QCommandLineOption libraryOption(
+        QStringLiteral("library"),
+        QStringLiteral("Use the analysis library in the SQLite file PATH (created when missing)."),
+        QStringLiteral("PATH"));
+    const QCommandLineOption noLibraryOption(
+        QStringLiteral("no-library"),
+        QStringLiteral("Analyse every file; neither read nor write the analysis library."));
     const QCommandLineOption ucsListOption(
         QStringLiteral("ucs-list"),
         QStringLiteral("The UCS CatID list (CSV or TSV with CatID, Category and SubCategory "
@@ -104,7 +128,7 @@ int main(int argc, char** argv)
                        "are shown."),
         QStringLiteral("FILE"));
     parser.addOptions({recursiveOption, hiddenOption, loudnessOption, multiPlotOption, voltOption,
-                       jsonOption, ucsListOption});
+                       jsonOption, ucsListOption, libraryOption, noLibraryOption});
     parser.addPositionalArgument(QStringLiteral("FOLDER"), QStringLiteral("The folder to scan."));
 
     if (!parser.parse(QCoreApplication::arguments())) {
@@ -116,6 +140,11 @@ int main(int argc, char** argv)
         parser.showHelp(0);
     if (parser.isSet(QStringLiteral("version")))
         parser.showVersion();
+    if (parser.isSet(libraryOption) && parser.isSet(noLibraryOption)) {
+        std::fprintf(stderr, "tesk-scan: --library and --no-library exclude each other\n\n%s",
+                     qPrintable(parser.helpText()));
+        return kUsageError;
+    }
     const QStringList positional = parser.positionalArguments();
     if (positional.size() != 1) {
         std::fprintf(stderr, "tesk-scan: %s\n\n%s",
@@ -153,20 +182,52 @@ int main(int argc, char** argv)
     const QList<QString> files = ListAudioFiles(
         folder.absoluteFilePath(), parser.isSet(recursiveOption), parser.isSet(hiddenOption), {});
 
+    const bool loudness = parser.isSet(loudnessOption);
+    const bool multiPlot = parser.isSet(multiPlotOption);
     KrokManager registry;
     registry.Initialize();
-    registry.SetLoudnessEnabled(parser.isSet(loudnessOption));
-    registry.SetMultiPlotEnabled(parser.isSet(multiPlotOption));
+    registry.SetLoudnessEnabled(loudness);
+    registry.SetMultiPlotEnabled(multiPlot);
+    // Problems of the library are told once each; the scan goes on without it.
+    QObject::connect(&registry, &KrokManager::SigLibraryProblem, [](const QString& problem) {
+        std::fprintf(stderr, "tesk-scan: %s\n", qPrintable(problem));
+    });
+    if (!parser.isSet(noLibraryOption)) {
+        const QString libraryPath = parser.isSet(libraryOption)
+                                        ? QFileInfo(parser.value(libraryOption)).absoluteFilePath()
+                                        : SqliteAnalysisLibrary::DefaultPath();
+        registry.SetLibrary(std::make_unique<SqliteAnalysisLibrary>(libraryPath));
+        registry.ForgetMissingFiles(folder.absoluteFilePath(), parser.isSet(recursiveOption),
+                                    files);
+    }
     registry.RegisterFiles(files);
+    constexpr int kRecallChunk = 512;
+    std::unique_ptr<KrokManager::Recall> nextRecall =
+        registry.BeginRecall(files.mid(0, kRecallChunk));
 
     const bool progress = ::isatty(STDERR_FILENO) != 0;
     QElapsedTimer sinceProgress;
     sinceProgress.start();
     bool ok = Write(json ? QByteArrayLiteral("[") : (ScanReport::CsvHeader() + '\n').toUtf8());
     for (int i = 0; i < files.size() && ok; ++i) {
+        // The library reads the next rows while these are analysed and printed.
+        if (i % kRecallChunk == 0) {
+            const std::unique_ptr<KrokManager::Recall> recall = std::move(nextRecall);
+            if (i + kRecallChunk < files.size())
+                nextRecall = registry.BeginRecall(files.mid(i + kRecallChunk, kRecallChunk));
+            registry.EndRecall(*recall);
+        }
         const QString& path = files.at(i);
-        registry.AnalyzeFile(path);
-        const AudioFileInfo info = registry.GetFileInfo(path);
+        if (!registry.IsAnalyzed(path))
+            registry.AnalyzeFile(path);
+        AudioFileInfo info = registry.GetFileInfo(path);
+        // The library may know more than was asked for; the output shows what was asked.
+        if (!loudness)
+            info.loudness = -96.0f;
+        if (!multiPlot) {
+            info.isMultiPlotValid = 0;
+            info.multiPlot = {};
+        }
         const QString shownPath = QDir::toNativeSeparators(path);
         if (json)
             ok = Write((i == 0 ? QByteArrayLiteral("\n") : QByteArrayLiteral(",\n")) +

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "AnalysisLibrary.h"
+
+#include <QStringList>
+
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <future>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+// Runs an analysis library on a thread of its own, where its connection
+// lives, so that any number of analysis threads can share it: lookups are
+// answered in batches, and stored rows are written in batched transactions.
+// Nothing here waits for the disk on the caller's thread except Fetch, Flush
+// and the destructor (the last batch): analysis threads and command-line tools
+// call those, and the GUI thread only at shutdown.
+class AnalysisLibraryThread final
+{
+public:
+    using Reporter = std::function<void(const QString& problem)>;
+
+    // Starts the thread, which opens the library at once. `report` is called
+    // on that thread with each problem the library has for the user.
+    AnalysisLibraryThread(std::unique_ptr<AnalysisLibrary> library, Reporter report);
+    // Writes what is queued, closes the library and joins the thread.
+    ~AnalysisLibraryThread();
+    AnalysisLibraryThread(const AnalysisLibraryThread&) = delete;
+    AnalysisLibraryThread& operator=(const AnalysisLibraryThread&) = delete;
+
+    using Rows = LibraryRows;
+    // The rows of `keys`, in order (blocks until answered; misses once stopped).
+    Rows Fetch(const QStringList& keys);
+    // The same, answered while the caller does other work.
+    std::future<Rows> FetchLater(const QStringList& keys);
+    // Queued; written with the next batch.
+    void Store(LibraryRow row);
+    // Queued: removes the rows under the folder whose files no longer exist.
+    // Keys in `listedKeys` were just listed, so they are not looked at.
+    void ForgetMissing(const QString& folderKey, bool recursive, const QStringList& listedKeys);
+    // Queued: removes every row, then calls `done` on the library thread.
+    void Clear(std::function<void(bool cleared)> done);
+    // Returns once every row queued before the call is written.
+    void Flush();
+    // The thread writes what is queued and ends; the destructor joins it.
+    void RequestStop();
+
+    // A batch is written when it holds this many rows, or this long after its
+    // first row: a crash loses at most that much.
+    static constexpr std::size_t kBatchRows = 256;
+    static constexpr std::chrono::milliseconds kBatchDelay{250};
+
+private:
+    void run();
+    void post(std::function<void()> job);
+    void reportProblems();
+
+    std::unique_ptr<AnalysisLibrary> library;
+    Reporter report;
+    std::mutex mutex;
+    std::condition_variable wake;
+    // Lookups go first: they hold an analysis thread up, and they need not see
+    // this session's queued rows (the registry has those in memory).
+    std::deque<std::function<void()>> lookups;
+    std::deque<std::function<void()>> jobs;
+    std::vector<LibraryRow> pending;
+    std::chrono::steady_clock::time_point firstPendingAt;
+    bool stopping = false;
+    std::thread thread;
+};
