@@ -23,7 +23,7 @@ struct AudioFileInfo
     std::int32_t isValid = 1;
     std::string reserved;
     std::int32_t isHeaderRead = 0;
-    std::int32_t fileSize = 0; // 32 bits on purpose: files of 2 GiB and more wrap
+    std::int64_t fileSize = 0;
     std::string modifyTime;
     std::int32_t samplingRate = 48000;
     std::int32_t channels = 1;
@@ -40,4 +40,9 @@ struct AudioFileInfo
     std::int32_t isMultiPlotValid = 0;
     // Channel-major: the 250 points of channel 0, then channel 1, ...
     std::array<PlotPoint, kMaxPlotChannels * kPlotPoints> multiPlot{};
+    // Why the row shows "ERROR" (English; shown translated); empty when fine.
+    std::string errorText;
+    // Largest absolute sample value over all channels, linear full scale,
+    // measured when the analysis reads every frame; -1 when unknown.
+    float samplePeak = -1.0f;
 };

@@ -1,8 +1,11 @@
 #include "CellFormat.h"
 
+#include "AnalysisErrors.h"
 #include "AudioFileInfo.h"
 
 #include <QCoreApplication>
+
+#include <cmath>
 
 namespace {
 
@@ -32,7 +35,7 @@ QStringList TableColumnHeaderLabels()
             Tr("Sort Comments")};
 }
 
-QString FormatFileSize(std::int32_t size)
+QString FormatFileSize(std::int64_t size)
 {
     if (size >= 0x20000000)
         return Tr("%1 GB").arg(size / (1024.0 * 1024.0 * 1024.0), 0, 'f', 2);
@@ -79,25 +82,43 @@ float DisplayedLoudness(float loudness, std::int32_t channels, bool voltMode)
 
 QString FormatLoudness(float loudness, std::int32_t channels, bool voltMode)
 {
-    if (loudness <= -96.0f)
+    if (!std::isfinite(loudness) || loudness <= -96.0f)
         return QStringLiteral("---");
     return QStringLiteral("%1").arg(double(DisplayedLoudness(loudness, channels, voltMode)), 0, 'f',
                                     2);
 }
 
+bool IsFailedRecord(const AudioFileInfo& info)
+{
+    return info.isValid == 0 || !info.errorText.empty();
+}
+
 QString FormatText(const AudioFileInfo& info)
 {
-    if (info.isValid == 0)
+    if (IsFailedRecord(info))
         return QStringLiteral("ERROR");
     return QString::fromStdString(info.format);
+}
+
+QString ErrorReasonText(const AudioFileInfo& info)
+{
+    if (!IsFailedRecord(info))
+        return {};
+    if (info.errorText.empty())
+        return QCoreApplication::translate(kErrorContext, kErrorDecodeFailed);
+    return QCoreApplication::translate(kErrorContext, info.errorText.c_str());
 }
 
 QVariant RecordCellValue(int column, const AudioFileInfo& info, bool forSorting,
                          bool loudnessVoltMode)
 {
+    if (IsFailedRecord(info) && column != ColumnSize && column != ColumnModifyTime &&
+        column != ColumnFormat)
+        return forSorting ? QVariant() : QVariant(QString());
     switch (column) {
     case ColumnSize:
-        return forSorting ? QVariant(info.fileSize) : QVariant(FormatFileSize(info.fileSize));
+        return forSorting ? QVariant(static_cast<qlonglong>(info.fileSize))
+                          : QVariant(FormatFileSize(info.fileSize));
     case ColumnModifyTime:
         return QString::fromStdString(info.modifyTime);
     case ColumnFormat:

@@ -1,9 +1,12 @@
 #include "KrokManager.h"
 
+#include "AnalysisErrors.h"
+#include "AnalysisJournal.h"
 #include "CompressedFileAnalysis.h"
 #include "PreviewPlayer.h"
 #include "WaveFileAnalysis.h"
 #include "WaveHeaderReader.h"
+#include "WaveSoundSource.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -11,12 +14,14 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <ctime>
 
 KrokManager::KrokManager(PreviewPlayer* previewPlayer, QObject* parent)
     : QObject(parent)
     , player(previewPlayer)
+    , journalPath(AnalysisJournal::DefaultPath())
 {
     if (player) {
         player->setParent(this);
@@ -32,9 +37,21 @@ const AudioFileInfo& KrokManager::DefaultFileInfo()
     return defaults;
 }
 
+void KrokManager::SetJournalPath(const QString& path)
+{
+    journalPath = path;
+}
+
 void KrokManager::Initialize()
 {
     InitializeWaveHeaderLibrary();
+    // The reader's messages become the reason a row shows "ERROR".
+    RegisterWaveHeaderMessages();
+    if (!journalPath.isEmpty()) {
+        auto opened = std::make_unique<AnalysisJournal>();
+        if (opened->open(journalPath))
+            journal = std::move(opened);
+    }
     {
         QMutexLocker lock(&mutex);
         initialized = true;
@@ -83,7 +100,7 @@ void KrokManager::AnalyzeFile(const QString& path)
         loudnessWanted = loudnessEnabled;
     }
     AudioFileInfo info;
-    AnalyzeAudioFile(path, info, multiPlotWanted, loudnessWanted);
+    AnalyzeAudioFile(path, info, multiPlotWanted, loudnessWanted, journal.get());
     QMutexLocker lock(&mutex);
     records[path.toStdString()] = info;
 }
@@ -218,14 +235,11 @@ std::int64_t KrokManager::GetPlaybackPosition()
     return pos;
 }
 
-std::string FileModifyTimeText(const QString& path)
+namespace {
+
+std::string modifyTimeText(std::time_t seconds)
 {
-    struct stat status
-    {};
-    if (::stat(path.toLocal8Bit().constData(), &status) != 0)
-        return "0000/00/00 00:00:00";
     std::tm local{};
-    const std::time_t seconds = status.st_mtime;
     if (!localtime_r(&seconds, &local))
         return "0000/00/00 00:00:00";
     char text[80];
@@ -234,23 +248,115 @@ std::string FileModifyTimeText(const QString& path)
     return text;
 }
 
-void AnalyzeAudioFile(const QString& path, AudioFileInfo& info, bool multiPlotWanted,
-                      bool loudnessWanted)
+struct FileStamp
 {
-    if (!QFile::exists(path))
-        return;
-    const QFileInfo fileInfo(path);
-    // Kept in 32 bits on purpose: files of 2 GiB and more wrap.
-    info.fileSize = static_cast<std::int32_t>(fileInfo.size());
-    info.modifyTime = FileModifyTimeText(path);
+    bool ok = false;
+    bool regular = false;
+    int error = 0;
+    std::int64_t size = 0;
+    std::int64_t modifiedNs = 0;
+    std::time_t seconds = 0;
 
-    const QString suffix = fileInfo.suffix().toLower();
-    const QByteArray localPath = path.toLocal8Bit();
+    bool operator==(const FileStamp& o) const
+    {
+        return ok == o.ok && size == o.size && modifiedNs == o.modifiedNs;
+    }
+};
+
+FileStamp stampOf(const QByteArray& localPath)
+{
+    FileStamp stamp;
+    struct stat status
+    {};
+    if (::stat(localPath.constData(), &status) != 0) {
+        stamp.error = errno;
+        return stamp;
+    }
+    stamp.ok = true;
+    stamp.regular = S_ISREG(status.st_mode);
+    stamp.size = static_cast<std::int64_t>(status.st_size);
+    stamp.seconds = status.st_mtim.tv_sec;
+    stamp.modifiedNs = std::int64_t(status.st_mtim.tv_sec) * 1000000000 + status.st_mtim.tv_nsec;
+    return stamp;
+}
+
+void failWith(AudioFileInfo& info, const char* reason)
+{
+    AudioFileInfo failed;
+    failed.fileSize = info.fileSize;
+    failed.modifyTime = info.modifyTime;
+    failed.isValid = 0;
+    failed.errorText = reason;
+    info = std::move(failed);
+}
+
+// A file rewritten while it is read can mix old and new data; such a record is
+// thrown away and the file read again, a few times at most.
+constexpr int kAnalysisAttempts = 3;
+
+} // namespace
+
+std::string FileModifyTimeText(const QString& path)
+{
+    const FileStamp stamp = stampOf(path.toLocal8Bit());
+    return stamp.ok ? modifyTimeText(stamp.seconds) : "0000/00/00 00:00:00";
+}
+
+void AnalyzeAudioFile(const QString& path, AudioFileInfo& info, bool multiPlotWanted,
+                      bool loudnessWanted, AnalysisJournal* journal)
+{
+    const QByteArray localPath = QFile::encodeName(path);
+    FileStamp stamp = stampOf(localPath);
+    if (!stamp.ok) {
+        info.modifyTime = "0000/00/00 00:00:00";
+        // Names that are not valid UTF-8 reach us with replacement characters.
+        failWith(info, path.contains(QChar::ReplacementCharacter) ? kErrorNameNotUtf8
+                       : stamp.error == ENOENT                    ? kErrorNotFound
+                                                                  : kErrorCannotOpen);
+        return;
+    }
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    void (*analyze)(const char*, AudioFileInfo&, bool, bool) = nullptr;
     if (suffix == QLatin1String("wav") || suffix == QLatin1String("aif") ||
         suffix == QLatin1String("aiff"))
-        AnalyzeWaveFile(localPath.constData(), info, multiPlotWanted, loudnessWanted);
+        analyze = AnalyzeWaveFile;
     else if (suffix == QLatin1String("mp3"))
-        AnalyzeMp3File(localPath.constData(), info, multiPlotWanted, loudnessWanted);
+        analyze = AnalyzeMp3File;
     else if (suffix == QLatin1String("ogg"))
-        AnalyzeVorbisFile(localPath.constData(), info, multiPlotWanted, loudnessWanted);
+        analyze = AnalyzeVorbisFile;
+
+    const std::string key = path.toStdString();
+    for (int attempt = 0; attempt < kAnalysisAttempts; ++attempt) {
+        AudioFileInfo fresh;
+        fresh.fileSize = stamp.size;
+        fresh.modifyTime = modifyTimeText(stamp.seconds);
+        if (!stamp.regular) {
+            // A FIFO or a device would block or never end.
+            info = std::move(fresh);
+            failWith(info, kErrorNotRegularFile);
+            return;
+        }
+        if (journal && journal->isFailed(key, stamp.size, stamp.modifiedNs)) {
+            info = std::move(fresh);
+            failWith(info, kErrorAnalysisCrashed);
+            return;
+        }
+        if (analyze) {
+            const std::uint64_t token =
+                journal ? journal->begin(key, stamp.size, stamp.modifiedNs) : 0;
+            analyze(localPath.constData(), fresh, multiPlotWanted, loudnessWanted);
+            if (journal)
+                journal->end(token);
+        }
+        info = std::move(fresh);
+        const FileStamp after = stampOf(localPath);
+        if (after == stamp)
+            return;
+        stamp = after;
+        if (!stamp.ok) {
+            failWith(info, stamp.error == ENOENT ? kErrorNotFound : kErrorCannotOpen);
+            return;
+        }
+    }
+    failWith(info, kErrorKeptChanging);
 }

@@ -8,9 +8,11 @@
 #include <QStringList>
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <unordered_map>
 
+class AnalysisJournal;
 class PreviewPlayer;
 
 // The "Analysis Library": one analysis record per audio file, keyed by full
@@ -26,6 +28,9 @@ public:
     explicit KrokManager(PreviewPlayer* player = nullptr, QObject* parent = nullptr);
     ~KrokManager() override;
 
+    // Where the crash journal lives (AnalysisJournal::DefaultPath() unless set
+    // before Initialize; empty: no journal).
+    void SetJournalPath(const QString& path);
     void Initialize();
     void Finalize();
 
@@ -68,12 +73,17 @@ private:
     bool loudnessEnabled = false;
     bool multiPlotEnabled = false;
     std::unordered_map<std::string, AudioFileInfo> records;
+    QString journalPath;
+    std::unique_ptr<AnalysisJournal> journal;
 };
 
 // The per-file analysis behind AnalyzeFile: file size, modify time, then the
-// reader for the lower-cased suffix. Leaves defaults for a missing file.
+// reader for the lower-cased suffix. A file that cannot be read gets `isValid`
+// 0 and the reason in `errorText`. With a journal, the file is entered before
+// it is read (and one that crashed an analysis before is not read again until
+// it changes). A file that changes while it is read is read again.
 void AnalyzeAudioFile(const QString& path, AudioFileInfo& info, bool multiPlotWanted,
-                      bool loudnessWanted);
+                      bool loudnessWanted, AnalysisJournal* journal = nullptr);
 
 // "%04d/%02d/%02d %02d:%02d:%02d" in local time; "0000/00/00 00:00:00" when
 // the file's status cannot be read.

@@ -87,6 +87,8 @@ QVariant krokTableModel::data(const QModelIndex& index, int role) const
         const bool right = column < 14 && ((kRightAlignedMask >> column) & 1) != 0;
         return static_cast<int>((right ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
     }
+    case Qt::ToolTipRole:
+        return errorToolTip(row);
     case TableRoles::FullPath:
         return rows[row].path;
     case TableRoles::Format:
@@ -164,6 +166,18 @@ QVariant krokTableModel::cellValue(int row, int column, bool forSorting) const
         return plotItem(info, row);
     }
     return RecordCellValue(column, info, forSorting, loudnessVoltMode);
+}
+
+QVariant krokTableModel::errorToolTip(int row) const
+{
+    // A failed row says why on every cell.
+    AudioFileInfo info;
+    if (!hasFiles || !rows[row].detailAcquired || !registry ||
+        !registry->FindFileInfo(rows[row].path, info)) {
+        return {};
+    }
+    const QString reason = ErrorReasonText(info);
+    return reason.isEmpty() ? QVariant() : QVariant(reason);
 }
 
 QVariant krokTableModel::plotItem(const AudioFileInfo& info, int row) const

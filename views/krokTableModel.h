@@ -90,6 +90,7 @@ public:
 
 private:
     QVariant cellValue(int row, int column, bool forSorting) const;
+    QVariant errorToolTip(int row) const;
     QVariant plotItem(const AudioFileInfo& info, int row) const;
     QVariant tableFont() const;
 

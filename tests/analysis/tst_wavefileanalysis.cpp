@@ -77,18 +77,18 @@ private slots:
         QCOMPARE(info.loudness, -96.0f);
     }
 
-    void unreadableFileKeepsDefaults()
+    // A file whose header cannot be read fails with the reader's reason and
+    // shows no made-up values.
+    void unreadableFileShowsReason()
     {
         QTemporaryDir dir;
         const std::string path = dir.filePath(QStringLiteral("bad.wav")).toStdString();
         QVERIFY(writeFile(path, Bytes(100, 'x')));
         AudioFileInfo info;
         AnalyzeWaveFile(path.c_str(), info, true, true);
-        const AudioFileInfo defaults;
         QCOMPARE(info.isHeaderRead, 0);
-        QCOMPARE(info.isValid, 1);
-        QCOMPARE(info.samplingRate, defaults.samplingRate);
-        QCOMPARE(info.format, std::string());
+        QCOMPARE(info.isValid, 0);
+        QCOMPARE(info.errorText, std::string("E2006110883 : Can not confirm the file identifier."));
         QCOMPARE(info.loudness, -96.0f);
         QCOMPARE(info.isMultiPlotValid, 0);
     }

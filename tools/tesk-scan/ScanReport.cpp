@@ -65,7 +65,7 @@ QByteArray ScanReport::JsonObject(const QString& path, const AudioFileInfo& info
     o.insert(QStringLiteral("path"), path);
     o.insert(QStringLiteral("isValid"), info.isValid);
     o.insert(QStringLiteral("isHeaderRead"), info.isHeaderRead);
-    o.insert(QStringLiteral("fileSize"), info.fileSize);
+    o.insert(QStringLiteral("fileSize"), static_cast<qint64>(info.fileSize));
     o.insert(QStringLiteral("modifyTime"), QString::fromStdString(info.modifyTime));
     o.insert(QStringLiteral("samplingRate"), info.samplingRate);
     o.insert(QStringLiteral("channels"), info.channels);
@@ -85,5 +85,7 @@ QByteArray ScanReport::JsonObject(const QString& path, const AudioFileInfo& info
     for (int c = 0; c < channels; ++c)
         multi.append(PlotArray(info.multiPlot.data() + c * kPlotPoints));
     o.insert(QStringLiteral("multiPlot"), multi);
+    o.insert(QStringLiteral("errorText"), QString::fromStdString(info.errorText));
+    o.insert(QStringLiteral("samplePeak"), double(info.samplePeak));
     return QJsonDocument(o).toJson(QJsonDocument::Compact);
 }
