@@ -42,25 +42,22 @@ void AnalyzeFloatSource(SoundSource& source, AudioFileInfo& info, bool multiPlot
     std::vector<float> block(std::size_t(kBlockFrames) * std::size_t(channels));
     float peak = 0.0f;
     std::int64_t done = 0;
-    bool decoding = true;
     while (done < samples) {
         const std::int64_t want = std::min<std::int64_t>(kBlockFrames, samples - done);
-        std::int64_t got = decoding ? source.read(block.data(), want) : 0;
-        const std::size_t values = std::size_t(std::max<std::int64_t>(got, 0)) * channels;
+        const std::int64_t got = source.read(block.data(), want);
+        if (got <= 0)
+            break;
+        const std::size_t values = std::size_t(got) * std::size_t(channels);
         for (std::size_t i = 0; i < values; ++i)
             peak = std::max(peak, std::fabs(block[i]));
-        if (got <= 0) {
-            // Shorter than stated: the rest is silence.
-            decoding = false;
-            got = want;
-            std::fill(block.begin(), block.begin() + std::ptrdiff_t(got * channels), 0.0f);
-        }
         plot.feed(block.data(), done, got);
-        // Silence made up for a short decode is plotted (as zeros) but not measured.
-        if (measuring && decoding)
+        if (measuring)
             meter.feed(block.data(), static_cast<std::uint32_t>(got));
         done += got;
     }
+    // Shorter than stated: the rest is silence, plotted as such but not measured.
+    if (done < samples)
+        plot.silenceFrom(done);
     plot.finish(info.plot.data(), multiPlotWanted ? info.multiPlot.data() : nullptr);
     if (multiPlotWanted)
         info.isMultiPlotValid = 1;

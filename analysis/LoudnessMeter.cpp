@@ -15,9 +15,11 @@ constexpr int kRingSlots = 4;
 constexpr int kChannelMap[kInputChannels] = {0, 1, 2, -1, 3, 4, 5, 6};
 constexpr float kSurroundWeight = 1.41f;
 constexpr std::size_t kFixedStateBytes = 504;
-// Below this the K-weighting shelf (near 1.7 kHz) has no room under the
-// Nyquist frequency and the filter is unstable; such input is not measured.
+// Below 8 kHz the K-weighting shelf (near 1.7 kHz) has no room under the
+// Nyquist frequency and the filter turns unstable; above 384 kHz the
+// single-precision high-pass loses its corner. Such input is not measured.
 constexpr std::uint32_t kMinMeterRate = 8000;
+constexpr std::uint32_t kMaxMeterRate = 384000;
 
 struct Biquad
 {
@@ -244,8 +246,9 @@ namespace {
 // or the input cannot be measured.
 Meter* initMeter(const LoudnessConfig& config, void* work, std::size_t workSize)
 {
-    if (config.samples == 0 || config.samplingRate < kMinMeterRate || config.channels == 0 ||
-        !work || reinterpret_cast<std::uintptr_t>(work) % alignof(Meter) != 0)
+    if (config.samples == 0 || config.samplingRate < kMinMeterRate ||
+        config.samplingRate > kMaxMeterRate || config.channels == 0 || !work ||
+        reinterpret_cast<std::uintptr_t>(work) % alignof(Meter) != 0)
         return nullptr;
     const std::uint64_t s = subBlockFramesFor(config.samplingRate);
     const std::uint64_t b = blockCountFor(config);

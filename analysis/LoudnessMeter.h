@@ -31,8 +31,9 @@ inline constexpr float kLoudnessFloor = -96.0f;
 std::size_t GetLoudnessWorkSize(const LoudnessConfig& config);
 
 // channels holds config.channels arrays of config.samples floats, full scale
-// +-1.0. Up to 8 channels are used; the fourth (LFE) is not measured. The work
-// area must be aligned for pointers.
+// +-1.0. Rates outside 8 to 384 kHz, where the K-weighting filters do not hold,
+// and results that are not finite give an invalid result. Up to 8 channels are used; the fourth
+// (LFE) is not measured. The work area must be aligned for pointers.
 LoudnessResult MeasureLoudness(const LoudnessConfig& config, void* work, std::size_t workSize,
                                const float* const* channels);
 
@@ -48,8 +49,8 @@ public:
     LoudnessStream(const LoudnessStream&) = delete;
     LoudnessStream& operator=(const LoudnessStream&) = delete;
 
-    // False when the input cannot be measured (no samples, a rate below
-    // 8 kHz, no channels) or the state cannot be had.
+    // False when the input cannot be measured (no samples, a rate outside
+    // 8 to 384 kHz, no channels) or the state cannot be had.
     bool start(const LoudnessConfig& config);
     // `frames` frames of config.channels interleaved floats.
     void feed(const float* interleaved, std::uint32_t frames);

@@ -69,6 +69,21 @@ void FloatPlotBuilder::feed(const float* interleaved, std::int64_t first, std::i
     });
 }
 
+void FloatPlotBuilder::silenceFrom(std::int64_t first)
+{
+    const int lanes = 1 + m_multiChannels;
+    for (int i = 0; i < m_g.points; ++i) {
+        // Bucket i looks at frames [i x framesPerBucket, + scan).
+        if (std::int64_t(i) * m_g.framesPerBucket + m_g.scan <= first)
+            continue;
+        for (int lane = 0; lane < lanes; ++lane) {
+            const std::size_t at = std::size_t(lane) * std::size_t(m_g.points) + i;
+            m_max[at] = std::max(m_max[at], 0.0f);
+            m_min[at] = std::min(m_min[at], 0.0f);
+        }
+    }
+}
+
 void FloatPlotBuilder::finish(PlotPoint* mixed, PlotPoint* multi) const
 {
     std::fill(mixed, mixed + kPlotPoints, PlotPoint{});

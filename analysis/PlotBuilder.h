@@ -20,6 +20,9 @@ public:
     FloatPlotBuilder(int samples, int samplingRate, int channels, bool multi);
     // `frames` interleaved frames starting at frame index `first`.
     void feed(const float* interleaved, std::int64_t first, std::int64_t frames);
+    // Every frame from `first` on is silence: the same as feeding zeros, in
+    // constant time.
+    void silenceFrom(std::int64_t first);
     // Mixed plot (250 points) and, when asked for, 8 x 250 per-channel points.
     void finish(PlotPoint* mixed, PlotPoint* multi) const;
 
