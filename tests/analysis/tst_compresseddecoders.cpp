@@ -49,17 +49,6 @@ double ErrorDb(const std::vector<float>& reference, const float* decoded, std::s
     return 10.0 * std::log10(error / signal);
 }
 
-std::uint32_t OggCrc(const unsigned char* data, int size)
-{
-    std::uint32_t crc = 0;
-    for (int i = 0; i < size; ++i) {
-        crc ^= std::uint32_t(data[i]) << 24;
-        for (int k = 0; k < 8; ++k)
-            crc = (crc & 0x80000000u) ? (crc << 1) ^ 0x04c11db7u : crc << 1;
-    }
-    return crc;
-}
-
 void PutLe32(QByteArray& b, int at, std::uint32_t v)
 {
     for (int k = 0; k < 4; ++k)
@@ -75,13 +64,9 @@ QByteArray ReadAll(const QString& path)
 // Recomputes the CRC of the Ogg page at `page`, so a patched field is read.
 void FixPageCrc(QByteArray& b, int page)
 {
-    const auto* p = reinterpret_cast<const unsigned char*>(b.constData()) + page;
-    int size = 27 + p[26];
-    for (int i = 0; i < p[26]; ++i)
-        size += p[27 + i];
-    PutLe32(b, page + 22, 0);
-    PutLe32(b, page + 22,
-            OggCrc(reinterpret_cast<const unsigned char*>(b.constData()) + page, size));
+    fixtures::Bytes bytes(b.begin(), b.end());
+    fixtures::fixOggPageCrc(bytes, std::size_t(page));
+    b = fixtures::toQByteArray(bytes);
 }
 
 // Every frame of a source, read in odd-sized blocks.
@@ -287,12 +272,7 @@ private slots:
         PutLe32(bytes, packet + 16, 0);
         PutLe32(bytes, packet + 20, 160000);
         PutLe32(bytes, packet + 24, 0);
-        int pageSize = packet;
-        for (int i = 0; i < static_cast<unsigned char>(bytes[26]); ++i)
-            pageSize += static_cast<unsigned char>(bytes[27 + i]);
-        PutLe32(bytes, 22, 0);
-        PutLe32(bytes, 22,
-                OggCrc(reinterpret_cast<const unsigned char*>(bytes.constData()), pageSize));
+        FixPageCrc(bytes, 0);
 
         QTemporaryDir dir;
         const QString path = dir.filePath(QStringLiteral("nominal.ogg"));
