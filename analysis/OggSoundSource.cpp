@@ -277,5 +277,20 @@ std::int64_t OggSoundSource::read(float* interleaved, std::int64_t frames)
 
 bool OggSoundSource::seek(std::int64_t frame)
 {
-    return m_opened && ov_pcm_seek(m_file.get(), std::max<std::int64_t>(frame, 0)) == 0;
+    if (!m_opened)
+        return false;
+    if (frame <= 0) {
+        // Back to the start by opening afresh: libvorbisfile 1.3.7 can hand
+        // libogg a broken state after ov_pcm_seek on a damaged stream.
+        std::unique_ptr<WaveByteSource> bytes = std::move(m_bytes);
+        ov_clear(m_file.get());
+        m_opened = false;
+        m_reader = {};
+        return bytes && openBytes(std::move(bytes));
+    }
+    // A stream whose length is unknown or that ends before the frame has
+    // nothing to seek to.
+    if (frame >= frames())
+        return false;
+    return ov_pcm_seek(m_file.get(), frame) == 0;
 }

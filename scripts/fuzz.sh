@@ -69,7 +69,7 @@ for t in "${targets[@]}"; do
     mkdir -p "$corpus"
     echo "== Fuzzing $t for ${seconds} s"
     ( cd "$out" && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
-        LSAN_OPTIONS=suppressions="$root/tests/fuzz/lsan.supp" \
+        LSAN_OPTIONS=suppressions="$root/tests/fuzz/lsan.supp":print_suppressions=0 \
         "./${t}_fuzzer" -max_total_time="$seconds" -max_len=65536 -timeout=10 \
         -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix="crash-$t-" \
         "$corpus" "$seeds/$t" "$root/tests/fuzz/regressions/$t" ) 2>&1 |
