@@ -14,7 +14,7 @@ inline constexpr const char* kErrorOtherFormatAsMp3 =
     QT_TRANSLATE_NOOP("AnalysisError", "This is not MP3 data: the file holds another format.");
 inline constexpr const char* kErrorNotVorbis =
     QT_TRANSLATE_NOOP("AnalysisError", "Not Ogg Vorbis data.");
-inline constexpr const char* kErrorVorbisHeaderTooLarge =
+inline constexpr const char* kErrorVorbisHeaderDamaged =
     QT_TRANSLATE_NOOP("AnalysisError", "The Ogg Vorbis header is damaged or too large.");
 inline constexpr const char* kErrorCannotOpen =
     QT_TRANSLATE_NOOP("AnalysisError", "The file cannot be opened.");

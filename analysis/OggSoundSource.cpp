@@ -105,7 +105,7 @@ std::string CheckVorbisHeaders(WaveByteSource& bytes)
                 packetBytes += page[27 + i];
                 if (page[27 + i] < 255) {
                     if (packetBytes > (packet == 1 ? kMaxCommentBytes : kMaxSetupBytes))
-                        return kErrorVorbisHeaderTooLarge;
+                        return kErrorVorbisHeaderDamaged;
                     ++packet;
                     packetBytes = 0;
                     if (packet == 3)
@@ -121,7 +121,7 @@ std::string CheckVorbisHeaders(WaveByteSource& bytes)
             for (int i = 0; i < segments && packet < 3; ++i) {
                 packetBytes += page[27 + i];
                 if (packetBytes > (packet == 1 ? kMaxCommentBytes : kMaxSetupBytes))
-                    return kErrorVorbisHeaderTooLarge;
+                    return kErrorVorbisHeaderDamaged;
                 if (page[27 + i] < 255) {
                     ++packet;
                     packetBytes = 0;
@@ -185,11 +185,12 @@ bool OggSoundSource::openBytes(std::unique_ptr<WaveByteSource> bytes)
     m_reader.bytes = m_bytes.get();
     m_file = std::make_unique<OggVorbis_File>();
     const ov_callbacks callbacks{readBytes, seekBytes, nullptr, tellBytes};
-    if (ov_open_callbacks(&m_reader, m_file.get(), nullptr, 0, callbacks) != 0) {
+    const int opened = ov_open_callbacks(&m_reader, m_file.get(), nullptr, 0, callbacks);
+    if (opened != 0) {
         // ov_open_callbacks has cleaned up after itself.
         m_file.reset();
         m_bytes.reset();
-        setError(kErrorNotVorbis);
+        setError(opened == OV_EBADHEADER ? kErrorVorbisHeaderDamaged : kErrorNotVorbis);
         return false;
     }
     m_opened = true;
