@@ -112,8 +112,10 @@ QString ErrorReasonText(const AudioFileInfo& info)
 QVariant RecordCellValue(int column, const AudioFileInfo& info, bool forSorting,
                          bool loudnessVoltMode)
 {
-    if (IsFailedRecord(info) && column != ColumnSize && column != ColumnModifyTime &&
-        column != ColumnFormat)
+    // A failed row shows its size and time only when the file's status was read.
+    const bool statusKnown = !info.modifyTime.empty();
+    if (IsFailedRecord(info) && column != ColumnFormat &&
+        (!statusKnown || (column != ColumnSize && column != ColumnModifyTime)))
         return forSorting ? QVariant() : QVariant(QString());
     switch (column) {
     case ColumnSize:

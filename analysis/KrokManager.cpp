@@ -308,7 +308,7 @@ void AnalyzeAudioFile(const QString& path, AudioFileInfo& info, bool multiPlotWa
     const QByteArray localPath = QFile::encodeName(path);
     FileStamp stamp = stampOf(localPath);
     if (!stamp.ok) {
-        info.modifyTime = "0000/00/00 00:00:00";
+        // Size and time stay unknown (empty), rather than shown as zeros.
         // Names that are not valid UTF-8 reach us with replacement characters.
         failWith(info, path.contains(QChar::ReplacementCharacter) ? kErrorNameNotUtf8
                        : stamp.error == ENOENT                    ? kErrorNotFound
@@ -354,6 +354,8 @@ void AnalyzeAudioFile(const QString& path, AudioFileInfo& info, bool multiPlotWa
             return;
         stamp = after;
         if (!stamp.ok) {
+            info.fileSize = 0;
+            info.modifyTime.clear();
             failWith(info, stamp.error == ENOENT ? kErrorNotFound : kErrorCannotOpen);
             return;
         }

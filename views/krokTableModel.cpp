@@ -163,7 +163,8 @@ QVariant krokTableModel::cellValue(int row, int column, bool forSorting) const
         return column == ColumnFormat ? QVariant(QStringLiteral("ERROR")) : QVariant();
     }
     if (column == ColumnPlots) {
-        return plotItem(info, row);
+        // A failed row has no waveform to show, not even a flat one.
+        return IsFailedRecord(info) ? QVariant() : plotItem(info, row);
     }
     return RecordCellValue(column, info, forSorting, loudnessVoltMode);
 }

@@ -213,6 +213,7 @@ private slots:
         QCOMPARE(info.isValid, 0);
         QCOMPARE(info.errorText, std::string(kErrorNotFound));
         QCOMPARE(info.fileSize, std::int64_t(0));
+        QVERIFY(info.modifyTime.empty());
         registry.Finalize();
     }
 
