@@ -15,7 +15,8 @@ fuzz_seconds=${1:-600}
 "$root/scripts/deps.sh" bench
 build="$root/build/bench"
 cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release -DTESK_GUI=OFF >/dev/null
-cmake --build "$build" -j2 --target tesk-scan tesk-signalgen tst_hostilefolder >/dev/null
+cmake --build "$build" -j2 --target tesk-scan tesk-signalgen tst_hostilefolder >"$build/robustness-build.log" 2>&1 ||
+    { echo "build failed, see $build/robustness-build.log" >&2; exit 1; }
 scan="$build/tools/tesk-scan/tesk-scan"
 gen="$build/tests/fixtures/tesk-signalgen"
 work="$build/robustness"
