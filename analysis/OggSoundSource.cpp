@@ -56,6 +56,75 @@ long tellBytes(void* handle)
     return static_cast<long>(static_cast<OggSoundSource::Reader*>(handle)->position);
 }
 
+// Each link of a chained file keeps its decoded headers (codebooks and all)
+// in libvorbisfile while the file is open for seeking; past this many links
+// the file is read as a plain stream instead, one link's headers at a time.
+constexpr int kMaxSeekableLinks = 16;
+
+struct LinkSummary
+{
+    int links = 0;
+    // Sum of the last granule positions of the leading links that share the
+    // first link's rate and channels: the length when read as a stream.
+    std::int64_t frames = 0;
+};
+
+// Walks every page header once (a few dozen bytes per 4 KB page).
+LinkSummary summarizeLinks(WaveByteSource& bytes)
+{
+    LinkSummary summary;
+    const std::int64_t end = bytes.size();
+    std::int64_t pos = 0;
+    std::uint32_t serial = 0;
+    std::int64_t linkGranule = 0;
+    bool sameFormat = true;
+    unsigned char first[5] = {}; // channels and rate of the first link
+    while (pos + 27 <= end) {
+        unsigned char page[27 + 255];
+        if (!bytes.readExact(pos, page, 27) || std::memcmp(page, "OggS", 4) != 0) {
+            // Damage: carry on at the next capture pattern, as libogg does.
+            unsigned char buffer[4096];
+            const std::size_t got = bytes.readAt(pos + 1, buffer, sizeof buffer);
+            if (got < 4)
+                break;
+            const void* hit = memmem(buffer, got, "OggS", 4);
+            pos = hit ? pos + 1 + (static_cast<const unsigned char*>(hit) - buffer)
+                      : pos + 1 + std::int64_t(got) - 3;
+            continue;
+        }
+        const int segments = page[26];
+        if (!bytes.readExact(pos + 27, page + 27, std::size_t(segments)))
+            break;
+        std::int64_t body = 0;
+        for (int i = 0; i < segments; ++i)
+            body += page[27 + i];
+        const std::uint32_t pageSerial = le32(page + 14);
+        if (page[5] & 0x02) {
+            if (summary.links > 0 && sameFormat)
+                summary.frames += linkGranule;
+            ++summary.links;
+            serial = pageSerial;
+            linkGranule = 0;
+            unsigned char id[30];
+            if (bytes.readExact(pos + 27 + segments, id, 30)) {
+                if (summary.links == 1)
+                    std::memcpy(first, id + 11, 5);
+                else if (std::memcmp(first, id + 11, 5) != 0)
+                    sameFormat = false;
+            }
+        } else if (pageSerial == serial) {
+            std::int64_t granule = 0;
+            std::memcpy(&granule, page + 6, 8); // little-endian, as the file
+            if (granule > 0)
+                linkGranule = granule;
+        }
+        pos += 27 + segments + body;
+    }
+    if (summary.links > 0 && sameFormat)
+        summary.frames += linkGranule;
+    return summary;
+}
+
 } // namespace
 
 void VorbisKbps(const VorbisHeaderBitRates& rates, std::int32_t& minKbps, std::int32_t& maxKbps)
@@ -181,10 +250,13 @@ bool OggSoundSource::openBytes(std::unique_ptr<WaveByteSource> bytes)
         setError(problem);
         return false;
     }
+    const LinkSummary summary = summarizeLinks(*bytes);
+    m_streamed = summary.links > kMaxSeekableLinks;
     m_bytes = std::move(bytes);
     m_reader.bytes = m_bytes.get();
     m_file = std::make_unique<OggVorbis_File>();
-    const ov_callbacks callbacks{readBytes, seekBytes, nullptr, tellBytes};
+    const ov_callbacks callbacks{readBytes, m_streamed ? nullptr : seekBytes, nullptr,
+                                 m_streamed ? nullptr : tellBytes};
     const int opened = ov_open_callbacks(&m_reader, m_file.get(), nullptr, 0, callbacks);
     if (opened != 0) {
         // ov_open_callbacks has cleaned up after itself.
@@ -212,7 +284,8 @@ bool OggSoundSource::openBytes(std::unique_ptr<WaveByteSource> bytes)
         const vorbis_info* other = ov_info(m_file.get(), int(i));
         uniform = other && other->channels == info->channels && other->rate == info->rate;
     }
-    const ogg_int64_t total = ov_pcm_total(m_file.get(), uniform ? -1 : 0);
+    const ogg_int64_t total =
+        m_streamed ? summary.frames : ov_pcm_total(m_file.get(), uniform ? -1 : 0);
     setProperties(static_cast<std::int32_t>(info->rate), info->channels,
                   total > 0 ? static_cast<std::int64_t>(total) : 0);
     m_link = 0;
@@ -229,8 +302,9 @@ std::int64_t OggSoundSource::decode(float*** planes, std::int64_t frames)
             continue; // a gap in the data: the decoder carries on after it
         if (got <= 0)
             return 0;
-        if (link != m_link) {
-            const vorbis_info* info = ov_info(m_file.get(), link);
+        if (link != m_link || m_streamed) {
+            // A stream shows one link at a time, always as link 0.
+            const vorbis_info* info = ov_info(m_file.get(), m_streamed ? -1 : link);
             if (!info || info->channels != channels() || info->rate != samplingRate())
                 return 0;
             m_link = link;
@@ -290,8 +364,8 @@ bool OggSoundSource::seek(std::int64_t frame)
         return bytes && openBytes(std::move(bytes));
     }
     // A stream whose length is unknown or that ends before the frame has
-    // nothing to seek to.
-    if (frame >= frames())
+    // nothing to seek to; a long chain is read as a stream, which cannot seek.
+    if (frame >= frames() || m_streamed)
         return false;
     return ov_pcm_seek(m_file.get(), frame) == 0;
 }

@@ -27,6 +27,9 @@ std::string CheckVorbisHeaders(WaveByteSource& bytes);
 
 // Ogg Vorbis through libvorbisfile (the reference decoder). The length is
 // ov_pcm_total's, over the links that share the first link's rate and channels.
+// A chain of more than 16 links is read as a plain stream (libvorbisfile would
+// keep every link's decoded headers): its length comes from the pages'
+// granule positions, and it seeks only back to the start.
 class OggSoundSource final : public SoundSource
 {
 public:
@@ -60,6 +63,7 @@ private:
     Reader m_reader;
     std::unique_ptr<OggVorbis_File> m_file;
     bool m_opened = false;
+    bool m_streamed = false; // a chain of many links, read without seeking
     int m_link = -1;
     VorbisHeaderBitRates m_bitRates;
 };

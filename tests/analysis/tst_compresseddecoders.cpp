@@ -61,6 +61,12 @@ QByteArray ReadAll(const QString& path)
     return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
 }
 
+void PutLe32Bytes(fixtures::Bytes& b, std::size_t at, std::uint32_t v)
+{
+    for (int k = 0; k < 4; ++k)
+        b[at + std::size_t(k)] = static_cast<unsigned char>(v >> (8 * k));
+}
+
 // Recomputes the CRC of the Ogg page at `page`, so a patched field is read.
 void FixPageCrc(QByteArray& b, int page)
 {
@@ -374,6 +380,42 @@ private slots:
             QVERIFY(decoder.frames() <= 5 * 44100);
             QVERIFY(std::int64_t(ReadAllFrames(decoder).size()) <= decoder.frames() * 2);
         }
+    }
+    // A chain of links plays as one sound; a long chain is read as a stream so
+    // that libvorbisfile does not hold every link's headers, with the same length.
+    void vorbisChains_data()
+    {
+        QTest::addColumn<int>("links");
+        QTest::newRow("3 links, seekable") << 3;
+        QTest::newRow("40 links, streamed") << 40;
+    }
+
+    void vorbisChains()
+    {
+        QFETCH(int, links);
+        const QByteArray one = ReadAll(Fixture("tones-mono.ogg"));
+        OggSoundSource single;
+        QVERIFY(single.openMemory(one.constData(), std::size_t(one.size())));
+        fixtures::Bytes chain;
+        for (int k = 0; k < links; ++k) {
+            fixtures::Bytes link(one.begin(), one.end());
+            for (std::size_t page = 0; page + 27 < link.size();) {
+                PutLe32Bytes(link, page + 14, 0x1000u + std::uint32_t(k)); // a serial of its own
+                fixtures::fixOggPageCrc(link, page);
+                std::size_t size = 27 + link[page + 26];
+                for (std::size_t i = 0; i < link[page + 26]; ++i)
+                    size += link[page + 27 + i];
+                page += size;
+            }
+            fixtures::append(chain, link);
+        }
+        OggSoundSource decoder;
+        QVERIFY(decoder.openMemory(chain.data(), chain.size()));
+        QCOMPARE(decoder.frames(), single.frames() * links);
+        QCOMPARE(std::int64_t(ReadAllFrames(decoder).size()), decoder.frames());
+        QVERIFY(decoder.seek(0));
+        std::vector<float> block(100);
+        QCOMPARE(decoder.read(block.data(), 100), std::int64_t(100));
     }
 };
 
