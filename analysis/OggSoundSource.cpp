@@ -64,6 +64,11 @@ constexpr int kMaxSeekableLinks = 16;
 struct LinkSummary
 {
     int links = 0;
+    // Every page where the previous one ends, in sequence, continuing the
+    // packet its predecessor left open, granules not going back. Only then is
+    // ov_pcm_seek trusted: on damaged pages libvorbisfile 1.3.7 can drive
+    // libogg into a negative memmove.
+    bool clean = true;
     // Sum of the last granule positions of the leading links that share the
     // first link's rate and channels: the length when read as a stream.
     std::int64_t frames = 0;
@@ -77,11 +82,15 @@ LinkSummary summarizeLinks(WaveByteSource& bytes)
     std::int64_t pos = 0;
     std::uint32_t serial = 0;
     std::int64_t linkGranule = 0;
+    std::int64_t lastGranule = 0;
+    std::uint32_t lastSequence = 0;
+    bool packetOpen = false;
     bool sameFormat = true;
     unsigned char first[5] = {}; // channels and rate of the first link
     while (pos + 27 <= end) {
         unsigned char page[27 + 255];
-        if (!bytes.readExact(pos, page, 27) || std::memcmp(page, "OggS", 4) != 0) {
+        if (!bytes.readExact(pos, page, 27) || std::memcmp(page, "OggS", 4) != 0 || page[4] != 0) {
+            summary.clean = false;
             // Damage: carry on at the next capture pattern, as libogg does.
             unsigned char buffer[4096];
             const std::size_t got = bytes.readAt(pos + 1, buffer, sizeof buffer);
@@ -99,7 +108,21 @@ LinkSummary summarizeLinks(WaveByteSource& bytes)
         for (int i = 0; i < segments; ++i)
             body += page[27 + i];
         const std::uint32_t pageSerial = le32(page + 14);
+        const std::uint32_t sequence = le32(page + 18);
+        std::int64_t granule = 0;
+        std::memcpy(&granule, page + 6, 8); // little-endian, as the file
+        if (!(page[5] & 0x02)) {
+            const bool continued = (page[5] & 0x01) != 0;
+            if (pageSerial != serial || sequence != lastSequence + 1 || continued != packetOpen ||
+                (granule != -1 && granule < lastGranule))
+                summary.clean = false;
+        }
+        lastSequence = sequence;
+        if (granule != -1)
+            lastGranule = granule;
+        packetOpen = segments > 0 && page[27 + segments - 1] == 255;
         if (page[5] & 0x02) {
+            lastGranule = 0;
             if (summary.links > 0 && sameFormat)
                 summary.frames += linkGranule;
             ++summary.links;
@@ -112,14 +135,13 @@ LinkSummary summarizeLinks(WaveByteSource& bytes)
                 else if (std::memcmp(first, id + 11, 5) != 0)
                     sameFormat = false;
             }
-        } else if (pageSerial == serial) {
-            std::int64_t granule = 0;
-            std::memcpy(&granule, page + 6, 8); // little-endian, as the file
-            if (granule > 0)
-                linkGranule = granule;
+        } else if (pageSerial == serial && granule > 0) {
+            linkGranule = granule;
         }
         pos += 27 + segments + body;
     }
+    if (pos != end)
+        summary.clean = false;
     if (summary.links > 0 && sameFormat)
         summary.frames += linkGranule;
     return summary;
@@ -252,6 +274,7 @@ bool OggSoundSource::openBytes(std::unique_ptr<WaveByteSource> bytes)
     }
     const LinkSummary summary = summarizeLinks(*bytes);
     m_streamed = summary.links > kMaxSeekableLinks;
+    m_seekSafe = summary.clean && !m_streamed;
     m_bytes = std::move(bytes);
     m_reader.bytes = m_bytes.get();
     m_file = std::make_unique<OggVorbis_File>();
@@ -354,18 +377,24 @@ bool OggSoundSource::seek(std::int64_t frame)
 {
     if (!m_opened)
         return false;
-    if (frame <= 0) {
-        // Back to the start by opening afresh: libvorbisfile 1.3.7 can hand
-        // libogg a broken state after ov_pcm_seek on a damaged stream.
-        std::unique_ptr<WaveByteSource> bytes = std::move(m_bytes);
-        ov_clear(m_file.get());
-        m_opened = false;
-        m_reader = {};
-        return bytes && openBytes(std::move(bytes));
-    }
-    // A stream whose length is unknown or that ends before the frame has
-    // nothing to seek to; a long chain is read as a stream, which cannot seek.
-    if (frame >= frames() || m_streamed)
+    if (frame >= frames() && frame > 0)
         return false;
-    return ov_pcm_seek(m_file.get(), frame) == 0;
+    if (frame > 0 && m_seekSafe)
+        return ov_pcm_seek(m_file.get(), frame) == 0;
+    // Back to the start by opening afresh (ov_pcm_seek cannot be trusted on
+    // damaged pages, see LinkSummary), then decode up to the frame.
+    std::unique_ptr<WaveByteSource> bytes = std::move(m_bytes);
+    ov_clear(m_file.get());
+    m_opened = false;
+    m_reader = {};
+    if (!bytes || !openBytes(std::move(bytes)))
+        return false;
+    for (std::int64_t skipped = 0; skipped < frame;) {
+        float** planes = nullptr;
+        const std::int64_t got = decode(&planes, frame - skipped);
+        if (got <= 0)
+            return false;
+        skipped += got;
+    }
+    return true;
 }

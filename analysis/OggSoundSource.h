@@ -29,7 +29,8 @@ std::string CheckVorbisHeaders(WaveByteSource& bytes);
 // ov_pcm_total's, over the links that share the first link's rate and channels.
 // A chain of more than 16 links is read as a plain stream (libvorbisfile would
 // keep every link's decoded headers): its length comes from the pages'
-// granule positions, and it seeks only back to the start.
+// granule positions. A stream, or a file with damaged pages, seeks by decoding
+// from the start.
 class OggSoundSource final : public SoundSource
 {
 public:
@@ -64,6 +65,7 @@ private:
     std::unique_ptr<OggVorbis_File> m_file;
     bool m_opened = false;
     bool m_streamed = false; // a chain of many links, read without seeking
+    bool m_seekSafe = false; // pages clean enough for ov_pcm_seek
     int m_link = -1;
     VorbisHeaderBitRates m_bitRates;
 };
