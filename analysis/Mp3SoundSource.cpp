@@ -107,7 +107,9 @@ bool Mp3SoundSource::openBytes(std::unique_ptr<WaveByteSource> bytes)
 
     // Gapless trimming is libmpg123's default; say so explicitly because the
     // sample count depends on it.
-    mpg123_param(h, MPG123_ADD_FLAGS, MPG123_QUIET | MPG123_GAPLESS | MPG123_FORCE_FLOAT, 0.0);
+    // ID3v2 tags are skipped, not read: a tag can hold megabytes of pictures.
+    mpg123_param(h, MPG123_ADD_FLAGS,
+                 MPG123_QUIET | MPG123_GAPLESS | MPG123_FORCE_FLOAT | MPG123_SKIP_ID3V2, 0.0);
     mpg123_format_none(h);
     const long* rates = nullptr;
     std::size_t rateCount = 0;

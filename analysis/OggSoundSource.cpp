@@ -12,9 +12,10 @@
 
 namespace {
 
-// Cover art can make a comment packet a few megabytes; setup headers are a few
+// Cover art can make a comment packet a few megabytes (libogg may hold twice a
+// packet while it assembles it); setup headers are a few
 // kilobytes in practice. Anything past these is damage or a lie.
-constexpr std::int64_t kMaxCommentBytes = 16 * 1024 * 1024;
+constexpr std::int64_t kMaxCommentBytes = 8 * 1024 * 1024;
 constexpr std::int64_t kMaxSetupBytes = 4 * 1024 * 1024;
 constexpr std::int64_t kMaxHeaderWalk = 32 * 1024 * 1024;
 
