@@ -87,12 +87,17 @@ int main(int argc, char** argv)
             "\n"
             "Loudness is integrated loudness in LUFS; -96 (shown as ---) means not measured.\n"
             "A progress bar goes to standard error when it is a terminal.\n"
+            "\n"
+            "A file that cannot be read gets a row that shows ERROR and no values; JSON gives\n"
+            "the reason in \"errorText\". Like Tesk, tesk-scan enters each file in the crash\n"
+            "journal of the cache folder before reading it: a file that took a scan down is\n"
+            "shown as ERROR, and skipped, until its size or modification time changes.\n"
             "\n") +
         libraryHelp +
         QStringLiteral(
             "\n"
-            "Exit status: 0 when the folder was scanned (files that cannot be read get a row\n"
-            "with default values and do not stop the scan), 2 for a bad option, a missing or\n"
+            "Exit status: 0 when the folder was scanned (files that cannot be read do not stop\n"
+            "the scan), 2 for a bad option, a missing or\n"
             "unreadable folder or an unusable --ucs-list, 1 when the output cannot be written.\n"
             "\n"
             "Example: tesk-scan --recursive --loudness ~/Sounds > sounds.csv"));
