@@ -19,6 +19,9 @@ public:
     ~Mp3SoundSource() override;
 
     bool open(const char* localPath) override;
+    // Accepts the data on its first frames only: frames() is the Info frame's
+    // count, or -1 without one.
+    bool openForPlayback(const char* localPath) override;
     // Reads from the caller's buffer, which must outlive the source.
     bool openMemory(const void* data, std::size_t size);
     std::int64_t read(float* interleaved, std::int64_t frames) override;
@@ -35,7 +38,7 @@ public:
     };
 
 private:
-    bool openBytes(std::unique_ptr<WaveByteSource> bytes);
+    bool openBytes(std::unique_ptr<WaveByteSource> bytes, bool walkFrames);
 
     struct HandleDeleter
     {

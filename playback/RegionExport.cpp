@@ -252,7 +252,7 @@ QString ExportWave(const QString& source, std::int64_t first, std::int64_t last,
 QString ExportDecoded(const QString& source, std::int64_t first, std::int64_t last, QSaveFile& out,
                       const std::atomic<bool>* cancel)
 {
-    const std::unique_ptr<AudioEngine::StreamSource> in = OpenFrameSource(source);
+    const std::unique_ptr<AudioEngine::StreamSource> in = OpenFrameSource(source, cancel);
     AudioEngine::StreamFormat format;
     if (!in || !in->Open(format) || format.channels < 1 || format.frameCount < 0)
         return Text(QT_TRANSLATE_NOOP("RegionExport", "The file cannot be read."));

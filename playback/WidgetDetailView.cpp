@@ -117,7 +117,8 @@ void WidgetDetailView::startLoading()
     const QString file = path;
     pool.start([this, generation, cancel, file] {
         auto result = std::make_shared<WaveOverview>();
-        const std::unique_ptr<AudioEngine::StreamSource> source = OpenFrameSource(file);
+        const std::unique_ptr<AudioEngine::StreamSource> source =
+            OpenFrameSource(file, cancel.get());
         if (!source || !BuildWaveOverview(*source, kOverviewBuckets, *cancel, *result))
             result.reset();
         if (cancel->load())
@@ -212,8 +213,7 @@ void WidgetDetailView::regionWritten(unsigned generation, const QString& file, c
 
 bool WidgetDetailView::PlayRegion()
 {
-    // MP3 and Ogg Vorbis regions wait for the streaming decoders; the file plays whole.
-    if (!HasRegion() || IsCompressedAudio(path))
+    if (!HasRegion())
         return false;
     emit SigPlayRegion(path, regionStart, regionEnd);
     return true;

@@ -52,7 +52,7 @@ public:
     std::int64_t RegionEnd() const { return regionEnd; }
     // The region's WAV, once written (empty before).
     QString RegionFile() const { return regionReady ? regionFile : QString(); }
-    // Space: plays the region of a WAV or AIFF file; false when there is none.
+    // Space: plays the region; false when there is none.
     bool PlayRegion();
 
     // The play position shown, in frames; -1 when the file does not play.
