@@ -184,8 +184,8 @@ void WidgetDetailView::SetRegion(std::int64_t startFrame, std::int64_t endFrame)
     regionCancel = std::make_shared<std::atomic<bool>>(false);
     const auto cancel = regionCancel;
     const QString source = path;
-    const QString target =
-        RegionFilePath(source, regionStart, regionEnd, overview ? overview->rate : 0);
+    const QString target = RegionFilePath(regionFolder.Path(), source, regionStart, regionEnd,
+                                          overview ? overview->rate : 0);
     const std::int64_t a = regionStart;
     const std::int64_t b = regionEnd;
     pool.start([this, generation, cancel, source, target, a, b] {
