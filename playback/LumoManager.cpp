@@ -244,20 +244,35 @@ QString LumoManager::OutputDevice() const
     return initialized ? QString::fromStdString(AudioEngine::GetOutputDevice()) : QString();
 }
 
-bool LumoManager::SetOutputDevice(const QString& name)
+void LumoManager::SetOutputDevice(const QString& name)
 {
-    return initialized && AudioEngine::SetOutputDevice(name.toStdString());
+    if (initialized)
+        AudioEngine::SetOutputDevice(name.toStdString());
+}
+
+bool LumoManager::TakeOutputChange(QString* requested, bool* opened)
+{
+    if (!initialized)
+        return false;
+    const AudioEngine::OutputChange change = AudioEngine::TakeOutputChange();
+    if (!change.finished)
+        return false;
+    if (requested)
+        *requested = QString::fromStdString(change.requested);
+    if (opened)
+        *opened = change.opened;
+    return true;
 }
 
 bool LumoManager::CheckOutputDevice(QString* lost)
 {
     if (!initialized)
         return false;
-    const QString before = OutputDevice();
-    if (!AudioEngine::RecoverLostOutput())
+    std::string name;
+    if (!AudioEngine::RecoverLostOutput(&name))
         return false;
     if (lost)
-        *lost = before;
+        *lost = QString::fromStdString(name);
     return true;
 }
 

@@ -56,14 +56,17 @@ public:
     float PreviewGain() const { return previewGain; }
 
     // Output devices: the names SDL reports, the one in use ("" for the system
-    // default), and a move to another one; false when it did not open and the
-    // default plays instead.
+    // default; while the output moves, the one asked for), and a move to
+    // another one, which runs on the engine's own thread and returns at once.
     QStringList OutputDevices() const;
     QString OutputDevice() const;
-    bool SetOutputDevice(const QString& name);
-    // Polled: when the device in use has gone away, moves the output to the
-    // system default and returns true, with the lost device's name in `lost`
-    // (empty when the default itself went).
+    void SetOutputDevice(const QString& name);
+    // Polled: true once for each move that finished since the last call, with
+    // the device asked for and whether it opened (else the default plays).
+    bool TakeOutputChange(QString* requested, bool* opened);
+    // Polled: when the device in use has gone away, starts moving the output
+    // to the system default and returns true, with the lost device's name in
+    // `lost` (empty when the default itself went).
     bool CheckOutputDevice(QString* lost = nullptr);
 
 private:
