@@ -79,10 +79,10 @@ bool Mp3SoundSource::openForPlayback(const char* localPath)
     return openBytes(WaveByteSource::openFile(localPath), false);
 }
 
-bool Mp3SoundSource::openMemory(const void* data, std::size_t size)
+bool Mp3SoundSource::openMemory(const void* data, std::size_t size, bool forPlayback)
 {
     close();
-    return openBytes(WaveByteSource::fromMemory(data, size), true);
+    return openBytes(WaveByteSource::fromMemory(data, size), !forPlayback);
 }
 
 bool Mp3SoundSource::openBytes(std::unique_ptr<WaveByteSource> bytes, bool walkFrames)

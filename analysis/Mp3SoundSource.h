@@ -22,8 +22,9 @@ public:
     // Accepts the data on its first frames only: frames() is the Info frame's
     // count, or -1 without one.
     bool openForPlayback(const char* localPath) override;
-    // Reads from the caller's buffer, which must outlive the source.
-    bool openMemory(const void* data, std::size_t size);
+    // Reads from the caller's buffer, which must outlive the source; opened as
+    // openForPlayback does when `forPlayback` is set.
+    bool openMemory(const void* data, std::size_t size, bool forPlayback = false);
     std::int64_t read(float* interleaved, std::int64_t frames) override;
     bool seek(std::int64_t frame) override;
     void close() override;

@@ -257,10 +257,10 @@ bool OggSoundSource::openForPlayback(const char* localPath)
     return openBytes(WaveByteSource::openFile(localPath), false);
 }
 
-bool OggSoundSource::openMemory(const void* data, std::size_t size)
+bool OggSoundSource::openMemory(const void* data, std::size_t size, bool forPlayback)
 {
     close();
-    return openBytes(WaveByteSource::fromMemory(data, size), true);
+    return openBytes(WaveByteSource::fromMemory(data, size), !forPlayback);
 }
 
 bool OggSoundSource::openBytes(std::unique_ptr<WaveByteSource> bytes, bool walkPages)

@@ -51,8 +51,9 @@ public:
 
     bool open(const char* localPath) override;
     bool openForPlayback(const char* localPath) override;
-    // Reads from the caller's buffer, which must outlive the source.
-    bool openMemory(const void* data, std::size_t size);
+    // Reads from the caller's buffer, which must outlive the source; opened as
+    // openForPlayback does when `forPlayback` is set.
+    bool openMemory(const void* data, std::size_t size, bool forPlayback = false);
     std::int64_t read(float* interleaved, std::int64_t frames) override;
     bool seek(std::int64_t frame) override;
     void close() override;
