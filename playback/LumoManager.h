@@ -8,8 +8,6 @@
 #include <QStringList>
 
 #include <cstdint>
-#include <memory>
-#include <vector>
 
 // Previews one audio file at a time: WAVE and AIFF through the memory player
 // from the file's own bytes (or, above a size limit, streamed from disk so that
