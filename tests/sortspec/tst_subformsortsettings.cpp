@@ -240,11 +240,24 @@ private slots:
         QCOMPARE(table->item(1, 0)->background().color(), white);
     }
 
-    void noFilesToReorderOnlyWhenNothingMatched()
+    // The advice shows only when nothing matched, and names the dialog's own
+    // controls by the texts they show, so that a renamed control shows here.
+    void noFilesToReorder()
     {
         QVERIFY(subFormSortSettings::nothingMatched(3, 3));
         QVERIFY(!subFormSortSettings::nothingMatched(3, 2));
         QVERIFY(!subFormSortSettings::nothingMatched(0, 0));
+        subFormSortSettings form;
+        const QString message = subFormSortSettings::noFilesToReorderMessage();
+        QVERIFY(message.startsWith(QStringLiteral("No files to reorder.\n")));
+        QStringList shown{child<QPushButton>(form, "buttonAnalyze")->text()};
+        for (const QLabel* label : form.findChildren<QLabel*>())
+            shown << label->text();
+        for (const QString& quoted :
+             {QStringLiteral("Start Analyzing"), QStringLiteral("Relative path root")}) {
+            QVERIFY(shown.contains(quoted));
+            QVERIFY(message.contains('"' + quoted + '"'));
+        }
     }
 
     // A .csv file that exists lands in the list's field (also dropped on the
