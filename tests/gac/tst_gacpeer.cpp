@@ -160,6 +160,8 @@ private slots:
             << int(GacSdk::NewAssetExported) << 2 << INT_MAX << 1 << 1 << 0;
         QTest::newRow("exports: more written than room")
             << int(GacSdk::NewAssetExported) << 2 << 5 << 99 << 5 << 0;
+        QTest::newRow("exports: two billion announced and written")
+            << int(GacSdk::NewAssetExported) << 2 << INT_MAX << INT_MAX << GacSdk::kMaxAssets << 0;
         QTest::newRow("exports: two billion written")
             << int(GacSdk::NewAssetExported) << 2 << 1 << INT_MAX << 1 << 0;
         QTest::newRow("exports: negative")
