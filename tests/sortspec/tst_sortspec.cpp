@@ -1,4 +1,4 @@
-// The GUI-free half of the CSV sort specification: reading the list, finding
+// The GUI-free half of sorting by a CSV list: reading the list, finding
 // each listed file under the root, and marking the rows that matched nothing.
 #include "SortCsvReader.h"
 #include "SortPathResolver.h"
