@@ -42,6 +42,7 @@ class TestEngineDevice : public QObject
 
     QTemporaryDir dir_;
     PlayerHandle player_ = nullptr;
+    QByteArray wav_;
 
     void startEngine(const QByteArray& driver)
     {
@@ -53,6 +54,13 @@ class TestEngineDevice : public QObject
         QVERIFY(CreateWaveVoicePool({0, 1, 8, 192000}));
         player_ = CreatePlayer();
         QVERIFY(player_);
+    }
+
+    void play(const QByteArray& wav)
+    {
+        wav_ = wav;
+        SetData(player_, wav_.constData(), static_cast<std::size_t>(wav_.size()));
+        Start(player_);
     }
 
 private slots:
@@ -75,14 +83,11 @@ private slots:
         const QString raw = dir_.filePath(QStringLiteral("out.raw"));
         qputenv("SDL_DISKAUDIOFILE", QFile::encodeName(raw));
         startEngine("disk");
-        QCOMPARE(GetOutputRate(), 48000);
 
         const std::size_t frames = 9600; // 200 ms
         const auto values = fixtures::distinct16(frames * 2, 7);
-        const QByteArray wav = fixtures::toQByteArray(fixtures::wavInts(2, 48000, 16, values));
-        SetData(player_, wav.constData(), static_cast<std::size_t>(wav.size()));
         SetFadeIn(player_, false); // every sample as it is in the file
-        Start(player_);
+        play(fixtures::toQByteArray(fixtures::wavInts(2, 48000, 16, values)));
         QVERIFY(waitForStatus(player_, PlayerStatus::PlayEnd, 5000));
         QCOMPARE(GetPlayedSamples(GetLastPlaybackId(player_)), std::int64_t(frames));
         Finalize();
@@ -99,17 +104,15 @@ private slots:
         QVERIFY(out.size() >= first + values.size());
         for (std::size_t i = 0; i < values.size(); ++i)
             QCOMPARE(out[first + i], values[i] / 32768.0f);
-        for (std::size_t i = first + values.size(); i < out.size(); ++i)
-            QCOMPARE(out[i], 0.0f);
+        QVERIFY(std::all_of(out.begin() + static_cast<std::ptrdiff_t>(first + values.size()),
+                            out.end(), [](float x) { return x == 0.0f; }));
     }
 
     void dummyDriverPlaysInRealTimeAndStops()
     {
         startEngine("dummy");
         std::vector<std::int32_t> values(48000 * 5, 1000);
-        const QByteArray wav = fixtures::toQByteArray(fixtures::wavInts(1, 48000, 16, values));
-        SetData(player_, wav.constData(), static_cast<std::size_t>(wav.size()));
-        Start(player_);
+        play(fixtures::toQByteArray(fixtures::wavInts(1, 48000, 16, values)));
         QVERIFY(waitForStatus(player_, PlayerStatus::Playing, 2000));
         QThread::msleep(100);
         const std::int64_t played = GetPlayedSamples(GetLastPlaybackId(player_));
@@ -130,10 +133,7 @@ private slots:
 #else
         QVERIFY2(g_errors[0].startsWith(QStringLiteral("E2026112201 : ")), qPrintable(g_errors[0]));
 #endif
-        const QByteArray wav =
-            fixtures::toQByteArray(fixtures::wavInts(1, 48000, 16, fixtures::distinct16(2400)));
-        SetData(player_, wav.constData(), static_cast<std::size_t>(wav.size()));
-        Start(player_);
+        play(fixtures::toQByteArray(fixtures::wavInts(1, 48000, 16, fixtures::distinct16(2400))));
         QVERIFY(waitForStatus(player_, PlayerStatus::PlayEnd, 3000));
     }
 };

@@ -395,12 +395,7 @@ FAKE_EXPORT int fakeGacTranslate(const char* path, char* translated, int size)
     return callback ? callback(path, translated, size, userData) : -1;
 }
 
-FAKE_EXPORT void fakeGacFire(int kind)
-{
-    fire(kind, 2);
-}
-
-// As fakeGacFire, with lists that claim count records (see fire()).
+// Fires the callback of kind with lists that claim count records (see fire()).
 FAKE_EXPORT void fakeGacFireCount(int kind, int count)
 {
     fire(kind, count);

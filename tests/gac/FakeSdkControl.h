@@ -12,7 +12,6 @@ struct FakeSdkControl
     void (*setExportedAsset)(const char*) = nullptr;
     void (*setExportedCounts)(int, int) = nullptr;
     int (*calls)(char*, int) = nullptr;
-    void (*fire)(int) = nullptr;
     void (*fireCount)(int, int) = nullptr;
     void (*fireDuring)(const char*, int) = nullptr;
     void (*hold)(const char*, int) = nullptr;
@@ -20,27 +19,30 @@ struct FakeSdkControl
     int (*holdsGivenUp)() = nullptr;
     int (*translate)(const char*, char*, int) = nullptr;
 
-    template<typename F>
-    static bool resolveOne(QLibrary& lib, F& f, const char* name)
-    {
-        f = reinterpret_cast<F>(lib.resolve(name));
-        return f != nullptr;
-    }
-
     bool resolve(const QString& path)
     {
         QLibrary lib(path);
-        return resolveOne(lib, reset, "fakeGacReset") &&
-               resolveOne(lib, setResult, "fakeGacSetResult") &&
-               resolveOne(lib, setExportedAsset, "fakeGacSetExportedAsset") &&
-               resolveOne(lib, setExportedCounts, "fakeGacSetExportedCounts") &&
-               resolveOne(lib, calls, "fakeGacCalls") && resolveOne(lib, fire, "fakeGacFire") &&
-               resolveOne(lib, fireCount, "fakeGacFireCount") &&
-               resolveOne(lib, fireDuring, "fakeGacFireDuring") &&
-               resolveOne(lib, hold, "fakeGacHold") && resolveOne(lib, held, "fakeGacHeld") &&
-               resolveOne(lib, holdsGivenUp, "fakeGacHoldsGivenUp") &&
-               resolveOne(lib, translate, "fakeGacTranslate");
+        bool all = true;
+        const auto one = [&](auto& f, const char* name) {
+            f = reinterpret_cast<std::remove_reference_t<decltype(f)>>(lib.resolve(name));
+            all = all && f;
+        };
+        one(reset, "fakeGacReset");
+        one(setResult, "fakeGacSetResult");
+        one(setExportedAsset, "fakeGacSetExportedAsset");
+        one(setExportedCounts, "fakeGacSetExportedCounts");
+        one(calls, "fakeGacCalls");
+        one(fireCount, "fakeGacFireCount");
+        one(fireDuring, "fakeGacFireDuring");
+        one(hold, "fakeGacHold");
+        one(held, "fakeGacHeld");
+        one(holdsGivenUp, "fakeGacHoldsGivenUp");
+        one(translate, "fakeGacTranslate");
+        return all;
     }
+
+    // Fires the callback of kind as the server would, from a thread of the SDK.
+    void fire(int kind) const { fireCount(kind, 2); }
 
     // Every SDK call so far, one line each.
     QStringList callList() const

@@ -27,12 +27,6 @@ class TestGacPeer final : public QObject
         QTRY_COMPARE_WITH_TIMEOUT(manager.GetState(), int(GacManager::Connected), 10000);
     }
 
-    // The server drops in another thread of the SDK, as a real one would.
-    void dropServerInBackground(std::unique_ptr<std::thread>& dropper)
-    {
-        dropper = std::make_unique<std::thread>([this] { m_sdk.fire(GacSdk::ServerDisconnected); });
-    }
-
 private slots:
     void initTestCase() { QVERIFY(m_sdk.resolve(m_sdkPath)); }
 
@@ -58,11 +52,11 @@ private slots:
         for (const char* function :
              {"gacSetServerPort", "gacConnectToServer", "gacGetServerVersion"}) {
             const bool late = QByteArray(function) != "gacSetServerPort";
-            QTest::addRow("stop in %s", function) << function << false << false << late;
-            QTest::addRow("stop in %s, server drops", function)
-                << function << false << true << late;
-            QTest::addRow("quit in %s", function) << function << true << false << late;
-            QTest::addRow("quit in %s, server drops", function) << function << true << true << late;
+            for (const bool quit : {false, true})
+                for (const bool drops : {false, true})
+                    QTest::addRow("%s in %s%s", quit ? "quit" : "stop", function,
+                                  drops ? ", server drops" : "")
+                        << function << quit << drops << late;
         }
     }
     void stopAndQuitWhileTheSdkHoldsACall()
@@ -80,9 +74,11 @@ private slots:
         manager->StartConnecting();
         QTRY_COMPARE(m_sdk.held(function.constData()), 1);
 
+        // The server drops in another thread of the SDK, as a real one would.
         std::unique_ptr<std::thread> dropper;
         if (serverDrops)
-            dropServerInBackground(dropper);
+            dropper =
+                std::make_unique<std::thread>([this] { m_sdk.fire(GacSdk::ServerDisconnected); });
         if (quit) {
             manager.reset();
         } else {
@@ -164,6 +160,8 @@ private slots:
             << int(GacSdk::NewAssetExported) << 2 << INT_MAX << 1 << 1 << 0;
         QTest::newRow("exports: more written than room")
             << int(GacSdk::NewAssetExported) << 2 << 5 << 99 << 5 << 0;
+        QTest::newRow("exports: two billion announced and written")
+            << int(GacSdk::NewAssetExported) << 2 << INT_MAX << INT_MAX << GacSdk::kMaxAssets << 0;
         QTest::newRow("exports: two billion written")
             << int(GacSdk::NewAssetExported) << 2 << 1 << INT_MAX << 1 << 0;
         QTest::newRow("exports: negative")
@@ -219,7 +217,7 @@ private slots:
         QCOMPARE(gotMarkers, markers);
     }
 
-    void progressThatIsNotANumber()
+    void progressThatIsNotANumberReadsAsNone()
     {
         GacManager manager(nullptr, {m_sdkPath});
         QSignalSpy progress(&manager, &GacManager::SigGacTransferProgress);
