@@ -156,7 +156,7 @@ void KrokManager::AnalyzeFile(const QString& path)
         lib = library;
     }
     if (lib && stamp.exists())
-        lib->Store(LibraryRow{path, stamp, std::move(info)});
+        lib->Store(path, stamp, std::move(info));
 }
 
 void KrokManager::InvalidateFiles(const QStringList& paths)
@@ -243,13 +243,13 @@ void KrokManager::EndRecall(Recall& recall)
     }
 }
 
-void KrokManager::SetLibrary(std::unique_ptr<AnalysisLibrary> backend)
+void KrokManager::SetLibrary(std::unique_ptr<AnalysisLibrary> backend, LibraryRoots roots)
 {
     std::shared_ptr<AnalysisLibraryThread> started;
     if (backend) {
         started = std::make_shared<AnalysisLibraryThread>(
-            std::move(backend),
-            [this](const QString& problem) { emit SigLibraryProblem(problem); });
+            std::move(backend), [this](const QString& problem) { emit SigLibraryProblem(problem); },
+            std::move(roots));
     }
     QMutexLocker lock(&mutex);
     if (library) {

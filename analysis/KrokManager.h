@@ -3,6 +3,7 @@
 #include "AnalysisLibrary.h"
 #include "AudioFileInfo.h"
 #include "FileStamp.h"
+#include "LibraryRoots.h"
 
 #include <QMutex>
 #include <QObject>
@@ -66,9 +67,9 @@ public:
     void EndRecall(Recall& recall);
 
     // Keeps analysis results in `library` from now on (opened on a thread of
-    // its own); null turns the persistent library off. Never waits for it.
-    // Its problems come through SigLibraryProblem.
-    void SetLibrary(std::unique_ptr<AnalysisLibrary> library);
+    // its own), keyed under `roots`; null turns the persistent library off.
+    // Never waits for it. Its problems come through SigLibraryProblem.
+    void SetLibrary(std::unique_ptr<AnalysisLibrary> library, LibraryRoots roots = {});
     bool HasLibrary();
     // Removes the library's rows of files in `folder` that no longer exist;
     // `listed` are the files just listed there. Queued.
