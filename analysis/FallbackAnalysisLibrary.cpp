@@ -88,6 +88,15 @@ void FallbackAnalysisLibrary::tellReadOnly()
                     .arg(server->Server().Describe(), server->Server().user);
 }
 
+bool FallbackAnalysisLibrary::reconnected()
+{
+    // A server restarted for maintenance drops every connection; a new one
+    // usually works at once, and then nobody needs to hear of it.
+    if (server->IsUsable())
+        return false;
+    return server->Open();
+}
+
 void FallbackAnalysisLibrary::serverLost()
 {
     onServer = false;
@@ -131,6 +140,8 @@ LibraryRows FallbackAnalysisLibrary::Fetch(const LibraryKeys& keys)
 {
     if (onServer) {
         LibraryRows rows = server->Fetch(keys);
+        if (reconnected())
+            rows = server->Fetch(keys);
         if (server->IsUsable()) {
             // Rows still waiting in the outbox are as good as the server's, and
             // a user who may not write keeps new rows on this computer.
@@ -174,7 +185,7 @@ bool FallbackAnalysisLibrary::Store(const std::vector<LibraryRow>& rows)
             collectProblems(*local);
             return stored;
         }
-        if (server->Store(rows))
+        if (server->Store(rows) || (reconnected() && server->Store(rows)))
             return true;
         if (server->IsUsable() && !server->IsWritable()) {
             // Refused, not lost: the rows would never be taken later either.
@@ -205,6 +216,8 @@ LibraryKeys FallbackAnalysisLibrary::KeysIn(const LibraryKey& folder, bool recur
 {
     if (onServer) {
         LibraryKeys keys = server->KeysIn(folder, recursive);
+        if (reconnected())
+            keys = server->KeysIn(folder, recursive);
         if (server->IsUsable())
             return keys;
         serverLost();
@@ -219,7 +232,7 @@ bool FallbackAnalysisLibrary::Remove(const LibraryKeys& keys)
     if (outboxHolds)
         outboxLibrary().Remove(keys);
     if (onServer) {
-        if (server->Remove(keys) || server->IsUsable())
+        if (server->Remove(keys) || (reconnected() && server->Remove(keys)) || server->IsUsable())
             return true;
         serverLost();
     }

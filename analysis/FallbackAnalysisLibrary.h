@@ -60,7 +60,9 @@ public:
 
 private:
     void connectServer();
-    // After a call that left the server unusable.
+    // After a call that left the server unusable: whether a new connection
+    // could be made at once (the call is then made again).
+    bool reconnected();
     void serverLost();
     void tellReadOnly();
     SqliteAnalysisLibrary& localLibrary();

@@ -421,10 +421,15 @@ private slots:
         problems.Watch(registry);
         registry.SetLibrary(shared(server(database), QStringLiteral("stopped"), 200),
                             LibraryRoots::Parse({root}));
-        Scan(registry, files.mid(0, 20));
+        Scan(registry, files.mid(0, 10));
+        registry.FlushLibrary();
+        // A restart between two batches goes unnoticed: a new connection is made.
+        QVERIFY2(cluster.Stop() && cluster.Restart(), qPrintable(cluster.Error()));
+        Scan(registry, files.mid(10, 10));
         registry.FlushLibrary();
         QCOMPARE(sql(QStringLiteral("SELECT count(*) FROM file_analysis"), database),
                  QStringLiteral("20"));
+        QCOMPARE(problems.All(), QString());
 
         QVERIFY2(cluster.Stop(), qPrintable(cluster.Error()));
         Scan(registry, files.mid(20));
