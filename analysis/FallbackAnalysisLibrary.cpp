@@ -1,6 +1,5 @@
 #include "FallbackAnalysisLibrary.h"
 
-#include <QDir>
 #include <QFileInfo>
 
 FallbackAnalysisLibrary::FallbackAnalysisLibrary(std::unique_ptr<PostgresAnalysisLibrary> srv,

@@ -9,13 +9,20 @@
 //    library root, beside psql reading the same rows.
 // 2. Four tesk-scan processes at once, each over a quarter of the files
 //    (header and plots, no loudness), writing into the server: rows per
-//    second, beside the same four with the embedded library, with no library
-//    (the analysis alone), and beside psql's COPY of the same rows.
+//    second, beside the same four with the embedded library and with no
+//    library (the analysis alone). Reading and analysing the files bounds all
+//    three.
+// 3. The write path alone: four writers at once, each with a connection of
+//    its own as four tesk-scan processes have, store the rows of 1 in batches
+//    of 256 as the library thread does: rows per second into the server and
+//    into one embedded library, beside psql's COPY of the same rows.
 // The folder is generated once (in DATA_FOLDER, default the system's temporary
 // folder) and reused.
 
+#include "PostgresAnalysisLibrary.h"
 #include "PostgresCluster.h"
 #include "SoundFolder.h"
+#include "SqliteAnalysisLibrary.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -28,8 +35,13 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <condition_variable>
 #include <cstdio>
+#include <functional>
 #include <memory>
+#include <mutex>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -120,6 +132,71 @@ QStringList SplitFolder(const QString& folder, const QString& into, int parts)
     return folders;
 }
 
+// Every row of the server's library, read as a workstation reads them.
+std::vector<LibraryRow> ReadAllRows(const LibraryServer& server)
+{
+    std::vector<LibraryRow> rows;
+    PostgresAnalysisLibrary library(server);
+    if (!library.Open())
+        return rows;
+    const LibraryKeys keys = library.KeysIn({QStringLiteral("SFX"), QString()}, true);
+    for (std::size_t from = 0; from < keys.size(); from += 512) {
+        const LibraryKeys chunk(keys.begin() + std::ptrdiff_t(from),
+                                keys.begin() + std::ptrdiff_t(std::min(keys.size(), from + 512)));
+        for (auto& row : library.Fetch(chunk)) {
+            if (row)
+                rows.push_back(std::move(*row));
+        }
+    }
+    return rows;
+}
+
+// Four writers, each with its own connection, store every fourth row in
+// batches of 256; the time from when all are connected until the last is done.
+qint64 WriteAtOnce(const std::vector<LibraryRow>& rows,
+                   const std::function<std::unique_ptr<AnalysisLibrary>()>& make)
+{
+    constexpr int kWriters = 4;
+    std::mutex mutex;
+    std::condition_variable wake;
+    int ready = 0;
+    bool go = false;
+    std::atomic<bool> ok{true};
+    std::vector<std::thread> writers;
+    for (int w = 0; w < kWriters; ++w) {
+        writers.emplace_back([&, w] {
+            std::unique_ptr<AnalysisLibrary> library = make();
+            ok = library->Open() && ok;
+            std::vector<LibraryRow> batch;
+            {
+                std::unique_lock<std::mutex> lock(mutex);
+                ++ready;
+                wake.notify_all();
+                wake.wait(lock, [&] { return go; });
+            }
+            for (std::size_t i = std::size_t(w); i < rows.size(); i += kWriters) {
+                batch.push_back(rows[i]);
+                if (batch.size() == 256 || i + kWriters >= rows.size()) {
+                    ok = library->Store(batch) && ok;
+                    batch.clear();
+                }
+            }
+            library->Close();
+        });
+    }
+    QElapsedTimer clock;
+    {
+        std::unique_lock<std::mutex> lock(mutex);
+        wake.wait(lock, [&] { return ready == kWriters; });
+        go = true;
+        clock.start();
+    }
+    wake.notify_all();
+    for (std::thread& writer : writers)
+        writer.join();
+    return ok ? clock.elapsed() : -1;
+}
+
 double PerSecond(int rows, qint64 ms)
 {
     return ms > 0 ? 1000.0 * rows / double(ms) : 0.0;
@@ -192,12 +269,13 @@ int main(int argc, char** argv)
             runs << library + QStringList{part};
         return RunScans(runs);
     };
-    const Timed none = fourScans({QStringLiteral("--no-library")});
+    // Each pass reads the files again; the last ones find more of them cached.
     const Timed server =
         fourScans({QStringLiteral("--library"), cluster.Url(kUser, QStringLiteral("writers"))});
     const QString written = Count(cluster, QStringLiteral("writers"));
     const Timed embedded =
         fourScans({QStringLiteral("--library"), scratch.filePath(QStringLiteral("four.sqlite"))});
+    const Timed none = fourScans({QStringLiteral("--no-library")});
     const QString rows = scratch.filePath(QStringLiteral("rows.copy"));
     RunPsql(cluster, QStringLiteral("\\copy file_analysis TO '%1'").arg(rows),
             QStringLiteral("writers"));
@@ -212,21 +290,45 @@ int main(int argc, char** argv)
     std::printf("\nFour tesk-scan processes at once, a quarter of the files each (header and "
                 "plots)\n");
     std::printf("  %-44s %10s %10s %12s\n", "", "wall", "CPU", "rows/s");
-    std::printf("  %-44s %7lld ms %8.1f s %12.0f\n", "no library (the analysis alone)",
-                static_cast<long long>(none.wallMs), none.cpuSeconds,
-                PerSecond(count, none.wallMs));
     std::printf("  %-44s %7lld ms %8.1f s %12.0f\n", "shared library on the server",
                 static_cast<long long>(server.wallMs), server.cpuSeconds,
                 PerSecond(count, server.wallMs));
     std::printf("  %-44s %7lld ms %8.1f s %12.0f\n", "embedded library (one SQLite file)",
                 static_cast<long long>(embedded.wallMs), embedded.cpuSeconds,
                 PerSecond(count, embedded.wallMs));
-    std::printf("  %-44s %7lld ms %10s %12.0f\n", "psql COPY of the same rows (one writer)",
-                static_cast<long long>(copy.wallMs), "", PerSecond(count, copy.wallMs));
+    std::printf("  %-44s %7lld ms %8.1f s %12.0f\n", "no library (the analysis alone)",
+                static_cast<long long>(none.wallMs), none.cpuSeconds,
+                PerSecond(count, none.wallMs));
     std::printf("  rows on the server after the four: %s of %d\n", qPrintable(written), count);
+
+    // 3. The write path alone.
+    const LibraryServer replay{cluster.Host(), cluster.Port(), QStringLiteral("replay"), kUser};
+    cluster.Sql(QStringLiteral("CREATE DATABASE replay OWNER %1").arg(kUser));
+    const std::vector<LibraryRow> all =
+        ReadAllRows({cluster.Host(), cluster.Port(), QStringLiteral("workstations"), kUser});
+    const qint64 serverWrite =
+        WriteAtOnce(all, [&] { return std::make_unique<PostgresAnalysisLibrary>(replay); });
+    const QString replayed = Count(cluster, QStringLiteral("replay"));
+    const QString embeddedFile = scratch.filePath(QStringLiteral("replay.sqlite"));
+    const qint64 embeddedWrite =
+        WriteAtOnce(all, [&] { return std::make_unique<SqliteAnalysisLibrary>(embeddedFile); });
+
+    std::printf("\nThe write path alone: four writers at once, %d rows in batches of 256\n",
+                int(all.size()));
+    std::printf("  %-44s %10s %12s\n", "", "wall", "rows/s");
+    std::printf("  %-44s %7lld ms %12.0f\n", "into the server (upserts)",
+                static_cast<long long>(serverWrite), PerSecond(int(all.size()), serverWrite));
+    std::printf("  %-44s %7lld ms %12.0f\n", "into one embedded library (upserts)",
+                static_cast<long long>(embeddedWrite), PerSecond(int(all.size()), embeddedWrite));
+    std::printf("  %-44s %7lld ms %12.0f\n", "psql COPY of the same rows (one writer)",
+                static_cast<long long>(copy.wallMs), PerSecond(count, copy.wallMs));
+    std::printf("  rows on the server after the four: %s of %d\n", qPrintable(replayed),
+                int(all.size()));
 
     const bool ok = first.wallMs >= 0 && second.wallMs >= 0 && none.wallMs >= 0 &&
                     server.wallMs >= 0 && embedded.wallMs >= 0 &&
-                    stored == QString::number(count) && written == QString::number(count);
+                    stored == QString::number(count) && written == QString::number(count) &&
+                    serverWrite >= 0 && embeddedWrite >= 0 &&
+                    replayed == QString::number(all.size());
     return ok ? 0 : 1;
 }

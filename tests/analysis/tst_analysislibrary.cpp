@@ -1,6 +1,5 @@
 // The persistent analysis library on real SQLite files and real WAV files in
 // temporary folders, through the registry as the detail worker drives it.
-#include "FileMetadata.h"
 #include "KrokManager.h"
 #include "LibraryRoots.h"
 #include "LibraryRowSample.h"
@@ -20,7 +19,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <cstring>
 #include <memory>
 #include <unistd.h>
 
