@@ -300,7 +300,8 @@ void FallbackAnalysisLibrary::sendKeptRows()
     sent.reserve(rows.size());
     for (const LibraryRow& row : rows)
         sent.push_back(row.key);
-    // Rows that could not be taken off would only be sent again: no harm.
-    outbox->Remove(sent);
+    // An outbox that cannot be emptied would have the same rows sent forever.
+    if (!outbox->Remove(sent))
+        outboxHolds = false;
     collectProblems(*outbox);
 }
