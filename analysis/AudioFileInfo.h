@@ -50,7 +50,7 @@ struct AudioFileInfo
     // Descriptions, tags and the like (FileMetadata.h), shared between copies;
     // null when the file carries none.
     std::shared_ptr<const FileMetadata> metadata;
-    // Why the row shows ERROR; empty when nothing went wrong.
+    // Why the row shows "ERROR" (English; shown translated); empty when fine.
     std::string errorText;
     // The optional parts the analysis was asked for (AnalysisPart bits), so that a
     // stored record tells what is still to be measured when more is wanted later.

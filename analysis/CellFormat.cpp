@@ -1,8 +1,11 @@
 #include "CellFormat.h"
 
+#include "AnalysisErrors.h"
 #include "AudioFileInfo.h"
 
 #include <QCoreApplication>
+
+#include <cmath>
 
 namespace {
 
@@ -40,7 +43,7 @@ QStringList TableColumnHeaderLabels()
     return labels;
 }
 
-QString FormatFileSize(std::int32_t size)
+QString FormatFileSize(std::int64_t size)
 {
     if (size >= 0x20000000)
         return Tr(QT_TRANSLATE_NOOP("krokTableModel", "%1 GB"))
@@ -89,28 +92,45 @@ float DisplayedLoudness(float loudness, std::int32_t channels, bool voltMode)
 
 QString FormatLoudness(float loudness, std::int32_t channels, bool voltMode)
 {
-    if (loudness <= -96.0f)
+    if (!std::isfinite(loudness) || loudness <= -96.0f)
         return QStringLiteral("---");
     return QStringLiteral("%1").arg(double(DisplayedLoudness(loudness, channels, voltMode)), 0, 'f',
                                     2);
 }
 
+bool IsFailedRecord(const AudioFileInfo& info)
+{
+    return info.isValid == 0 || !info.errorText.empty();
+}
+
 QString FormatText(const AudioFileInfo& info)
 {
-    if (info.isValid == 0)
+    if (IsFailedRecord(info))
         return QStringLiteral("ERROR");
     return QString::fromStdString(info.format);
+}
+
+QString ErrorReasonText(const AudioFileInfo& info)
+{
+    if (!IsFailedRecord(info))
+        return {};
+    if (info.errorText.empty())
+        return QCoreApplication::translate(kErrorContext, kErrorDecodeFailed);
+    return QCoreApplication::translate(kErrorContext, info.errorText.c_str());
 }
 
 QVariant RecordCellValue(int column, const AudioFileInfo& info, bool forSorting,
                          bool loudnessVoltMode)
 {
+    // A failed row shows its size and time only when the file's status was read.
+    const bool statusKnown = !info.modifyTime.empty();
+    if (IsFailedRecord(info) && column != ColumnFormat &&
+        (!statusKnown || (column != ColumnSize && column != ColumnModifyTime)))
+        return forSorting ? QVariant() : QVariant(QString());
     switch (column) {
-    case ColumnSize: {
-        // The cells keep their 32-bit view of the size: files of 2 GiB and more wrap.
-        const auto size = static_cast<std::int32_t>(info.fileSize);
-        return forSorting ? QVariant(size) : QVariant(FormatFileSize(size));
-    }
+    case ColumnSize:
+        return forSorting ? QVariant(static_cast<qlonglong>(info.fileSize))
+                          : QVariant(FormatFileSize(info.fileSize));
     case ColumnModifyTime:
         return QString::fromStdString(info.modifyTime);
     case ColumnFormat:

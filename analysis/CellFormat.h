@@ -54,8 +54,8 @@ inline constexpr int kFirstMetadataColumn = ColumnDescription;
 QStringList TableColumnHeaderLabels();
 
 // "511 byte", "0.50 KB", "1.25 MB", "0.50 GB": each unit from half of it
-// upwards. The size is the record's 32-bit field, so 2 GiB and more wrap.
-QString FormatFileSize(std::int32_t size);
+// upwards.
+QString FormatFileSize(std::int64_t size);
 
 // Seconds in single precision, as the table sorts them; 0 without a rate.
 float DurationSeconds(std::int32_t samples, std::int32_t samplingRate);
@@ -70,15 +70,20 @@ QVariant BitsSortValue(std::int32_t first, std::int32_t second);
 // A mono file measures 3.0103 dB below the same signal on two channels; the
 // volt mode adds that back for mono files only.
 float DisplayedLoudness(float loudness, std::int32_t channels, bool voltMode);
-// "---" at -96.0 or below (not measured), else two decimals.
+// "---" at -96.0 or below (not measured) or for a value that is not finite,
+// else two decimals.
 QString FormatLoudness(float loudness, std::int32_t channels, bool voltMode);
 
 // The format text, or "ERROR" for a file that could not be opened.
 QString FormatText(const AudioFileInfo& info);
+// Whether the row shows "ERROR".
+bool IsFailedRecord(const AudioFileInfo& info);
+// The reason a failed row gives in its tooltip, translated; empty otherwise.
+QString ErrorReasonText(const AudioFileInfo& info);
 
 // The display (forSorting false) or sort value (true) of a record column:
 // Size, Modify Time, Format, Sampling Rate, Channels, Samples, BIT, Duration,
 // Loudness and Loops. Other columns do not come from the record and yield an
-// invalid value.
+// invalid value. A failed record ("ERROR") shows only its size and time.
 QVariant RecordCellValue(int column, const AudioFileInfo& info, bool forSorting,
                          bool loudnessVoltMode);

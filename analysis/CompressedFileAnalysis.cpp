@@ -2,49 +2,20 @@
 
 #include "AudioFileInfo.h"
 #include "LoudnessMeter.h"
-#include "Mp3Decoder.h"
-#include "VorbisDecoder.h"
-#include "WaveformPlot.h"
+#include "Mp3SoundSource.h"
+#include "OggSoundSource.h"
+#include "PlotBuilder.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <limits>
-#include <memory>
-#include <new>
 #include <vector>
 
 namespace {
 
-struct FreeDeleter
-{
-    void operator()(void* p) const { std::free(p); }
-};
+constexpr std::int64_t kBlockFrames = 4096;
 
-// One float array per channel; empty when any allocation fails.
-std::vector<std::unique_ptr<float[]>> AllocatePlanar(std::int32_t channels, std::int64_t samples)
-{
-    std::vector<std::unique_ptr<float[]>> planes;
-    const auto count = static_cast<std::size_t>(std::max<std::int64_t>(samples, 1));
-    for (std::int32_t c = 0; c < channels; ++c) {
-        std::unique_ptr<float[]> plane(new (std::nothrow) float[count]);
-        if (!plane)
-            return {};
-        planes.push_back(std::move(plane));
-    }
-    return planes;
-}
-
-std::vector<float*> Pointers(const std::vector<std::unique_ptr<float[]>>& planes)
-{
-    std::vector<float*> pointers;
-    pointers.reserve(planes.size());
-    for (const auto& plane : planes)
-        pointers.push_back(plane.get());
-    return pointers;
-}
-
-std::int32_t ClampToInt32(std::int64_t value)
+std::int32_t clampToInt32(std::int64_t value)
 {
     return static_cast<std::int32_t>(
         std::clamp<std::int64_t>(value, 0, std::numeric_limits<std::int32_t>::max()));
@@ -52,112 +23,87 @@ std::int32_t ClampToInt32(std::int64_t value)
 
 } // namespace
 
-void AnalyzePlanarSamples(const float* const* channels, std::int32_t channelCount,
-                          std::int32_t samples, std::int32_t samplingRate, AudioFileInfo& info,
-                          bool multiPlotWanted, bool loudnessWanted)
+void AnalyzeFloatSource(SoundSource& source, AudioFileInfo& info, bool multiPlotWanted,
+                        bool loudnessWanted)
 {
-    if (multiPlotWanted) {
-        // The record has room for 8 channels; further ones are not plotted.
-        ComputeMultiPlot(channels, std::min(channelCount, kMaxPlotChannels), samples, samplingRate,
-                         info.multiPlot.data());
+    const int channels = source.channels();
+    const std::int32_t samples = info.samples;
+    FloatPlotBuilder plot(samples, info.samplingRate, channels, multiPlotWanted);
+    LoudnessStream meter;
+    bool measuring = false;
+    if (loudnessWanted) {
+        LoudnessConfig config;
+        config.channels = static_cast<std::uint32_t>(channels);
+        config.samplingRate = static_cast<std::uint32_t>(info.samplingRate);
+        config.samples = static_cast<std::uint32_t>(samples);
+        measuring = meter.start(config);
+    }
+
+    std::vector<float> block(std::size_t(kBlockFrames) * std::size_t(channels));
+    float peak = 0.0f;
+    std::int64_t done = 0;
+    while (done < samples) {
+        const std::int64_t want = std::min<std::int64_t>(kBlockFrames, samples - done);
+        const std::int64_t got = source.read(block.data(), want);
+        if (got <= 0)
+            break;
+        const std::size_t values = std::size_t(got) * std::size_t(channels);
+        for (std::size_t i = 0; i < values; ++i)
+            peak = std::max(peak, std::fabs(block[i]));
+        plot.feed(block.data(), done, got);
+        if (measuring)
+            meter.feed(block.data(), static_cast<std::uint32_t>(got));
+        done += got;
+    }
+    // Shorter than stated: the rest is silence, plotted as such but not measured.
+    if (done < samples)
+        plot.silenceFrom(done);
+    plot.finish(info.plot.data(), multiPlotWanted ? info.multiPlot.data() : nullptr);
+    if (multiPlotWanted)
         info.isMultiPlotValid = 1;
+    info.samplePeak = std::isfinite(peak) ? peak : -1.0f;
+    if (measuring) {
+        const LoudnessResult result = meter.finish();
+        if (result.valid)
+            info.loudness = result.value;
     }
-    ComputeMixedPlot(channels, channelCount, samples, samplingRate, info.plot.data());
-
-    if (channels && channelCount > 0) {
-        float peak = 0.0f;
-        for (std::int32_t c = 0; c < channelCount; ++c)
-            for (std::int32_t i = 0; i < samples; ++i)
-                peak = std::max(peak, std::fabs(channels[c][i]));
-        info.samplePeak = peak;
-    }
-
-    if (!loudnessWanted)
-        return;
-    LoudnessConfig config{};
-    config.channels = static_cast<std::uint32_t>(channelCount);
-    config.samplingRate = static_cast<std::uint32_t>(samplingRate);
-    config.samples = static_cast<std::uint32_t>(samples);
-    const std::size_t workSize = GetLoudnessWorkSize(config);
-    std::unique_ptr<void, FreeDeleter> work(std::malloc(workSize));
-    if (!work)
-        return;
-    const LoudnessResult result = MeasureLoudness(config, work.get(), workSize, channels);
-    if (result.valid)
-        info.loudness = result.value;
 }
 
 void AnalyzeMp3File(const char* localPath, AudioFileInfo& info, bool multiPlotWanted,
                     bool loudnessWanted)
 {
-    Mp3Decoder decoder;
-    if (!decoder.Open(localPath) || !decoder.CountFrames()) {
+    Mp3SoundSource source;
+    if (!source.open(localPath)) {
         info.isValid = 0;
+        info.errorText = source.errorText();
         return;
     }
-    info.samplingRate = decoder.SamplingRate();
-    info.channels = decoder.Channels();
-    info.samples = ClampToInt32(decoder.Samples());
-    info.bitDepthOrMinKbps = decoder.MinKbps();
-    info.bitDepthOrMaxKbps = decoder.MaxKbps();
+    info.samplingRate = source.samplingRate();
+    info.channels = source.channels();
+    info.samples = clampToInt32(source.frames());
+    info.bitDepthOrMinKbps = source.stream().minKbps;
+    info.bitDepthOrMaxKbps = source.stream().maxKbps;
     info.isHeaderRead = 1;
     info.format = "MP3";
     info.isValid = 1;
-
-    const auto planes = AllocatePlanar(info.channels, info.samples);
-    if (planes.empty())
-        return;
-    const std::vector<float*> pointers = Pointers(planes);
-
-    constexpr std::int64_t kChunkFrames = 1024;
-    // MPEG audio has at most two channels.
-    static float chunk[kChunkFrames * 2];
-    const std::int32_t channels = std::min(info.channels, 2);
-    std::int64_t position = 0;
-    while (position < info.samples) {
-        const std::int64_t wanted = std::min<std::int64_t>(kChunkFrames, info.samples - position);
-        const std::int64_t got = decoder.ReadInterleaved(chunk, wanted);
-        if (got <= 0)
-            break;
-        for (std::int64_t i = 0; i < got; ++i)
-            for (std::int32_t c = 0; c < channels; ++c)
-                pointers[static_cast<std::size_t>(c)][position + i] = chunk[i * channels + c];
-        position += got;
-    }
-    // A file shorter than its frame count promised: the rest stays silent.
-    for (float* plane : pointers)
-        std::fill(plane + position, plane + info.samples, 0.0f);
-
-    AnalyzePlanarSamples(pointers.data(), info.channels, info.samples, info.samplingRate, info,
-                         multiPlotWanted, loudnessWanted);
+    AnalyzeFloatSource(source, info, multiPlotWanted, loudnessWanted);
 }
 
 void AnalyzeVorbisFile(const char* localPath, AudioFileInfo& info, bool multiPlotWanted,
                        bool loudnessWanted)
 {
-    VorbisDecoder decoder;
-    if (!decoder.Open(localPath)) {
+    OggSoundSource source;
+    if (!source.open(localPath)) {
         info.isValid = 0;
+        info.errorText = source.errorText();
         return;
     }
-    info.samplingRate = decoder.SamplingRate();
-    info.channels = decoder.Channels();
-    info.samples = ClampToInt32(decoder.Samples());
-    VorbisHeaderBitRates rates;
-    if (ReadVorbisHeaderBitRates(localPath, rates))
-        VorbisKbps(rates, info.bitDepthOrMinKbps, info.bitDepthOrMaxKbps);
+    info.samplingRate = source.samplingRate();
+    info.channels = source.channels();
+    info.samples = clampToInt32(source.frames());
+    VorbisKbps(source.bitRates(), info.bitDepthOrMinKbps, info.bitDepthOrMaxKbps);
     info.isHeaderRead = 1;
     info.format = "Vorbis";
     info.isValid = 1;
-
-    const auto planes = AllocatePlanar(info.channels, info.samples);
-    if (planes.empty())
-        return;
-    const std::vector<float*> pointers = Pointers(planes);
-    const std::int64_t got = decoder.ReadPlanar(pointers.data(), info.samples);
-    for (float* plane : pointers)
-        std::fill(plane + std::max<std::int64_t>(got, 0), plane + info.samples, 0.0f);
-
-    AnalyzePlanarSamples(pointers.data(), info.channels, info.samples, info.samplingRate, info,
-                         multiPlotWanted, loudnessWanted);
+    AnalyzeFloatSource(source, info, multiPlotWanted, loudnessWanted);
 }

@@ -1,22 +1,29 @@
 #include "KrokManager.h"
 
 #include "AnalysisLibraryThread.h"
+#include "AnalysisErrors.h"
+#include "AnalysisJournal.h"
 #include "CompressedFileAnalysis.h"
 #include "FileMetadataReader.h"
 #include "LoudnessMeter.h"
 #include "PreviewPlayer.h"
 #include "WaveFileAnalysis.h"
 #include "WaveHeaderReader.h"
+#include "WaveSoundSource.h"
 
 #include <QFileInfo>
 #include <QMutexLocker>
 
+#include <sys/stat.h>
+
+#include <cerrno>
 #include <cstdio>
 #include <ctime>
 
 KrokManager::KrokManager(PreviewPlayer* previewPlayer, QObject* parent)
     : QObject(parent)
     , player(previewPlayer)
+    , journalPath(AnalysisJournal::DefaultPath())
 {
     if (player) {
         player->setParent(this);
@@ -41,9 +48,21 @@ const AudioFileInfo& KrokManager::DefaultFileInfo()
     return defaults;
 }
 
+void KrokManager::SetJournalPath(const QString& path)
+{
+    journalPath = path;
+}
+
 void KrokManager::Initialize()
 {
     InitializeWaveHeaderLibrary();
+    // The reader's messages become the reason a row shows "ERROR".
+    RegisterWaveHeaderMessages();
+    if (!journalPath.isEmpty()) {
+        auto opened = std::make_unique<AnalysisJournal>();
+        if (opened->open(journalPath))
+            journal = std::move(opened);
+    }
     {
         QMutexLocker lock(&mutex);
         initialized = true;
@@ -117,9 +136,9 @@ void KrokManager::AnalyzeFile(const QString& path)
 {
     const std::string key = path.toStdString();
     std::int32_t wanted = 0;
-    // Taken before the analysis: a file rewritten meanwhile then differs from
-    // its stored stamp and is analysed again next time.
-    const FileStamp stamp = ReadFileStamp(path);
+    // Finds a record that is still current; a fresh analysis then gives the
+    // stamp of what it read, so a file rewritten meanwhile is analysed again.
+    FileStamp stamp = ReadFileStamp(path);
     AudioFileInfo info;
     bool current = false;
     {
@@ -136,10 +155,10 @@ void KrokManager::AnalyzeFile(const QString& path)
         const std::int32_t missing = wanted & ~info.measuredParts;
         if (missing == 0)
             return;
-        MeasureAudioFileParts(path, info, missing);
+        MeasureAudioFileParts(path, info, missing, journal.get());
     } else {
-        AnalyzeAudioFile(path, stamp, info, (wanted & AnalysisPartMultiPlot) != 0,
-                         (wanted & AnalysisPartLoudness) != 0);
+        AnalyzeAudioFile(path, info, (wanted & AnalysisPartMultiPlot) != 0,
+                         (wanted & AnalysisPartLoudness) != 0, journal.get(), &stamp);
         info.measuredParts = wanted;
     }
     std::shared_ptr<AnalysisLibraryThread> lib;
@@ -433,10 +452,11 @@ std::int64_t KrokManager::GetPlaybackPosition()
     return pos;
 }
 
-std::string ModifyTimeText(std::int64_t mtimeNs)
+namespace {
+
+std::string modifyTimeText(std::time_t seconds)
 {
     std::tm local{};
-    const std::time_t seconds = static_cast<std::time_t>(mtimeNs / 1000000000);
     if (!localtime_r(&seconds, &local))
         return "0000/00/00 00:00:00";
     char text[80];
@@ -445,39 +465,134 @@ std::string ModifyTimeText(std::int64_t mtimeNs)
     return text;
 }
 
+struct StatResult
+{
+    bool ok = false;
+    bool regular = false;
+    int error = 0;
+    std::int64_t size = 0;
+    std::int64_t modifiedNs = 0;
+    std::time_t seconds = 0;
+
+    bool operator==(const StatResult& o) const
+    {
+        return ok == o.ok && size == o.size && modifiedNs == o.modifiedNs;
+    }
+};
+
+StatResult stampOf(const QByteArray& localPath)
+{
+    StatResult stamp;
+    struct stat status
+    {};
+    if (::stat(localPath.constData(), &status) != 0) {
+        stamp.error = errno;
+        return stamp;
+    }
+    stamp.ok = true;
+    stamp.regular = S_ISREG(status.st_mode);
+    stamp.size = static_cast<std::int64_t>(status.st_size);
+    stamp.seconds = status.st_mtim.tv_sec;
+    stamp.modifiedNs = std::int64_t(status.st_mtim.tv_sec) * 1000000000 + status.st_mtim.tv_nsec;
+    return stamp;
+}
+
+void failWith(AudioFileInfo& info, const char* reason)
+{
+    AudioFileInfo failed;
+    failed.fileSize = info.fileSize;
+    failed.modifyTime = info.modifyTime;
+    failed.isValid = 0;
+    failed.errorText = reason;
+    info = std::move(failed);
+}
+
+// A file rewritten while it is read can mix old and new data; such a record is
+// thrown away and the file read again, a few times at most.
+constexpr int kAnalysisAttempts = 3;
+
+} // namespace
+
+std::string ModifyTimeText(std::int64_t mtimeNs)
+{
+    return modifyTimeText(static_cast<std::time_t>(mtimeNs / 1000000000));
+}
+
 std::string FileModifyTimeText(const QString& path)
 {
-    const FileStamp stamp = ReadFileStamp(path);
-    return stamp.exists() ? ModifyTimeText(stamp.mtimeNs) : "0000/00/00 00:00:00";
+    const StatResult stamp = stampOf(QFile::encodeName(path));
+    return stamp.ok ? modifyTimeText(stamp.seconds) : "0000/00/00 00:00:00";
 }
 
 void AnalyzeAudioFile(const QString& path, AudioFileInfo& info, bool multiPlotWanted,
-                      bool loudnessWanted)
+                      bool loudnessWanted, AnalysisJournal* journal, FileStamp* analysedStamp)
 {
-    AnalyzeAudioFile(path, ReadFileStamp(path), info, multiPlotWanted, loudnessWanted);
-}
-
-void AnalyzeAudioFile(const QString& path, const FileStamp& stamp, AudioFileInfo& info,
-                      bool multiPlotWanted, bool loudnessWanted)
-{
-    if (!stamp.exists())
+    if (analysedStamp)
+        *analysedStamp = FileStamp{};
+    const QByteArray localPath = QFile::encodeName(path);
+    StatResult stamp = stampOf(localPath);
+    if (!stamp.ok) {
+        // Size and time stay unknown (empty), rather than shown as zeros.
+        // Names that are not valid UTF-8 reach us with replacement characters.
+        failWith(info, path.contains(QChar::ReplacementCharacter) ? kErrorNameNotUtf8
+                       : stamp.error == ENOENT                    ? kErrorNotFound
+                                                                  : kErrorCannotOpen);
         return;
-    info.fileSize = stamp.size;
-    info.modifyTime = ModifyTimeText(stamp.mtimeNs);
-
+    }
     const QString suffix = QFileInfo(path).suffix().toLower();
-    const QByteArray localPath = path.toLocal8Bit();
+    void (*analyze)(const char*, AudioFileInfo&, bool, bool) = nullptr;
     if (suffix == QLatin1String("wav") || suffix == QLatin1String("aif") ||
         suffix == QLatin1String("aiff"))
-        AnalyzeWaveFile(localPath.constData(), info, multiPlotWanted, loudnessWanted);
+        analyze = AnalyzeWaveFile;
     else if (suffix == QLatin1String("mp3"))
-        AnalyzeMp3File(localPath.constData(), info, multiPlotWanted, loudnessWanted);
+        analyze = AnalyzeMp3File;
     else if (suffix == QLatin1String("ogg"))
-        AnalyzeVorbisFile(localPath.constData(), info, multiPlotWanted, loudnessWanted);
-    info.metadata = ReadFileMetadata(localPath.constData(), suffix.toStdString());
+        analyze = AnalyzeVorbisFile;
+
+    const std::string key = path.toStdString();
+    for (int attempt = 0; attempt < kAnalysisAttempts; ++attempt) {
+        AudioFileInfo fresh;
+        fresh.fileSize = stamp.size;
+        fresh.modifyTime = modifyTimeText(stamp.seconds);
+        if (!stamp.regular) {
+            // A FIFO or a device would block or never end.
+            info = std::move(fresh);
+            failWith(info, kErrorNotRegularFile);
+            return;
+        }
+        if (journal && journal->isFailed(key, stamp.size, stamp.modifiedNs)) {
+            info = std::move(fresh);
+            failWith(info, kErrorAnalysisCrashed);
+            return;
+        }
+        if (analyze) {
+            const std::uint64_t token =
+                journal ? journal->begin(key, stamp.size, stamp.modifiedNs) : 0;
+            analyze(localPath.constData(), fresh, multiPlotWanted, loudnessWanted);
+            fresh.metadata = ReadFileMetadata(localPath.constData(), suffix.toStdString());
+            if (journal)
+                journal->end(token);
+        }
+        info = std::move(fresh);
+        const StatResult after = stampOf(localPath);
+        if (after == stamp) {
+            if (analysedStamp && stamp.regular)
+                *analysedStamp = FileStamp{stamp.size, stamp.modifiedNs};
+            return;
+        }
+        stamp = after;
+        if (!stamp.ok) {
+            info.fileSize = 0;
+            info.modifyTime.clear();
+            failWith(info, stamp.error == ENOENT ? kErrorNotFound : kErrorCannotOpen);
+            return;
+        }
+    }
+    failWith(info, kErrorKeptChanging);
 }
 
-void MeasureAudioFileParts(const QString& path, AudioFileInfo& info, std::int32_t parts)
+void MeasureAudioFileParts(const QString& path, AudioFileInfo& info, std::int32_t parts,
+                           AnalysisJournal* journal)
 {
     const QString suffix = QFileInfo(path).suffix().toLower();
     const bool wave = suffix == QLatin1String("wav") || suffix == QLatin1String("aif") ||
@@ -493,7 +608,7 @@ void MeasureAudioFileParts(const QString& path, AudioFileInfo& info, std::int32_
     } else {
         AudioFileInfo fresh;
         AnalyzeAudioFile(path, fresh, (parts & AnalysisPartMultiPlot) != 0,
-                         (parts & AnalysisPartLoudness) != 0);
+                         (parts & AnalysisPartLoudness) != 0, journal);
         if (parts & AnalysisPartLoudness) {
             info.loudness = fresh.loudness;
             info.samplePeak = fresh.samplePeak;

@@ -18,6 +18,7 @@
 #include <vector>
 
 class AnalysisLibraryThread;
+class AnalysisJournal;
 class PreviewPlayer;
 
 // The "Analysis Library": one analysis record per audio file, keyed by full
@@ -37,6 +38,9 @@ public:
     explicit KrokManager(PreviewPlayer* player = nullptr, QObject* parent = nullptr);
     ~KrokManager() override;
 
+    // Where the crash journal lives (AnalysisJournal::DefaultPath() unless set
+    // before Initialize; empty: no journal).
+    void SetJournalPath(const QString& path);
     void Initialize();
     void Finalize();
 
@@ -142,19 +146,25 @@ private:
     std::shared_ptr<AnalysisLibraryThread> library;
     // Libraries turned off while a lookup may still use them; joined at Finalize.
     std::vector<std::shared_ptr<AnalysisLibraryThread>> retiredLibraries;
+    QString journalPath;
+    std::unique_ptr<AnalysisJournal> journal;
 };
 
 // The per-file analysis behind AnalyzeFile: file size, modify time, then the
-// reader for the lower-cased suffix. Leaves defaults for a missing file.
+// reader for the lower-cased suffix. A file that cannot be read gets `isValid`
+// 0 and the reason in `errorText`. With a journal, the file is entered before
+// it is read (and one that crashed an analysis before is not read again until
+// it changes). A file that changes while it is read is read again.
+// `analysedStamp` receives the size and time of what was read (an invalid
+// stamp when the file could not be read as a regular file).
 void AnalyzeAudioFile(const QString& path, AudioFileInfo& info, bool multiPlotWanted,
-                      bool loudnessWanted);
-// The same with the file's stamp read already (size and time come from it).
-void AnalyzeAudioFile(const QString& path, const FileStamp& stamp, AudioFileInfo& info,
-                      bool multiPlotWanted, bool loudnessWanted);
+                      bool loudnessWanted, AnalysisJournal* journal = nullptr,
+                      FileStamp* analysedStamp = nullptr);
 
 // Measures the optional `parts` (AnalysisPart bits) of a file whose record
 // already holds the rest, and adds them to `info`.
-void MeasureAudioFileParts(const QString& path, AudioFileInfo& info, std::int32_t parts);
+void MeasureAudioFileParts(const QString& path, AudioFileInfo& info, std::int32_t parts,
+                           AnalysisJournal* journal = nullptr);
 
 // "%04d/%02d/%02d %02d:%02d:%02d" in local time; "0000/00/00 00:00:00" when
 // the file's status cannot be read.

@@ -15,6 +15,11 @@ constexpr int kRingSlots = 4;
 constexpr int kChannelMap[kInputChannels] = {0, 1, 2, -1, 3, 4, 5, 6};
 constexpr float kSurroundWeight = 1.41f;
 constexpr std::size_t kFixedStateBytes = 504;
+// Below 8 kHz the K-weighting shelf (near 1.7 kHz) has no room under the
+// Nyquist frequency and the filter turns unstable; above 384 kHz the
+// single-precision high-pass loses its corner. Such input is not measured.
+constexpr std::uint32_t kMinMeterRate = 8000;
+constexpr std::uint32_t kMaxMeterRate = 384000;
 
 struct Biquad
 {
@@ -235,16 +240,20 @@ std::size_t GetLoudnessWorkSize(const LoudnessConfig& config)
                                     8 * (blockCountFor(config) + 64));
 }
 
-LoudnessResult MeasureLoudness(const LoudnessConfig& config, void* work, std::size_t workSize,
-                               const float* const* channels)
+namespace {
+
+// Lays the meter out in a zeroed work area; nullptr when the area is too small
+// or the input cannot be measured.
+Meter* initMeter(const LoudnessConfig& config, void* work, std::size_t workSize)
 {
-    if (config.samples == 0 || config.samplingRate == 0 || config.channels == 0 || !work ||
-        !channels || reinterpret_cast<std::uintptr_t>(work) % alignof(Meter) != 0)
-        return {};
+    if (config.samples == 0 || config.samplingRate < kMinMeterRate ||
+        config.samplingRate > kMaxMeterRate || config.channels == 0 || !work ||
+        reinterpret_cast<std::uintptr_t>(work) % alignof(Meter) != 0)
+        return nullptr;
     const std::uint64_t s = subBlockFramesFor(config.samplingRate);
     const std::uint64_t b = blockCountFor(config);
     if (workSize < 28 * s + 8 * b + 512)
-        return {};
+        return nullptr;
 
     std::memset(work, 0, static_cast<std::size_t>(28 * s + 8 * b + 512));
     auto* bytes = static_cast<unsigned char*>(work);
@@ -260,7 +269,34 @@ LoudnessResult MeasureLoudness(const LoudnessConfig& config, void* work, std::si
     m->history = reinterpret_cast<BlockEntry*>(bytes + kFixedStateBytes + 28 * s);
     m->blockCapacity = static_cast<std::uint32_t>(b + 1);
     setCoefficients(*m);
+    return m;
+}
 
+LoudnessResult gatedResult(const Meter& m)
+{
+    LoudnessResult result;
+    result.valid = 1;
+    const float absolute = gatedLoudness(m, -70.0f);
+    if (absolute >= -70.0f) {
+        const float relative = absolute - 10.0f > -70.0f ? absolute - 10.0f : -70.0f;
+        result.value = gatedLoudness(m, relative);
+    } else {
+        result.value = absolute;
+    }
+    // A value the meter cannot stand behind is no value.
+    if (!std::isfinite(result.value))
+        return {};
+    return result;
+}
+
+} // namespace
+
+LoudnessResult MeasureLoudness(const LoudnessConfig& config, void* work, std::size_t workSize,
+                               const float* const* channels)
+{
+    Meter* m = channels ? initMeter(config, work, workSize) : nullptr;
+    if (!m)
+        return {};
     const float* inputs[kMeterSlots] = {};
     for (std::uint32_t ch = 0; ch < m->inputChannels; ++ch) {
         if (kChannelMap[ch] >= 0)
@@ -276,15 +312,77 @@ LoudnessResult MeasureLoudness(const LoudnessConfig& config, void* work, std::si
         processSubBlock(*m, inputs, offset, frames);
         offset += frames;
     }
+    return gatedResult(*m);
+}
 
-    LoudnessResult result;
-    result.valid = 1;
-    const float absolute = gatedLoudness(*m, -70.0f);
-    if (absolute >= -70.0f) {
-        const float relative = absolute - 10.0f > -70.0f ? absolute - 10.0f : -70.0f;
-        result.value = gatedLoudness(*m, relative);
-    } else {
-        result.value = absolute;
+LoudnessStream::LoudnessStream() = default;
+LoudnessStream::~LoudnessStream() = default;
+
+bool LoudnessStream::start(const LoudnessConfig& config)
+{
+    m_meter = nullptr;
+    m_fed = 0;
+    m_staged = 0;
+    const std::size_t workSize = GetLoudnessWorkSize(config);
+    if (workSize == 0)
+        return false;
+    const std::size_t words = (workSize + sizeof(std::max_align_t) - 1) / sizeof(std::max_align_t);
+    m_work.reset(new (std::nothrow) std::max_align_t[words]);
+    if (!m_work)
+        return false;
+    Meter* m = initMeter(config, m_work.get(), workSize);
+    if (!m)
+        return false;
+    m_staging.assign(std::size_t(m->subBlockFrames) * m->meterChannels, 0.0f);
+    m_channels = config.channels;
+    m_meter = m;
+    return true;
+}
+
+void LoudnessStream::feed(const float* interleaved, std::uint32_t frames)
+{
+    if (!m_meter)
+        return;
+    Meter& m = *static_cast<Meter*>(m_meter);
+    // Frames past the stated length are not measured, as in the whole-file meter.
+    frames = std::min(frames, m.totalFrames - m_fed);
+    const std::uint32_t s = m.subBlockFrames;
+    for (std::uint32_t i = 0; i < frames;) {
+        const std::uint32_t n = std::min(frames - i, s - m_staged);
+        for (std::uint32_t ch = 0; ch < m.inputChannels; ++ch) {
+            const int slot = kChannelMap[ch];
+            if (slot < 0)
+                continue;
+            float* dst = m_staging.data() + std::size_t(slot) * s + m_staged;
+            const float* src = interleaved + std::size_t(i) * m_channels + ch;
+            for (std::uint32_t k = 0; k < n; ++k)
+                dst[k] = src[std::size_t(k) * m_channels];
+        }
+        m_staged += n;
+        i += n;
+        if (m_staged == s)
+            flush();
     }
+    m_fed += frames;
+}
+
+void LoudnessStream::flush()
+{
+    Meter& m = *static_cast<Meter*>(m_meter);
+    const float* inputs[kMeterSlots] = {};
+    for (std::uint32_t slot = 0; slot < m.meterChannels; ++slot)
+        inputs[slot] = m_staging.data() + std::size_t(slot) * m.subBlockFrames;
+    processSubBlock(m, inputs, 0, m_staged);
+    m_staged = 0;
+}
+
+LoudnessResult LoudnessStream::finish()
+{
+    if (!m_meter)
+        return {};
+    if (m_staged > 0)
+        flush();
+    const LoudnessResult result = gatedResult(*static_cast<Meter*>(m_meter));
+    m_meter = nullptr;
     return result;
 }

@@ -47,6 +47,10 @@ bool parseFmt(ParseState& s, WaveHeaderHandle& h, const unsigned char* b, std::u
         s.message(kWavTexts.bitsUnavailable);
         return false;
     }
+    if (blockAlign == 0) {
+        s.message("E2006110766 : Unknown block size.");
+        return false;
+    }
     if (static_cast<std::uint64_t>(rate) * blockAlign != byteRate) {
         s.message("E2006110727 : Wrong byte rate.");
         return false;

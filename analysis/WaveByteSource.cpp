@@ -1,7 +1,10 @@
 #include "WaveByteSource.h"
 
 #include <cstring>
+#include <fcntl.h>
 #include <new>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -101,18 +104,23 @@ std::unique_ptr<WaveByteSource> WaveByteSource::openFile(const char* localPath)
 {
     if (!localPath)
         return nullptr;
-    std::FILE* file = std::fopen(localPath, "rb");
-    if (!file)
+    // Non-blocking, so that a FIFO cannot hold the reader; only regular files pass.
+    const int fd = ::open(localPath, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0)
         return nullptr;
-    if (fseeko(file, 0, SEEK_END) != 0) {
-        std::fclose(file);
-        return nullptr;
-    }
-    const off_t size = ftello(file);
-    if (size < 0 || fseeko(file, 0, SEEK_SET) != 0) {
-        std::fclose(file);
+    struct stat status
+    {};
+    if (::fstat(fd, &status) != 0 || !S_ISREG(status.st_mode)) {
+        ::close(fd);
         return nullptr;
     }
+    ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) & ~O_NONBLOCK);
+    std::FILE* file = ::fdopen(fd, "rb");
+    if (!file) {
+        ::close(fd);
+        return nullptr;
+    }
+    const auto size = static_cast<std::int64_t>(status.st_size);
     std::unique_ptr<WaveByteSource> source(new (std::nothrow) FileByteSource(file, size));
     if (!source)
         std::fclose(file);

@@ -266,6 +266,11 @@ void SetWaveHeaderErrorCallback(WaveHeaderErrorCallback callback)
     g_errorCallback.store(callback);
 }
 
+WaveHeaderErrorCallback GetWaveHeaderErrorCallback()
+{
+    return g_errorCallback.load();
+}
+
 void InitializeWaveHeaderLibrary(const WaveHeaderLibraryParams* params)
 {
     Library& lib = library();

@@ -69,6 +69,7 @@ using WaveHeaderErrorCallback = void (*)(const char* message);
 
 // The callback is process-wide; nullptr silences the reader.
 void SetWaveHeaderErrorCallback(WaveHeaderErrorCallback callback);
+WaveHeaderErrorCallback GetWaveHeaderErrorCallback();
 
 // Reference-counted: only the first call takes its parameters, only the last
 // finalisation releases.

@@ -26,8 +26,9 @@ void ComputeMixedPlot(const float* const* channels, int channelCount, int sample
 void ComputeMultiPlot(const float* const* channels, int channelCount, int samples, int samplingRate,
                       PlotPoint* out /*8 x 250*/);
 
-// WAV/AIFF through an open header. 16-bit data is read whole and plotted from
-// the high byte; anything else is decoded frame by frame. The mixed plot of a
-// file with more than two channels uses its first two.
+// WAV/AIFF through an open header, reading only the frames each bucket looks
+// at. 16-bit data is plotted from the high byte of each sample; other depths
+// from decoded values. The mixed plot of a file with more than two channels
+// uses its first two.
 void ComputeWaveMixedPlot(WaveHeaderHandle* handle, PlotPoint* out /*250*/);
 void ComputeWaveMultiPlot(WaveHeaderHandle* handle, PlotPoint* out /*8 x 250*/);

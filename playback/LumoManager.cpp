@@ -1,7 +1,6 @@
 #include "LumoManager.h"
 
-#include "Mp3Decoder.h"
-#include "VorbisDecoder.h"
+#include "PcmDecoding.h"
 #include "WaveFileStream.h"
 
 #include <QFile>

@@ -1,44 +1,97 @@
 #!/usr/bin/env bash
-# Builds the wave header fuzzer with clang (libFuzzer, AddressSanitizer,
-# UndefinedBehaviorSanitizer) and runs it for SECONDS (default 20).
-# The corpus grows in build/fuzz/corpus and is kept between runs.
+# Builds the libFuzzer targets with clang (AddressSanitizer and
+# UndefinedBehaviorSanitizer) and runs each for SECONDS (default 20).
+# Usage: scripts/fuzz.sh [SECONDS] [TARGET...]   targets: wave mp3 ogg csv metadata (default all)
+# Each corpus grows in build/fuzz/corpus/TARGET and is kept between runs; the
+# committed regression inputs (tests/fuzz/regressions/TARGET) seed every run.
+# A crash leaves build/fuzz/crash-TARGET-*; add it to the regression folder.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 seconds=${1:-20}
+shift || true
+targets=("$@")
+[ ${#targets[@]} -eq 0 ] && targets=(wave mp3 ogg csv metadata)
 out="$root/build/fuzz"
-mkdir -p "$out/corpus" "$out/seeds"
+mkdir -p "$out/obj"
 
-sources=(WaveByteSource WaveChunkSupport RiffChunkParser FormChunkParser WaveHeaderReader LoudnessMeter LoudnessFileDriver
-         WaveformPlot WaveFileAnalysis)
-flags=(-std=c++17 -O1 -g -I"$root/analysis")
-clang++ "${flags[@]}" -fsanitize=fuzzer,address,undefined -fno-sanitize-recover=undefined \
-    $(printf "$root/analysis/%s.cpp " "${sources[@]}") \
-    "$root/analysis/fuzz/WaveHeaderFuzzer.cpp" -o "$out/wave_header_fuzzer"
-# The seeds come from the tests' file builder, which speaks Qt.
-clang++ "${flags[@]}" -fPIC -I"$root/testkit" $(pkg-config --cflags Qt5Core) \
-    "$root/analysis/fuzz/MakeFuzzSeeds.cpp" "$root/testkit/WaveBuilder.cpp" \
-    $(pkg-config --libs Qt5Core) -o "$out/make_fuzz_seeds"
-"$out/make_fuzz_seeds" "$out/seeds"
+cxx=(clang++)
+command -v ccache >/dev/null && cxx=(ccache clang++)
+qt_cflags=$(pkg-config --cflags Qt5Core)
+qt_libs=$(pkg-config --libs Qt5Core)
+flags=(-std=c++17 -O1 -g -fPIC -I"$root/analysis" -I"$root/sortspec" $qt_cflags)
+sanitize=(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=undefined)
 
-echo "== Fuzzing the wave header reader for ${seconds} s"
-ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
-    "$out/wave_header_fuzzer" -max_total_time="$seconds" -max_len=65536 -timeout=10 \
-    -rss_limit_mb=4096 -print_final_stats=1 "$out/corpus" "$out/seeds"
-
+analysis=(WaveByteSource WaveChunkSupport RiffChunkParser FormChunkParser WaveHeaderReader
+          LoudnessMeter LoudnessFileDriver WaveformPlot WaveFileAnalysis PlotBuilder
+          WaveSoundSource Mp3FrameScanner Mp3SoundSource OggSoundSource CompressedFileAnalysis
+          SoundSource)
+objects=()
+for s in "${analysis[@]}"; do
+    o="$out/obj/$s.o"
+    if [ ! -f "$o" ] || [ "$root/analysis/$s.cpp" -nt "$o" ] || [ "$root/analysis/$s.h" -nt "$o" ]; then
+        "${cxx[@]}" "${flags[@]}" "${sanitize[@]}" -c "$root/analysis/$s.cpp" -o "$o"
+    fi
+    objects+=("$o")
+done
 # The metadata readers: chunk payloads, iXML, TagLib tags, UCS names and lists.
-meta_sources=(FileMetadata MetadataText WaveMetadataChunks IxmlChunkParser WaveMetadataReader
-              WaveByteSource TagMetadataReader UcsName UcsCatalog MetadataColumns)
-mkdir -p "$out/metadata-corpus" "$out/metadata-seeds"
-clang++ "${flags[@]}" -fPIC -fsanitize=fuzzer,address,undefined -fno-sanitize-recover=undefined \
-    $(pkg-config --cflags Qt5Core taglib) $(printf "$root/analysis/%s.cpp " "${meta_sources[@]}") \
-    "$root/analysis/fuzz/MetadataFuzzer.cpp" $(pkg-config --libs Qt5Core taglib) \
-    -o "$out/metadata_fuzzer"
-clang++ "${flags[@]}" -fPIC -I"$root/tests/support" $(pkg-config --cflags Qt5Core) \
-    "$root/analysis/fuzz/MakeMetadataSeeds.cpp" "$root/tests/support/WaveBuilder.cpp" \
-    $(pkg-config --libs Qt5Core) -o "$out/make_metadata_seeds"
-"$out/make_metadata_seeds" "$out/metadata-seeds"
+taglib_cflags=$(pkg-config --cflags taglib)
+taglib_libs=$(pkg-config --libs taglib)
+metadata=(FileMetadata MetadataText WaveMetadataChunks IxmlChunkParser WaveMetadataReader
+          TagMetadataReader UcsName UcsCatalog MetadataColumns)
+metadata_objects=()
+for s in "${metadata[@]}"; do
+    o="$out/obj/$s.o"
+    if [ ! -f "$o" ] || [ "$root/analysis/$s.cpp" -nt "$o" ] || [ "$root/analysis/$s.h" -nt "$o" ]; then
+        "${cxx[@]}" "${flags[@]}" $taglib_cflags "${sanitize[@]}" -c "$root/analysis/$s.cpp" -o "$o"
+    fi
+    metadata_objects+=("$o")
+done
+csv_o="$out/obj/SortCsvReader.o"
+"${cxx[@]}" "${flags[@]}" "${sanitize[@]}" -c "$root/sortspec/SortCsvReader.cpp" -o "$csv_o"
 
-echo "== Fuzzing the metadata readers for ${seconds} s"
-ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
-    "$out/metadata_fuzzer" -max_total_time="$seconds" -max_len=65536 -timeout=10 \
-    -rss_limit_mb=4096 -print_final_stats=1 "$out/metadata-corpus" "$out/metadata-seeds"
+link() { # name source objects... libs...
+    local name=$1 source=$2
+    shift 2
+    "${cxx[@]}" "${flags[@]}" -fsanitize=fuzzer,address,undefined -fno-sanitize-recover=undefined \
+        "$source" "$@" $qt_libs -o "$out/${name}_fuzzer"
+}
+link wave "$root/analysis/fuzz/WaveHeaderFuzzer.cpp" "${objects[@]}" -lmpg123 -lvorbisfile
+link mp3 "$root/analysis/fuzz/Mp3Fuzzer.cpp" "${objects[@]}" -lmpg123 -lvorbisfile
+link ogg "$root/analysis/fuzz/OggFuzzer.cpp" "${objects[@]}" -lmpg123 -lvorbisfile
+link csv "$root/sortspec/fuzz/SortCsvFuzzer.cpp" "$csv_o"
+link metadata "$root/analysis/fuzz/MetadataFuzzer.cpp" "${metadata_objects[@]}" \
+    "$out/obj/WaveByteSource.o" $taglib_libs
+
+# Seeds: files the tests' builders write, and MP3/Ogg encoded from one of them.
+clang++ -std=c++17 -O1 -fPIC -I"$root/testkit" $qt_cflags \
+    "$root/analysis/fuzz/MakeFuzzSeeds.cpp" "$root/testkit/WaveBuilder.cpp" \
+    $qt_libs -o "$out/make_fuzz_seeds"
+clang++ -std=c++17 -O1 -fPIC -I"$root/testkit" $qt_cflags \
+    "$root/analysis/fuzz/MakeMetadataSeeds.cpp" "$root/testkit/WaveBuilder.cpp" \
+    $qt_libs -o "$out/make_metadata_seeds"
+seeds="$out/seeds"
+rm -rf "$seeds"
+mkdir -p "$seeds"/{wave,mp3,ogg,csv,metadata}
+"$out/make_fuzz_seeds" "$seeds"
+"$out/make_metadata_seeds" "$seeds/metadata"
+if command -v lame >/dev/null && command -v oggenc >/dev/null; then
+    lame --quiet --cbr -b 32 "$seeds/wave/short-tone.wav" "$seeds/mp3/cbr.mp3"
+    lame --quiet -V 7 -m m "$seeds/wave/short-tone.wav" "$seeds/mp3/vbr-mono.mp3"
+    lame --quiet -t -b 8 --resample 8 "$seeds/wave/short-tone.wav" "$seeds/mp3/mpeg25-notag.mp3"
+    oggenc --quiet -q 0 -o "$seeds/ogg/q0.ogg" "$seeds/wave/short-tone.wav"
+    oggenc --quiet -q 0 --resample 8000 -o "$seeds/ogg/8k.ogg" "$seeds/wave/short-tone.wav"
+fi
+
+status=0
+for t in "${targets[@]}"; do
+    corpus="$out/corpus/$t"
+    mkdir -p "$corpus"
+    echo "== Fuzzing $t for ${seconds} s"
+    ( cd "$out" && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
+        LSAN_OPTIONS=suppressions="$root/tests/fuzz/lsan.supp":print_suppressions=0 \
+        "./${t}_fuzzer" -max_total_time="$seconds" -max_len=65536 -timeout=10 \
+        -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix="crash-$t-" \
+        "$corpus" "$seeds/$t" $(ls -d "$root/tests/fuzz/regressions/$t" 2>/dev/null) ) 2>&1 |
+        grep -E "^(stat::number_of_executed_units|stat::peak_rss_mb|==|SUMMARY|#[0-9]+ *DONE)|ERROR|crash-" || status=1
+done
+exit $status

@@ -35,10 +35,11 @@ cmake -S "$root" -B "$asan" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTESK_WERROR=ON \
 cmake --build "$asan" -j"$jobs"
 echo "== GUI-free tests under AddressSanitizer and UndefinedBehaviorSanitizer"
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
+    LSAN_OPTIONS=suppressions="$root/tests/fuzz/lsan.supp" \
     ctest --test-dir "$asan" -L core --output-on-failure -j"$jobs"
 
-echo "== Short fuzzing run of the wave header reader"
-"$root/scripts/fuzz.sh" 20
+echo "== Short fuzzing run of every parser that reads file bytes"
+"$root/scripts/fuzz.sh" 5
 
 echo "== Full test suite"
 ctest --test-dir "$main" --output-on-failure -j"$jobs"

@@ -300,4 +300,32 @@ bool writeLongWav(const QString& path, int channels, int rate, int bits, std::in
     return ok;
 }
 
+std::uint32_t oggCrc(const unsigned char* data, std::size_t size)
+{
+    std::uint32_t crc = 0;
+    for (std::size_t i = 0; i < size; ++i) {
+        crc ^= std::uint32_t(data[i]) << 24;
+        for (int k = 0; k < 8; ++k)
+            crc = (crc & 0x80000000u) ? (crc << 1) ^ 0x04c11db7u : crc << 1;
+    }
+    return crc;
+}
+
+void fixOggPageCrc(Bytes& b, std::size_t page)
+{
+    if (page + 27 > b.size())
+        return;
+    const std::size_t segments = b[page + 26];
+    std::size_t size = 27 + segments;
+    for (std::size_t i = 0; i < segments && page + 27 + i < b.size(); ++i)
+        size += b[page + 27 + i];
+    if (page + size > b.size())
+        return;
+    for (int k = 0; k < 4; ++k)
+        b[page + 22 + k] = 0;
+    const std::uint32_t crc = oggCrc(b.data() + page, size);
+    for (int k = 0; k < 4; ++k)
+        b[page + 22 + k] = static_cast<unsigned char>(crc >> (8 * k));
+}
+
 } // namespace fixtures

@@ -346,6 +346,11 @@ inline QByteArray toQByteArray(const Bytes& b)
     return QByteArray(reinterpret_cast<const char*>(b.data()), static_cast<int>(b.size()));
 }
 
+// Ogg's page checksum (polynomial 0x04c11db7, no reflection) and a helper that
+// rewrites the checksum of the page at `page` after a field was patched.
+std::uint32_t oggCrc(const unsigned char* data, std::size_t size);
+void fixOggPageCrc(Bytes& bytes, std::size_t page);
+
 bool writeFile(const std::string& path, const Bytes& bytes);
 bool writeFile(const QString& path, const Bytes& bytes);
 

@@ -92,13 +92,17 @@ QVariant krokTableModel::data(const QModelIndex& index, int role) const
         const bool right = column < 14 && ((kRightAlignedMask >> column) & 1) != 0;
         return static_cast<int>((right ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
     }
+    case Qt::ToolTipRole: {
+        // A failed row says why on every cell; a metadata cell shows its full text.
+        const QVariant error = errorToolTip(row);
+        if (error.isValid() || !hasFiles || !IsMetadataColumn(column))
+            return error;
+        return metadataValue(row, column, role);
+    }
     case TableRoles::FullPath:
         return rows[row].path;
     case TableRoles::Format:
         return cellValue(row, ColumnFormat, true);
-    case Qt::ToolTipRole:
-        // The full text of a metadata cell that the column may cut short.
-        return hasFiles && IsMetadataColumn(column) ? metadataValue(row, column, role) : QVariant();
     default:
         return {};
     }
@@ -175,7 +179,8 @@ QVariant krokTableModel::cellValue(int row, int column, bool forSorting) const
         return column == ColumnFormat ? QVariant(QStringLiteral("ERROR")) : QVariant();
     }
     if (column == ColumnPlots) {
-        return plotItem(info, row);
+        // A failed row has no waveform to show, not even a flat one.
+        return IsFailedRecord(info) ? QVariant() : plotItem(info, row);
     }
     return RecordCellValue(column, info, forSorting, loudnessVoltMode);
 }
@@ -232,6 +237,18 @@ bool krokTableModel::metadataColumnContains(int row, int column, const QString& 
         }
     }
     return false;
+}
+
+QVariant krokTableModel::errorToolTip(int row) const
+{
+    // A failed row says why on every cell.
+    AudioFileInfo info;
+    if (!hasFiles || !rows[row].detailAcquired || !registry ||
+        !registry->FindFileInfo(rows[row].path, info)) {
+        return {};
+    }
+    const QString reason = ErrorReasonText(info);
+    return reason.isEmpty() ? QVariant() : QVariant(reason);
 }
 
 QVariant krokTableModel::plotItem(const AudioFileInfo& info, int row) const

@@ -109,6 +109,7 @@ private:
     QVariant cellValue(int row, int column, bool forSorting) const;
     // Display, sort value (TableRoles::SortValue) or tooltip of a metadata column.
     QVariant metadataValue(int row, int column, int role) const;
+    QVariant errorToolTip(int row) const;
     QVariant plotItem(const AudioFileInfo& info, int row) const;
     QVariant tableFont() const;
 

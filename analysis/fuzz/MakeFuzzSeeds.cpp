@@ -1,4 +1,6 @@
-// Writes a few well-formed WAV, AIFF and CAF files as the fuzzer's starting corpus.
+// Writes the fuzzers' starting corpora: a few well-formed WAV, AIFF and CAF
+// files (DIR/wave, including a short tone the script encodes to MP3 and Ogg)
+// and sort CSVs (DIR/csv, the first byte choosing the columns).
 
 #include "WaveBuilder.h"
 
@@ -59,7 +61,23 @@ int main(int argc, char** argv)
                        chunk("INST", inst, true), chunk("SSND", ssndBody(aiffData), true)})},
     };
     for (const auto& [name, bytes] : seeds) {
-        if (!writeFile(dir + "/" + name, bytes))
+        if (!writeFile(dir + "/wave/" + name, bytes))
+            return 1;
+    }
+    if (!writeFile(dir + "/wave/short-tone.wav",
+                   wav(1, 22050, 16, sine(11025, 1, 22050, 440.0, 0.5))))
+        return 1;
+    // Path column 1, comment column 2 (and the header line skipped in the second).
+    const std::vector<std::pair<std::string, std::string>> csvs = {
+        {"plain.csv", "\x11"
+                      "a.wav,first\nsub/b.wav,second\n"},
+        {"header.csv", "\x51"
+                       "path,comment,x\nC:\\s\\c.wav,,3\n/abs/d.mp3,\xe3\x81\x82,4\n"},
+        {"bom.csv", "\x11\xef\xbb\xbf"
+                    "e.ogg,comment\r\nf.aif,more\r\n"},
+    };
+    for (const auto& [name, text] : csvs) {
+        if (!writeFile(dir + "/csv/" + name, Bytes(text.begin(), text.end())))
             return 1;
     }
     return 0;

@@ -2,6 +2,53 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en">
 <context>
+    <name>AnalysisError</name>
+    <message>
+        <source>Not MP3 data: no run of consecutive MPEG audio frames was found.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This is not MP3 data: the file holds another format.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Not Ogg Vorbis data.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The Ogg Vorbis header is damaged or too large.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The file cannot be opened.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The file no longer exists.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This is not a regular file.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The file name is not valid UTF-8, so the file cannot be opened.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The analysis of this file stopped unexpectedly (Tesk closed during it). It is skipped until the file changes.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The file kept changing while it was analysed.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The audio data cannot be decoded.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>FallbackAnalysisLibrary</name>
     <message>
         <source>The shared analysis library %1 can be reached again; results kept on this computer meanwhile are being sent to it.</source>

@@ -2,6 +2,53 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="ja">
 <context>
+    <name>AnalysisError</name>
+    <message>
+        <source>Not MP3 data: no run of consecutive MPEG audio frames was found.</source>
+        <translation>MP3 データではありません: 連続した MPEG オーディオフレームが見つかりません。</translation>
+    </message>
+    <message>
+        <source>This is not MP3 data: the file holds another format.</source>
+        <translation>MP3 データではありません: ファイルは別の形式です。</translation>
+    </message>
+    <message>
+        <source>Not Ogg Vorbis data.</source>
+        <translation>Ogg Vorbis データではありません。</translation>
+    </message>
+    <message>
+        <source>The Ogg Vorbis header is damaged or too large.</source>
+        <translation>Ogg Vorbis ヘッダーが壊れているか、大きすぎます。</translation>
+    </message>
+    <message>
+        <source>The file cannot be opened.</source>
+        <translation>ファイルを開けません。</translation>
+    </message>
+    <message>
+        <source>The file no longer exists.</source>
+        <translation>ファイルが存在しません。</translation>
+    </message>
+    <message>
+        <source>This is not a regular file.</source>
+        <translation>通常のファイルではありません。</translation>
+    </message>
+    <message>
+        <source>The file name is not valid UTF-8, so the file cannot be opened.</source>
+        <translation>ファイル名が有効な UTF-8 ではないため、ファイルを開けません。</translation>
+    </message>
+    <message>
+        <source>The analysis of this file stopped unexpectedly (Tesk closed during it). It is skipped until the file changes.</source>
+        <translation>このファイルの解析が予期せず停止しました (解析中に Tesk が終了しました)。ファイルが変更されるまでスキップします。</translation>
+    </message>
+    <message>
+        <source>The file kept changing while it was analysed.</source>
+        <translation>解析中にファイルが変更され続けました。</translation>
+    </message>
+    <message>
+        <source>The audio data cannot be decoded.</source>
+        <translation>オーディオデータをデコードできません。</translation>
+    </message>
+</context>
+<context>
     <name>FallbackAnalysisLibrary</name>
     <message>
         <source>The shared analysis library %1 can be reached again; results kept on this computer meanwhile are being sent to it.</source>

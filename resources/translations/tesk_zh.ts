@@ -2,6 +2,53 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="zh_CN">
 <context>
+    <name>AnalysisError</name>
+    <message>
+        <source>Not MP3 data: no run of consecutive MPEG audio frames was found.</source>
+        <translation>不是 MP3 数据：未找到连续的 MPEG 音频帧。</translation>
+    </message>
+    <message>
+        <source>This is not MP3 data: the file holds another format.</source>
+        <translation>不是 MP3 数据：文件为其他格式。</translation>
+    </message>
+    <message>
+        <source>Not Ogg Vorbis data.</source>
+        <translation>不是 Ogg Vorbis 数据。</translation>
+    </message>
+    <message>
+        <source>The Ogg Vorbis header is damaged or too large.</source>
+        <translation>Ogg Vorbis 头已损坏或过大。</translation>
+    </message>
+    <message>
+        <source>The file cannot be opened.</source>
+        <translation>无法打开文件。</translation>
+    </message>
+    <message>
+        <source>The file no longer exists.</source>
+        <translation>文件已不存在。</translation>
+    </message>
+    <message>
+        <source>This is not a regular file.</source>
+        <translation>不是普通文件。</translation>
+    </message>
+    <message>
+        <source>The file name is not valid UTF-8, so the file cannot be opened.</source>
+        <translation>文件名不是有效的 UTF-8，无法打开文件。</translation>
+    </message>
+    <message>
+        <source>The analysis of this file stopped unexpectedly (Tesk closed during it). It is skipped until the file changes.</source>
+        <translation>此文件的分析意外中止（分析期间 Tesk 已关闭）。在文件更改之前将跳过此文件。</translation>
+    </message>
+    <message>
+        <source>The file kept changing while it was analysed.</source>
+        <translation>分析期间文件不断变化。</translation>
+    </message>
+    <message>
+        <source>The audio data cannot be decoded.</source>
+        <translation>无法解码音频数据。</translation>
+    </message>
+</context>
+<context>
     <name>FallbackAnalysisLibrary</name>
     <message>
         <source>The shared analysis library %1 can be reached again; results kept on this computer meanwhile are being sent to it.</source>

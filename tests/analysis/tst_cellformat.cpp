@@ -3,6 +3,8 @@
 
 #include <QTest>
 
+#include <cmath>
+
 class TestCellFormat final : public QObject
 {
     Q_OBJECT
@@ -21,15 +23,16 @@ private slots:
         QTest::newRow("10 MiB") << qint64(10 * 1024 * 1024) << "10.00 MB";
         QTest::newRow("half a GB") << qint64(536870912) << "0.50 GB";
         QTest::newRow("1.5 GiB") << qint64(1610612736) << "1.50 GB";
-        // 2 GiB + 1 MiB = 2148532224 wraps to 2148532224 - 2^32 in the 32-bit field.
-        QTest::newRow("2 GiB + 1 MiB wraps") << qint64(2148532224) << "-2146435072 byte";
+        QTest::newRow("2 GiB + 1 MiB") << qint64(2148532224) << "2.00 GB";
+        QTest::newRow("4 GB") << qint64(4000000000) << "3.73 GB";
+        QTest::newRow("past 4 GiB") << qint64(6442450944) << "6.00 GB";
     }
 
     void size()
     {
         QFETCH(qint64, bytes);
         QFETCH(QString, text);
-        QCOMPARE(FormatFileSize(static_cast<std::int32_t>(bytes)), text);
+        QCOMPARE(FormatFileSize(bytes), text);
     }
 
     void duration_data()
@@ -72,6 +75,8 @@ private slots:
         QTest::newRow("below the floor") << -100.0f << 2 << false << "---" << -100.0f;
         QTest::newRow("just above the floor") << -95.99f << 2 << false << "-95.99" << -95.99f;
         QTest::newRow("rounding") << -23.456f << 2 << false << "-23.46" << -23.456f;
+        QTest::newRow("infinite") << float(INFINITY) << 2 << false << "---" << float(INFINITY);
+        QTest::newRow("not a number") << float(NAN) << 1 << true << "---" << float(NAN);
     }
 
     void loudness()
@@ -85,8 +90,9 @@ private slots:
         info.loudness = lufs;
         info.channels = channels;
         QCOMPARE(RecordCellValue(ColumnLoudness, info, false, voltMode).toString(), text);
-        QVERIFY(qAbs(RecordCellValue(ColumnLoudness, info, true, voltMode).toFloat() - sortValue) <
-                1e-4f);
+        const float sorted = RecordCellValue(ColumnLoudness, info, true, voltMode).toFloat();
+        if (std::isfinite(sortValue))
+            QVERIFY(qAbs(sorted - sortValue) < 1e-4f);
     }
 
     void bits()
@@ -133,13 +139,29 @@ private slots:
                            int(ColumnSortSpecification), int(ColumnSortComments)})
             QVERIFY(!RecordCellValue(column, info, false, false).isValid());
 
-        // A compressed file that could not be opened.
-        AudioFileInfo broken;
+        // A file that could not be read: "ERROR", its size and time, nothing else
+        // (not the record's defaults, which would read as 48000 Hz, 1 channel, 16 bits).
+        AudioFileInfo broken = info;
         broken.isValid = 0;
+        broken.errorText = "E2006110803 : File size is too small.";
         QCOMPARE(RecordCellValue(ColumnFormat, broken, false, false).toString(),
                  QStringLiteral("ERROR"));
         QCOMPARE(RecordCellValue(ColumnFormat, broken, true, false).toString(),
                  QStringLiteral("ERROR"));
+        QCOMPARE(RecordCellValue(ColumnSize, broken, false, false).toString(),
+                 QStringLiteral("2.00 KB"));
+        for (int column :
+             {int(ColumnSamplingRate), int(ColumnChannels), int(ColumnSamples), int(ColumnBits),
+              int(ColumnDuration), int(ColumnLoudness), int(ColumnLoops)}) {
+            QCOMPARE(RecordCellValue(column, broken, false, false).toString(), QString());
+            QVERIFY(!RecordCellValue(column, broken, true, false).isValid());
+        }
+        QCOMPARE(ErrorReasonText(broken), QString::fromStdString(broken.errorText));
+        QVERIFY(ErrorReasonText(info).isEmpty());
+        // Without the file's status, size and time are unknown, not zero.
+        broken.modifyTime.clear();
+        QCOMPARE(RecordCellValue(ColumnSize, broken, false, false).toString(), QString());
+        QCOMPARE(RecordCellValue(ColumnModifyTime, broken, false, false).toString(), QString());
     }
 };
 

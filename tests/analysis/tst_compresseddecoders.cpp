@@ -1,6 +1,9 @@
-#include "Mp3Decoder.h"
+#include "Mp3SoundSource.h"
+#include "OggSoundSource.h"
+#include "PcmDecoding.h"
 #include "TestSettings.h"
-#include "VorbisDecoder.h"
+#include "WaveBuilder.h"
+#include "WaveSoundSource.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -46,21 +49,44 @@ double ErrorDb(const std::vector<float>& reference, const float* decoded, std::s
     return 10.0 * std::log10(error / signal);
 }
 
-std::uint32_t OggCrc(const unsigned char* data, int size)
-{
-    std::uint32_t crc = 0;
-    for (int i = 0; i < size; ++i) {
-        crc ^= std::uint32_t(data[i]) << 24;
-        for (int k = 0; k < 8; ++k)
-            crc = (crc & 0x80000000u) ? (crc << 1) ^ 0x04c11db7u : crc << 1;
-    }
-    return crc;
-}
-
 void PutLe32(QByteArray& b, int at, std::uint32_t v)
 {
     for (int k = 0; k < 4; ++k)
         b[at + k] = static_cast<char>((v >> (8 * k)) & 0xff);
+}
+
+QByteArray ReadAll(const QString& path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+void PutLe32Bytes(fixtures::Bytes& b, std::size_t at, std::uint32_t v)
+{
+    for (int k = 0; k < 4; ++k)
+        b[at + std::size_t(k)] = static_cast<unsigned char>(v >> (8 * k));
+}
+
+// Recomputes the CRC of the Ogg page at `page`, so a patched field is read.
+void FixPageCrc(QByteArray& b, int page)
+{
+    fixtures::Bytes bytes(b.begin(), b.end());
+    fixtures::fixOggPageCrc(bytes, std::size_t(page));
+    b = fixtures::toQByteArray(bytes);
+}
+
+// Every frame of a source, read in odd-sized blocks.
+std::vector<float> ReadAllFrames(SoundSource& source)
+{
+    std::vector<float> all;
+    std::vector<float> block(std::size_t(333) * std::size_t(source.channels()));
+    for (;;) {
+        const std::int64_t got = source.read(block.data(), 333);
+        if (got <= 0)
+            break;
+        all.insert(all.end(), block.begin(), block.begin() + got * source.channels());
+    }
+    return all;
 }
 
 } // namespace
@@ -75,14 +101,12 @@ private slots:
         int channels = 0;
         const std::vector<float> source = ReadWavFloat(Fixture("tones-stereo.wav"), channels);
         QCOMPARE(channels, 2);
-        Mp3Decoder decoder;
-        QVERIFY(decoder.Open(Fixture("cbr128.mp3").toLocal8Bit().constData()));
-        QVERIFY(decoder.CountFrames());
+        Mp3SoundSource decoder;
+        QVERIFY(decoder.open(Fixture("cbr128.mp3").toLocal8Bit().constData()));
         // Encoder delay and padding are trimmed: exactly the 5 s that were encoded.
-        QCOMPARE(decoder.Samples(), std::int64_t(5 * 44100));
-
-        std::vector<float> pcm(std::size_t(decoder.Samples()) * 2);
-        QCOMPARE(decoder.ReadInterleaved(pcm.data(), decoder.Samples()), decoder.Samples());
+        QCOMPARE(decoder.frames(), std::int64_t(5 * 44100));
+        const std::vector<float> pcm = ReadAllFrames(decoder);
+        QCOMPARE(std::int64_t(pcm.size()), decoder.frames() * 2);
         // Aligned with the source sample for sample (a misaligned decode of these
         // partials would be near 0 dB).
         QVERIFY2(ErrorDb(source, pcm.data(), pcm.size()) < -20.0,
@@ -96,46 +120,124 @@ private slots:
         QCOMPARE(std::memcmp(whole.constData(), pcm.data(), std::size_t(whole.size())), 0);
     }
 
-    void mp3RejectsOtherData_data()
+    // The frame scan gives the length before decoding; the decoder must agree.
+    void mp3ScannedLengthIsDecodedLength_data()
     {
-        QTest::addColumn<QByteArray>("content");
-        QTest::newRow("text") << QByteArray("This is a text file that only has an mp3 suffix.\n");
-        QTest::newRow("empty") << QByteArray();
-        QTest::newRow("zeros") << QByteArray(100000, '\0');
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<int>("minKbps");
+        QTest::addColumn<int>("maxKbps");
+        for (const char* name :
+             {"cbr128.mp3", "mono-cbr128.mp3", "music-vbr.mp3", "tones-vbr.mp3", "mono-vbr.mp3"})
+            QTest::newRow(name) << QString::fromLatin1(name) << -1 << -1;
+        QTest::newRow("96 and 320 kbps frames") << QStringLiteral("vbr-96-320.mp3") << 96 << 320;
+        QTest::newRow("cbr") << QStringLiteral("cbr128.mp3") << 128 << 128;
     }
 
-    void mp3RejectsOtherData()
+    void mp3ScannedLengthIsDecodedLength()
+    {
+        QFETCH(QString, name);
+        QFETCH(int, minKbps);
+        QFETCH(int, maxKbps);
+        Mp3SoundSource decoder;
+        QVERIFY(decoder.open(Fixture(name.toLatin1().constData()).toLocal8Bit().constData()));
+        QVERIFY(decoder.frames() > 0);
+        QCOMPARE(std::int64_t(ReadAllFrames(decoder).size()),
+                 decoder.frames() * decoder.channels());
+        if (minKbps >= 0) {
+            QCOMPARE(decoder.stream().minKbps, minKbps);
+            QCOMPARE(decoder.stream().maxKbps, maxKbps);
+        }
+    }
+
+    // Only a run of agreeing frame headers is MP3; PCM that happens to hold a
+    // frame sync, or another container with MP3 inside, is not.
+    void mp3Acceptance_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<bool>("accepted");
+        const QByteArray mp3 = ReadAll(Fixture("cbr128.mp3"));
+        QVERIFY(!mp3.isEmpty());
+        std::vector<double> noise;
+        std::uint32_t seed = 12345;
+        for (int i = 0; i < 2 * 44100; ++i) {
+            seed = seed * 1664525u + 1013904223u;
+            noise.push_back((double(seed >> 8) / double(1 << 24)) * 1.8 - 0.9);
+        }
+        for (int bits : {8, 16, 24}) {
+            QTest::newRow(qPrintable(QStringLiteral("noise WAV %1-bit").arg(bits)))
+                << fixtures::toQByteArray(fixtures::wav(2, 44100, bits, noise)) << false;
+            // The same samples with the header cut off: raw PCM.
+            QTest::newRow(qPrintable(QStringLiteral("raw noise %1-bit").arg(bits)))
+                << fixtures::toQByteArray(fixtures::pcm(bits, noise)) << false;
+        }
+        for (const char* id : {"RIFF", "RIFX", "RF64", "FORM", "OggS", "fLaC"})
+            QTest::newRow(id) << QByteArray(id) + mp3 << false;
+        QTest::newRow("text") << QByteArray("This is a text file that only has an mp3 suffix.\n")
+                              << false;
+        QTest::newRow("empty") << QByteArray() << false;
+        QTest::newRow("zeros") << QByteArray(100000, '\0') << false;
+        QTest::newRow("mp3") << mp3 << true;
+        QByteArray id3("ID3\x04\x00\x00\x00\x00\x01\x00", 10);
+        id3 += QByteArray(128, 'x') + QByteArray(64, '\0');
+        QTest::newRow("ID3v2 tag and padding") << id3 + mp3 << true;
+        QTest::newRow("ID3v2 tag then WAV")
+            << id3 + fixtures::toQByteArray(fixtures::wav(2, 44100, 16, noise)) << false;
+        // LAME's Info frame (417 bytes at 128 kbps) and one audio frame.
+        QTest::newRow("Info frame and one frame") << mp3.left(417 + 418) << true;
+        QTest::newRow("Info frame alone") << mp3.left(417 + 100) << false;
+    }
+
+    void mp3Acceptance()
     {
         QFETCH(QByteArray, content);
+        QFETCH(bool, accepted);
+        Mp3SoundSource decoder;
+        QCOMPARE(decoder.openMemory(content.constData(), std::size_t(content.size())), accepted);
+        QCOMPARE(decoder.errorText().empty(), accepted);
         QTemporaryDir dir;
         const QString path = dir.filePath(QStringLiteral("x.mp3"));
         QVERIFY(fixtures::WriteBytes(path, content));
-        Mp3Decoder decoder;
-        QVERIFY(!decoder.Open(path.toLocal8Bit().constData()));
         std::int32_t rate = -1, ch = -1;
-        QVERIFY(DecodeMp3ToPcm(path, rate, ch).isEmpty());
-        QVERIFY(
-            !decoder.Open(dir.filePath(QStringLiteral("missing.mp3")).toLocal8Bit().constData()));
+        QCOMPARE(DecodeMp3ToPcm(path, rate, ch).isEmpty(), !accepted);
     }
 
     void mp3TruncatedFileDecodesWhatIsThere()
     {
-        QFile full(Fixture("cbr128.mp3"));
-        QVERIFY(full.open(QIODevice::ReadOnly));
-        const QByteArray all = full.readAll();
-        QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("cut.mp3"));
-        QVERIFY(fixtures::WriteBytes(path, all.left(all.size() / 3 + 77))); // ends inside a frame
-
-        Mp3Decoder decoder;
-        QVERIFY(decoder.Open(path.toLocal8Bit().constData()));
-        QVERIFY(decoder.CountFrames());
-        QVERIFY(decoder.Samples() > 0);
-        QVERIFY(decoder.Samples() < 5 * 44100);
-        std::vector<float> pcm(std::size_t(decoder.Samples() + 4096) * 2);
-        const std::int64_t read = decoder.ReadInterleaved(pcm.data(), decoder.Samples() + 4096);
+        const QByteArray all = ReadAll(Fixture("cbr128.mp3"));
+        const QByteArray cut = all.left(all.size() / 3 + 77); // ends inside a frame
+        Mp3SoundSource decoder;
+        QVERIFY(decoder.openMemory(cut.constData(), std::size_t(cut.size())));
+        QVERIFY(decoder.frames() > 0);
+        QVERIFY(decoder.frames() < 5 * 44100);
+        const std::int64_t read = std::int64_t(ReadAllFrames(decoder).size()) / 2;
         QVERIFY(read > 0);
-        QVERIFY(read <= decoder.Samples());
+        QVERIFY(read <= decoder.frames() + 1152);
+    }
+
+    // A seek lands on the same samples a plain read reaches.
+    void seekReadsTheSameFrames_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("wav") << QStringLiteral("tones-stereo.wav");
+        QTest::newRow("mp3") << QStringLiteral("cbr128.mp3");
+        QTest::newRow("ogg") << QStringLiteral("tones-stereo.ogg");
+    }
+
+    void seekReadsTheSameFrames()
+    {
+        QFETCH(QString, name);
+        const std::unique_ptr<SoundSource> source =
+            SoundSource::forSuffix(name.right(3).toStdString());
+        QVERIFY(source->open(Fixture(name.toLatin1().constData()).toLocal8Bit().constData()));
+        const std::vector<float> all = ReadAllFrames(*source);
+        const int ch = source->channels();
+        for (const std::int64_t at : {std::int64_t(0), std::int64_t(12345), std::int64_t(100000)}) {
+            QVERIFY(source->seek(at));
+            std::vector<float> block(std::size_t(1000 * ch));
+            QCOMPARE(source->read(block.data(), 1000), std::int64_t(1000));
+            for (int i = 0; i < 1000 * ch; ++i)
+                QCOMPARE(block[std::size_t(i)], all[std::size_t(at * ch + i)]);
+        }
     }
 
     void vorbisKbpsRule_data()
@@ -176,44 +278,36 @@ private slots:
         PutLe32(bytes, packet + 16, 0);
         PutLe32(bytes, packet + 20, 160000);
         PutLe32(bytes, packet + 24, 0);
-        int pageSize = packet;
-        for (int i = 0; i < static_cast<unsigned char>(bytes[26]); ++i)
-            pageSize += static_cast<unsigned char>(bytes[27 + i]);
-        PutLe32(bytes, 22, 0);
-        PutLe32(bytes, 22,
-                OggCrc(reinterpret_cast<const unsigned char*>(bytes.constData()), pageSize));
+        FixPageCrc(bytes, 0);
 
         QTemporaryDir dir;
         const QString path = dir.filePath(QStringLiteral("nominal.ogg"));
         QVERIFY(fixtures::WriteBytes(path, bytes));
 
-        VorbisHeaderBitRates rates;
-        QVERIFY(ReadVorbisHeaderBitRates(path.toLocal8Bit().constData(), rates));
-        QCOMPARE(rates.maximum, 0);
-        QCOMPARE(rates.nominal, 160000);
+        OggSoundSource decoder;
+        QVERIFY(decoder.open(path.toLocal8Bit().constData()));
+        QCOMPARE(decoder.bitRates().maximum, 0);
+        QCOMPARE(decoder.bitRates().nominal, 160000);
         std::int32_t lo = 0, hi = 0;
-        VorbisKbps(rates, lo, hi);
+        VorbisKbps(decoder.bitRates(), lo, hi);
         QCOMPARE(lo, 160);
         QCOMPARE(hi, 160);
-        // The patched file still decodes.
-        VorbisDecoder decoder;
-        QVERIFY(decoder.Open(path.toLocal8Bit().constData()));
-        QCOMPARE(decoder.Samples(), std::int64_t(5 * 44100));
+        QCOMPARE(decoder.frames(), std::int64_t(5 * 44100));
     }
 
     void vorbisDecodeMatchesSource()
     {
         int channels = 0;
         const std::vector<float> source = ReadWavFloat(Fixture("tones-stereo.wav"), channels);
-        VorbisDecoder decoder;
-        QVERIFY(decoder.Open(Fixture("tones-stereo.ogg").toLocal8Bit().constData()));
-        QCOMPARE(decoder.SamplingRate(), 44100);
-        QCOMPARE(decoder.Channels(), 2);
-        QCOMPARE(decoder.Samples(), std::int64_t(5 * 44100));
-        const auto frames = std::size_t(decoder.Samples());
+        OggSoundSource decoder;
+        QVERIFY(decoder.open(Fixture("tones-stereo.ogg").toLocal8Bit().constData()));
+        QCOMPARE(decoder.samplingRate(), 44100);
+        QCOMPARE(decoder.channels(), 2);
+        QCOMPARE(decoder.frames(), std::int64_t(5 * 44100));
+        const auto frames = std::size_t(decoder.frames());
         std::vector<float> left(frames), right(frames);
         float* planes[] = {left.data(), right.data()};
-        QCOMPARE(decoder.ReadPlanar(planes, decoder.Samples()), decoder.Samples());
+        QCOMPARE(decoder.readPlanar(planes, decoder.frames()), decoder.frames());
 
         std::int32_t rate = 0, ch = 0;
         const QByteArray whole = DecodeVorbisToPcm(Fixture("tones-stereo.ogg"), rate, ch);
@@ -234,12 +328,94 @@ private slots:
         QTemporaryDir dir;
         const QString path = dir.filePath(QStringLiteral("x.ogg"));
         QVERIFY(fixtures::WriteBytes(path, "OggS but nothing after it"));
-        VorbisDecoder decoder;
-        QVERIFY(!decoder.Open(path.toLocal8Bit().constData()));
-        VorbisHeaderBitRates rates;
-        QVERIFY(!ReadVorbisHeaderBitRates(path.toLocal8Bit().constData(), rates));
+        OggSoundSource decoder;
+        QVERIFY(!decoder.open(path.toLocal8Bit().constData()));
+        QVERIFY(!decoder.errorText().empty());
         std::int32_t rate = 0, ch = 0;
         QVERIFY(DecodeVorbisToPcm(path, rate, ch).isEmpty());
+    }
+
+    // Lying sizes and counts in the comment header: rejected or decoded, never
+    // a crash or a large allocation (the sanitizer build watches both).
+    void vorbisLyingCommentHeader_data()
+    {
+        QTest::addColumn<int>("field"); // 0 vendor length, 1 comment count
+        QTest::addColumn<quint32>("value");
+        for (const quint32 v : {3u, 1000u, 0x40000000u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
+            QTest::newRow(qPrintable(QStringLiteral("count %1").arg(v))) << 1 << v;
+            QTest::newRow(qPrintable(QStringLiteral("vendor %1").arg(v))) << 0 << v;
+        }
+    }
+
+    void vorbisLyingCommentHeader()
+    {
+        QFETCH(int, field);
+        QFETCH(quint32, value);
+        QByteArray bytes = ReadAll(Fixture("tones-stereo.ogg"));
+        const auto* p = reinterpret_cast<const unsigned char*>(bytes.constData());
+        const int second = 27 + p[26] + 30;
+        const int packet = second + 27 + p[second + 26];
+        QCOMPARE(bytes.mid(packet, 7), QByteArray("\x03vorbis"));
+        const int vendorAt = packet + 7;
+        const quint32 vendor = p[vendorAt] | (p[vendorAt + 1] << 8) | (p[vendorAt + 2] << 16) |
+                               (quint32(p[vendorAt + 3]) << 24);
+        PutLe32(bytes, field == 0 ? vendorAt : vendorAt + 4 + int(vendor), value);
+        FixPageCrc(bytes, second);
+        OggSoundSource decoder;
+        if (decoder.openMemory(bytes.constData(), std::size_t(bytes.size())))
+            QVERIFY(std::int64_t(ReadAllFrames(decoder).size()) <= decoder.frames() * 2);
+        else
+            QVERIFY(!decoder.errorText().empty());
+    }
+
+    // A cut file keeps what its complete pages hold.
+    void vorbisTruncated()
+    {
+        const QByteArray all = ReadAll(Fixture("tones-stereo.ogg"));
+        for (int cut = 0; cut < all.size(); cut += all.size() / 37 + 1) {
+            const QByteArray part = all.left(cut);
+            OggSoundSource decoder;
+            if (!decoder.openMemory(part.constData(), std::size_t(part.size())))
+                continue;
+            QVERIFY(decoder.frames() <= 5 * 44100);
+            QVERIFY(std::int64_t(ReadAllFrames(decoder).size()) <= decoder.frames() * 2);
+        }
+    }
+    // A chain of links plays as one sound; a long chain is read as a stream so
+    // that libvorbisfile does not hold every link's headers, with the same length.
+    void vorbisChains_data()
+    {
+        QTest::addColumn<int>("links");
+        QTest::newRow("3 links, seekable") << 3;
+        QTest::newRow("40 links, streamed") << 40;
+    }
+
+    void vorbisChains()
+    {
+        QFETCH(int, links);
+        const QByteArray one = ReadAll(Fixture("tones-mono.ogg"));
+        OggSoundSource single;
+        QVERIFY(single.openMemory(one.constData(), std::size_t(one.size())));
+        fixtures::Bytes chain;
+        for (int k = 0; k < links; ++k) {
+            fixtures::Bytes link(one.begin(), one.end());
+            for (std::size_t page = 0; page + 27 < link.size();) {
+                PutLe32Bytes(link, page + 14, 0x1000u + std::uint32_t(k)); // a serial of its own
+                fixtures::fixOggPageCrc(link, page);
+                std::size_t size = 27 + link[page + 26];
+                for (std::size_t i = 0; i < link[page + 26]; ++i)
+                    size += link[page + 27 + i];
+                page += size;
+            }
+            fixtures::append(chain, link);
+        }
+        OggSoundSource decoder;
+        QVERIFY(decoder.openMemory(chain.data(), chain.size()));
+        QCOMPARE(decoder.frames(), single.frames() * links);
+        QCOMPARE(std::int64_t(ReadAllFrames(decoder).size()), decoder.frames());
+        QVERIFY(decoder.seek(0));
+        std::vector<float> block(100);
+        QCOMPARE(decoder.read(block.data(), 100), std::int64_t(100));
     }
 };
 

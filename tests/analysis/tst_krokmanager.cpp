@@ -1,3 +1,4 @@
+#include "AnalysisErrors.h"
 #include "CellFormat.h"
 #include "KrokManager.h"
 #include "PreviewPlayer.h"
@@ -199,6 +200,8 @@ private slots:
         registry.AnalyzeFile(path);
         QVERIFY(!registry.IsAnalyzed(path));
         QCOMPARE(registry.GetFileInfo(path).isHeaderRead, 0);
+        QCOMPARE(registry.GetFileInfo(path).errorText,
+                 std::string("E2006110803 : File size is too small."));
         // The next pass reads it again and sees the repaired file.
         QVERIFY(fixtures::writeFile(path, LoopedWav(4800, 0, 99)));
         QVERIFY(!registry.IsAnalyzed(path));
@@ -206,13 +209,14 @@ private slots:
         QVERIFY(registry.IsAnalyzed(path));
         QCOMPARE(registry.GetFileInfo(path).samples, 4800);
 
-        // A file that vanished keeps the defaults, size included.
+        // A file that vanished says so, with no made-up values.
         const QString gone = dir.filePath(QStringLiteral("gone.ogg"));
         registry.AnalyzeFile(gone);
         AudioFileInfo info;
         QVERIFY(registry.FindFileInfo(gone, info));
-        QCOMPARE(info.isValid, 1);
-        QCOMPARE(info.fileSize, 0);
+        QCOMPARE(info.isValid, 0);
+        QCOMPARE(info.errorText, std::string(kErrorNotFound));
+        QCOMPARE(info.fileSize, std::int64_t(0));
         QVERIFY(info.modifyTime.empty());
         registry.Finalize();
     }

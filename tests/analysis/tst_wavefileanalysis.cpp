@@ -123,30 +123,18 @@ private slots:
         QCOMPARE(info.samplePeak, peak);
     }
 
-    // Decoded MP3 and Ogg samples may overshoot full scale; the peak keeps it.
-    void decodedSamplesGiveTheirPeak()
-    {
-        std::vector<float> left(4800, 0.5f);
-        std::vector<float> right(4800, -0.1f);
-        right[4321] = -1.25f;
-        const float* planes[] = {left.data(), right.data()};
-        AudioFileInfo info;
-        AnalyzePlanarSamples(planes, 2, 4800, 48000, info, false, false);
-        QCOMPARE(info.samplePeak, 1.25f);
-    }
-
-    void unreadableFileKeepsDefaults()
+    // A file whose header cannot be read fails with the reader's reason and
+    // shows no made-up values.
+    void unreadableFileShowsReason()
     {
         QTemporaryDir dir;
         const std::string path = dir.filePath(QStringLiteral("bad.wav")).toStdString();
         QVERIFY(writeFile(path, Bytes(100, 'x')));
         AudioFileInfo info;
         AnalyzeWaveFile(path.c_str(), info, true, true);
-        const AudioFileInfo defaults;
         QCOMPARE(info.isHeaderRead, 0);
-        QCOMPARE(info.isValid, 1);
-        QCOMPARE(info.samplingRate, defaults.samplingRate);
-        QCOMPARE(info.format, std::string());
+        QCOMPARE(info.isValid, 0);
+        QCOMPARE(info.errorText, std::string("E2006110883 : Can not confirm the file identifier."));
         QCOMPARE(info.loudness, -96.0f);
         QCOMPARE(info.isMultiPlotValid, 0);
     }

@@ -1,10 +1,13 @@
+#include "PlotBuilder.h"
 #include "WaveBuilder.h"
 #include "WaveHeaderReader.h"
 #include "WaveformPlot.h"
 
 #include <QtTest>
 
+#include <cstring>
 #include <memory>
+#include <random>
 
 using namespace fixtures;
 
@@ -201,6 +204,56 @@ private slots:
             QCOMPARE(int(multi[ch * kPlotPoints].max), -(ch + 1));
             QCOMPARE(int(multi[ch * kPlotPoints + 1].max), 0);
         }
+    }
+    // Streamed in uneven blocks, the builder gives the whole-file plots byte
+    // for byte; a decoder that stops early plots the rest as silence.
+    void streamedEqualsWhole_data()
+    {
+        QTest::addColumn<int>("frames");
+        QTest::addColumn<int>("rate");
+        QTest::addColumn<int>("channels");
+        QTest::addColumn<int>("decoded");
+        QTest::newRow("100 frames") << 100 << 48000 << 2 << 100;
+        QTest::newRow("scan equals bucket") << 250 * 960 << 48000 << 1 << 250 * 960;
+        QTest::newRow("long, skipping") << 250 * 5000 + 77 << 44100 << 3 << 250 * 5000 + 77;
+        QTest::newRow("ten channels") << 40000 << 8000 << 10 << 40000;
+        QTest::newRow("short decode") << 250 * 2000 << 22050 << 2 << 250 * 700 + 5;
+    }
+
+    void streamedEqualsWhole()
+    {
+        QFETCH(int, frames);
+        QFETCH(int, rate);
+        QFETCH(int, channels);
+        QFETCH(int, decoded);
+        std::mt19937 random(99);
+        std::uniform_real_distribution<float> noise(-1.2f, 1.2f);
+        std::vector<std::vector<float>> planes(std::size_t(channels),
+                                               std::vector<float>(std::size_t(frames), 0.0f));
+        std::vector<float> interleaved(std::size_t(frames) * std::size_t(channels), 0.0f);
+        for (int f = 0; f < decoded; ++f)
+            for (int ch = 0; ch < channels; ++ch)
+                interleaved[std::size_t(f) * channels + ch] = planes[ch][f] = noise(random);
+        std::vector<const float*> pointers;
+        for (const auto& p : planes)
+            pointers.push_back(p.data());
+        std::array<PlotPoint, kPlotPoints> mixed;
+        std::array<PlotPoint, kMaxPlotChannels * kPlotPoints> multi;
+        ComputeMixedPlot(pointers.data(), channels, frames, rate, mixed.data());
+        ComputeMultiPlot(pointers.data(), channels, frames, rate, multi.data());
+
+        FloatPlotBuilder builder(frames, rate, channels, true);
+        for (int at = 0, step = 1; at < decoded; at += step, step = step * 7 % 5003 + 1)
+            builder.feed(interleaved.data() + std::size_t(at) * channels, at,
+                         std::min(step, decoded - at));
+        builder.silenceFrom(decoded);
+        std::array<PlotPoint, kPlotPoints> streamedMixed;
+        std::array<PlotPoint, kMaxPlotChannels * kPlotPoints> streamedMulti;
+        streamedMixed.fill({55, 55});
+        streamedMulti.fill({55, 55});
+        builder.finish(streamedMixed.data(), streamedMulti.data());
+        QCOMPARE(std::memcmp(streamedMixed.data(), mixed.data(), sizeof mixed), 0);
+        QCOMPARE(std::memcmp(streamedMulti.data(), multi.data(), sizeof multi), 0);
     }
 };
 

@@ -309,9 +309,7 @@ private slots:
         Bytes zeroAlign = fmtBody(1, 2, 48000, 16);
         zeroAlign[8] = zeroAlign[9] = zeroAlign[10] = zeroAlign[11] = 0;
         zeroAlign[12] = zeroAlign[13] = 0;
-        add("zero block align", zeroAlign,
-            "E2006110728 : The relations among the block size, the quantization bit and the "
-            "number of channels are not correct.");
+        add("zero block align", zeroAlign, "E2006110766 : Unknown block size.");
         add("unknown GUID", fmtExtensible(2, 48000, 24, 24, 1, false),
             "E2022092602 : Unrecognizable subformat.");
         add("ADPCM", fmtBody(2, 1, 48000, 16), "E2006110887 : Can not confirm the file format.");

@@ -2,7 +2,7 @@
 // WAV written for a region, checked against the source files' own frames.
 
 #include "FrameSource.h"
-#include "Mp3Decoder.h"
+#include "PcmDecoding.h"
 #include "RegionExport.h"
 #include "WaveBuilder.h"
 #include "WaveByteSource.h"

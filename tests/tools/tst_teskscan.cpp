@@ -187,7 +187,8 @@ private slots:
         const double lufs = RowFor(rows, QStringLiteral("a-tones.mp3")).value(11).toDouble(&ok);
         QVERIFY(ok);
         QVERIFY(lufs > -40 && lufs < -10);
-        QCOMPARE(RowFor(rows, QStringLiteral("b-broken.mp3")).value(11), QStringLiteral("---"));
+        // A failed row shows no values, loudness included.
+        QCOMPARE(RowFor(rows, QStringLiteral("b-broken.mp3")).value(11), QString());
     }
 
     void listingOptions()
@@ -487,7 +488,10 @@ private slots:
             Scan({QStringLiteral("-l"), QStringLiteral("--library"), library, folder});
         QCOMPARE(again.exitCode, 0);
         QVERIFY(again.err.isEmpty());
-        QCOMPARE(int(StoredKeys(library, folder).size()), 2000);
+        // The file being read when the scan was killed stands in the crash
+        // journal as a suspect, and is not read again (nor stored) until it changes.
+        const int after = int(StoredKeys(library, folder).size());
+        QVERIFY2(after == 2000 || after == 1999, qPrintable(QString::number(after)));
     }
 
 private:

@@ -125,7 +125,7 @@ QByteArray ScanReport::JsonObject(const QString& path, const AudioFileInfo& info
     o.insert(QStringLiteral("path"), path);
     o.insert(QStringLiteral("isValid"), info.isValid);
     o.insert(QStringLiteral("isHeaderRead"), info.isHeaderRead);
-    o.insert(QStringLiteral("fileSize"), qint64(info.fileSize));
+    o.insert(QStringLiteral("fileSize"), static_cast<qint64>(info.fileSize));
     o.insert(QStringLiteral("modifyTime"), QString::fromStdString(info.modifyTime));
     o.insert(QStringLiteral("samplingRate"), info.samplingRate);
     o.insert(QStringLiteral("channels"), info.channels);
@@ -147,5 +147,7 @@ QByteArray ScanReport::JsonObject(const QString& path, const AudioFileInfo& info
     o.insert(QStringLiteral("multiPlot"), multi);
     o.insert(QStringLiteral("metadata"), MetadataObject(info));
     o.insert(QStringLiteral("ucs"), UcsObject(ParseUcsName(QFileInfo(path).fileName(), catalog)));
+    o.insert(QStringLiteral("errorText"), QString::fromStdString(info.errorText));
+    o.insert(QStringLiteral("samplePeak"), double(info.samplePeak));
     return QJsonDocument(o).toJson(QJsonDocument::Compact);
 }

@@ -1,0 +1,307 @@
+// A folder of hostile files, scanned by tesk-scan and by the table's detail
+// worker: every file gets a row, nothing crashes or hangs, and every row that
+// cannot show values says why. Run under the sanitizers in the test script.
+
+#include "AnalysisErrors.h"
+#include "AudioFileInfo.h"
+#include "AudioFileLister.h"
+#include "KrokManager.h"
+#include "SubThreadGetDetail.h"
+#include "TestSettings.h"
+#include "WaveBuilder.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cmath>
+#include <fcntl.h>
+#include <random>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace fixtures;
+
+namespace {
+
+QString Fixture(const char* name)
+{
+    return QStringLiteral(TESK_FIXTURE_DIR "/") + QLatin1String(name);
+}
+
+Bytes ReadBytes(const QString& path)
+{
+    QFile f(path);
+    if (!f.open(QIODevice::ReadOnly))
+        return {};
+    const QByteArray all = f.readAll();
+    return Bytes(all.begin(), all.end());
+}
+
+void PutLe32(Bytes& b, std::size_t at, std::uint32_t v)
+{
+    for (int k = 0; k < 4 && at + k < b.size(); ++k)
+        b[at + k] = static_cast<unsigned char>(v >> (8 * k));
+}
+
+QJsonArray ScanJson(const QStringList& arguments, int& exitCode)
+{
+    QProcess process;
+    process.start(QStringLiteral(TESK_SCAN_PATH), arguments);
+    exitCode = -1;
+    if (!process.waitForFinished(240000)) {
+        process.kill();
+        process.waitForFinished();
+        return {};
+    }
+    exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    return QJsonDocument::fromJson(process.readAllStandardOutput()).array();
+}
+
+} // namespace
+
+class TestHostileFolder final : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir dir;
+    int fileCount = 0; // every name written under small/
+    QString deleted;   // listed, then removed before it is analysed
+    QString undecodable;
+
+    void write(const QString& name, const Bytes& bytes)
+    {
+        QVERIFY2(writeFile(dir.filePath(QStringLiteral("small/") + name), bytes), qPrintable(name));
+        ++fileCount;
+    }
+
+    // Every 4-byte field (at every even offset) in the header ranges set to
+    // values that lie.
+    void lyingFields(const QString& stem, const char* suffix, const Bytes& good,
+                     const std::vector<std::pair<std::size_t, std::size_t>>& ranges,
+                     bool oggPages = false)
+    {
+        std::vector<std::size_t> offsets;
+        for (const auto& [from, to] : ranges)
+            for (std::size_t at = from; at + 4 <= std::min(to, good.size()); at += 2)
+                offsets.push_back(at);
+        for (const std::size_t at : offsets) {
+            for (const std::uint32_t lie : {0u, 0xFFFFFFFFu, 0x7FFFFFFFu, 0x80000001u}) {
+                Bytes b = good;
+                PutLe32(b, at, lie);
+                if (oggPages) {
+                    // Keep the pages' checksums right, so the lie is read.
+                    for (std::size_t page = 0; page + 27 < b.size();) {
+                        fixOggPageCrc(b, page);
+                        std::size_t size = 27 + b[page + 26];
+                        for (std::size_t i = 0; i < b[page + 26] && page + 27 + i < b.size(); ++i)
+                            size += b[page + 27 + i];
+                        if (page + size > b.size() || page + size <= page)
+                            break;
+                        page += size;
+                    }
+                }
+                write(QStringLiteral("%1-field%2-%3.%4")
+                          .arg(stem)
+                          .arg(at)
+                          .arg(lie, 0, 16)
+                          .arg(QLatin1String(suffix)),
+                      b);
+            }
+        }
+    }
+
+    void truncations(const QString& stem, const char* suffix, const Bytes& good)
+    {
+        for (int i = 0; i < 24; ++i) {
+            const std::size_t cut = i < 12 ? std::size_t(i) * 7 : good.size() * std::size_t(i) / 24;
+            write(QStringLiteral("%1-cut%2.%3").arg(stem).arg(cut).arg(QLatin1String(suffix)),
+                  Bytes(good.begin(), good.begin() + std::ptrdiff_t(std::min(cut, good.size()))));
+        }
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(dir.isValid());
+        QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("small")));
+        std::vector<std::int32_t> values = distinct16(4000 * 2);
+        const Bytes wav = wavInts(2, 48000, 16, values, {{100, 999}});
+        Bytes adtl;
+        putId(adtl, "adtl");
+        Bytes label;
+        putLe32(label, 1);
+        label.insert(label.end(), {'x', 0});
+        append(adtl, chunk("labl", label));
+        const Bytes rich =
+            riff({chunk("fmt ", fmtBody(1, 2, 44100, 16)), chunk("cue ", cueBody(2, 2)),
+                  chunk("LIST", adtl), chunk("smpl", smplBody(1, {{10, 99}})),
+                  chunk("data", pcm16(std::vector<int>(values.begin(), values.begin() + 2000)))});
+        const Bytes aif = aiffInts(2, 44100, 24, values, 10, 900);
+        // The first second of each compressed fixture keeps every header kind.
+        Bytes mp3 = ReadBytes(Fixture("cbr128.mp3"));
+        Bytes ogg = ReadBytes(Fixture("tones-stereo.ogg"));
+        QVERIFY(mp3.size() > 20000 && ogg.size() > 20000);
+        mp3.resize(16000);
+        ogg.resize(20000);
+
+        lyingFields(QStringLiteral("wav"), "wav", rich, {{0, 200}});
+        lyingFields(QStringLiteral("aif"), "aif", aif, {{0, 120}});
+        // LAME's Info frame and the first audio frame's header.
+        lyingFields(QStringLiteral("mp3"), "mp3", mp3, {{0, 48}, {150, 180}, {414, 424}});
+        // The identification page and the start of the comment and setup headers.
+        lyingFields(QStringLiteral("ogg"), "ogg", ogg, {{0, 62}, {62, 150}}, true);
+        truncations(QStringLiteral("wav"), "wav", rich);
+        truncations(QStringLiteral("aif"), "aiff", aif);
+        truncations(QStringLiteral("mp3"), "mp3", mp3);
+        truncations(QStringLiteral("ogg"), "ogg", ogg);
+
+        std::mt19937 random(2024);
+        for (const char* suffix : {"wav", "aif", "aiff", "mp3", "ogg", "WAV", "Mp3"}) {
+            for (const std::size_t size :
+                 {std::size_t(1), std::size_t(13), std::size_t(4096), std::size_t(70000)}) {
+                Bytes noise(size);
+                for (auto& b : noise)
+                    b = static_cast<unsigned char>(random());
+                write(QStringLiteral("random%1.%2").arg(size).arg(QLatin1String(suffix)), noise);
+            }
+            write(QStringLiteral("empty.%1").arg(QLatin1String(suffix)), {});
+        }
+        // PCM that only has an MP3 suffix.
+        write(QStringLiteral("pcm-as.mp3"), wav);
+
+        const QString small = dir.filePath(QStringLiteral("small/"));
+        QCOMPARE(::mkfifo(QFile::encodeName(small + QStringLiteral("fifo.wav")).constData(), 0644),
+                 0);
+        ++fileCount;
+        write(QStringLiteral("unreadable.wav"), wav);
+        QVERIFY(QFile::setPermissions(small + QStringLiteral("unreadable.wav"), {}));
+        QVERIFY(QFile::link(small + QStringLiteral("loop-b.wav"),
+                            small + QStringLiteral("loop-a.wav")));
+        QVERIFY(QFile::link(small + QStringLiteral("loop-a.wav"),
+                            small + QStringLiteral("loop-b.wav")));
+        fileCount += 2;
+        const QByteArray badName = QFile::encodeName(small) + QByteArray("bad\xff\xfe name.wav");
+        QVERIFY(writeFile(std::string(badName.constData()), wav));
+        ++fileCount;
+        undecodable = QFile::decodeName(badName);
+        write(QStringLiteral("deleted.wav"), wav);
+        deleted = small + QStringLiteral("deleted.wav");
+
+        // 4 GB of 48 kHz stereo that is almost all hole: cheap on disk, and
+        // cheap to plot, since only the frames the plot looks at are read.
+        const QString big = dir.filePath(QStringLiteral("big.wav"));
+        const std::int64_t size = 4000000000;
+        Bytes head = riff({chunk("fmt ", fmtBody(1, 2, 48000, 16))});
+        putId(head, "data");
+        putLe32(head, std::uint32_t(size - std::int64_t(head.size()) - 4));
+        PutLe32(head, 4, std::uint32_t(size - 8));
+        QVERIFY(writeFile(big, head));
+        QCOMPARE(::truncate(QFile::encodeName(big).constData(), size), 0);
+    }
+
+    void cleanupTestCase()
+    {
+        QFile::setPermissions(dir.filePath(QStringLiteral("small/unreadable.wav")),
+                              QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+    }
+
+    void scannerGivesEveryFileARow()
+    {
+        int exitCode = 0;
+        QElapsedTimer clock;
+        clock.start();
+        const QJsonArray rows = ScanJson(
+            {QStringLiteral("--json"), QStringLiteral("--loudness"), QStringLiteral("--multi-plot"),
+             QStringLiteral("--hidden"), dir.filePath(QStringLiteral("small"))},
+            exitCode);
+        QCOMPARE(exitCode, 0);
+        QCOMPARE(rows.size(), fileCount);
+        int failed = 0;
+        for (const QJsonValue& value : rows) {
+            const QJsonObject o = value.toObject();
+            const QString name = o.value(QStringLiteral("path")).toString();
+            // A row either has values or says why it has none.
+            if (o.value(QStringLiteral("isValid")).toInt() == 0) {
+                ++failed;
+                QVERIFY2(!o.value(QStringLiteral("errorText")).toString().isEmpty(),
+                         qPrintable(name));
+            }
+            QVERIFY2(std::isfinite(o.value(QStringLiteral("loudness")).toDouble(NAN)),
+                     qPrintable(name));
+        }
+        QVERIFY(failed > fileCount / 4);
+        qInfo("hostile folder: %d files, %d rows, %d ERROR rows each with its reason, "
+              "tesk-scan --loudness --multi-plot in %lld ms",
+              fileCount, int(rows.size()), failed, clock.elapsed());
+        clock.restart();
+
+        // The whole tree without loudness, the 4 GB file included, is quick.
+        const QJsonArray all = ScanJson({QStringLiteral("--json"), QStringLiteral("--recursive"),
+                                         QStringLiteral("--hidden"), dir.path()},
+                                        exitCode);
+        QCOMPARE(exitCode, 0);
+        QCOMPARE(all.size(), fileCount + 1);
+        qInfo("hostile folder: the tree with the 4 GB sparse WAV, %d rows in %lld ms",
+              int(all.size()), clock.elapsed());
+        for (const QJsonValue& value : all) {
+            const QJsonObject o = value.toObject();
+            if (!o.value(QStringLiteral("path")).toString().endsWith(QLatin1String("big.wav")))
+                continue;
+            QCOMPARE(o.value(QStringLiteral("fileSize")).toDouble(), 4000000000.0);
+            QCOMPARE(o.value(QStringLiteral("samples")).toInt(), int((4000000000 - 44) / 4));
+        }
+    }
+
+    void detailWorkerGivesEveryFileARow()
+    {
+        const QList<QString> files =
+            ListAudioFiles(dir.filePath(QStringLiteral("small")), false, true, {});
+        QCOMPARE(files.size(), fileCount);
+        QVERIFY(files.contains(deleted));
+        QVERIFY(files.contains(undecodable));
+        QVERIFY(QFile::remove(deleted));
+
+        KrokManager registry;
+        registry.Initialize();
+        registry.SetLoudnessEnabled(true);
+        registry.SetMultiPlotEnabled(true);
+        SubThreadGetDetail worker(&registry);
+        QSignalSpy end(&worker, &SubThreadGetDetail::SigEndGetDetailInfo);
+        worker.start(files);
+        QElapsedTimer clock;
+        clock.start();
+        QVERIFY(end.wait(240000));
+        worker.wait();
+        qInfo("hostile folder: detail worker, loudness and per-channel plots, %d files in %lld ms",
+              int(files.size()), clock.elapsed());
+
+        const auto reasonOf = [&](const QString& path) {
+            AudioFileInfo info;
+            return registry.FindFileInfo(path, info) ? info.errorText : std::string("no row");
+        };
+        for (const QString& path : files) {
+            AudioFileInfo info;
+            QVERIFY2(registry.FindFileInfo(path, info), qPrintable(path));
+            QVERIFY2(info.isValid != 0 || !info.errorText.empty(), qPrintable(path));
+        }
+        const QString small = dir.filePath(QStringLiteral("small/"));
+        QCOMPARE(reasonOf(deleted), std::string(kErrorNotFound));
+        QCOMPARE(reasonOf(undecodable), std::string(kErrorNameNotUtf8));
+        QCOMPARE(reasonOf(small + QStringLiteral("fifo.wav")), std::string(kErrorNotRegularFile));
+        QCOMPARE(reasonOf(small + QStringLiteral("pcm-as.mp3")),
+                 std::string(kErrorOtherFormatAsMp3));
+        QVERIFY(!reasonOf(small + QStringLiteral("loop-a.wav")).empty());
+        registry.Finalize();
+    }
+};
+
+QTEST_GUILESS_MAIN(TestHostileFolder)
+#include "tst_hostilefolder.moc"
