@@ -118,7 +118,7 @@ void AnalysisLibraryThread::Clear(std::function<void(bool)> done)
     });
 }
 
-void AnalysisLibraryThread::Flush()
+void AnalysisLibraryThread::Flush(bool catchUp)
 {
     auto written = std::make_shared<std::promise<void>>();
     std::future<void> done = written->get_future();
@@ -126,7 +126,13 @@ void AnalysisLibraryThread::Flush()
         const std::lock_guard<std::mutex> lock(mutex);
         if (stopping)
             return;
-        jobs.push_back([written] { written->set_value(); });
+        jobs.push_back([this, written, catchUp] {
+            // Each call moves the due time on (or to never) when it has
+            // nothing more to do now, so this ends.
+            while (catchUp && library->MaintenanceDue() <= AnalysisLibrary::Clock::now())
+                library->Maintain();
+            written->set_value();
+        });
     }
     wake.notify_all();
     done.wait();

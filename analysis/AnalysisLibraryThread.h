@@ -49,8 +49,11 @@ public:
     void ForgetMissing(const QString& folder, bool recursive, const QStringList& listed);
     // Queued: removes every row, then calls `done` on the library thread.
     void Clear(std::function<void(bool cleared)> done);
-    // Returns once every row queued before the call is written.
-    void Flush();
+    // Returns once every row queued before the call is written. With
+    // `catchUp`, the library's own work that is due is done first as well (rows
+    // kept while the server was away are sent), which an idle thread would do
+    // later: for a process that ends after its scan.
+    void Flush(bool catchUp = false);
     // The thread writes what is queued and ends; the destructor joins it.
     void RequestStop();
 

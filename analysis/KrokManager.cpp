@@ -1,8 +1,8 @@
 #include "KrokManager.h"
 
-#include "AnalysisLibraryThread.h"
 #include "AnalysisErrors.h"
 #include "AnalysisJournal.h"
+#include "AnalysisLibraryThread.h"
 #include "CompressedFileAnalysis.h"
 #include "FileMetadataReader.h"
 #include "LoudnessMeter.h"
@@ -299,10 +299,10 @@ void KrokManager::ClearLibrary()
         emit SigLibraryCleared(false);
 }
 
-void KrokManager::FlushLibrary()
+void KrokManager::FlushLibrary(bool catchUp)
 {
     if (const auto lib = currentLibrary())
-        lib->Flush();
+        lib->Flush(catchUp);
 }
 
 AudioFileInfo KrokManager::GetFileInfo(const QString& path)

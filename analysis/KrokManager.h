@@ -80,9 +80,10 @@ public:
     void ForgetMissingFiles(const QString& folder, bool recursive, const QStringList& listed);
     // Removes every row of the library; SigLibraryCleared follows. Queued.
     void ClearLibrary();
-    // Returns once every record analysed so far is written to the library.
-    // Blocks; not for the GUI thread.
-    void FlushLibrary();
+    // Returns once every record analysed so far is written to the library
+    // (see AnalysisLibraryThread::Flush for `catchUp`). Blocks; not for the
+    // GUI thread.
+    void FlushLibrary(bool catchUp = false);
     // A copy of the record, or the shared default record.
     AudioFileInfo GetFileInfo(const QString& path);
     // False (and `out` untouched) when the registry holds no record for the path.

@@ -296,6 +296,8 @@ int main(int argc, char** argv)
         ok = Write(QByteArrayLiteral("\n]\n"));
     if (progress && !files.isEmpty())
         std::fprintf(stderr, "\n");
+    // Rows an earlier scan kept for the server go to it now that it is here.
+    registry.FlushLibrary(true);
     registry.Finalize();
     if (!ok || std::fflush(stdout) != 0) {
         std::fprintf(stderr, "tesk-scan: cannot write the output\n");
