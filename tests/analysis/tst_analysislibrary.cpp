@@ -183,7 +183,7 @@ private slots:
         QCOMPARE(rows[0]->info.isMultiPlotValid, 0);
         QCOMPARE(rows[0]->info.samplePeak, -1.0f);
         QVERIFY(!rows[0]->info.metadata);
-        fixtures::CompareLibraryRows(*rows[3], full);
+        QCOMPARE(fixtures::LibraryRowFields(*rows[3]), fixtures::LibraryRowFields(full));
     }
 
     void changedFileIsAnalysedAgain_data()
