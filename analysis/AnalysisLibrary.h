@@ -2,10 +2,9 @@
 
 #include "AudioFileInfo.h"
 #include "FileStamp.h"
+#include "LibraryKey.h"
 
-#include <QString>
-#include <QStringList>
-
+#include <chrono>
 #include <optional>
 #include <vector>
 
@@ -17,7 +16,7 @@ inline constexpr int kAnalysisVersion = 3;
 // stamp is unchanged.
 struct LibraryRow
 {
-    QString key; // the file's absolute path
+    LibraryKey key;
     FileStamp stamp;
     AudioFileInfo info;
 };
@@ -32,6 +31,8 @@ using LibraryRows = std::vector<std::optional<LibraryRow>>;
 class AnalysisLibrary
 {
 public:
+    using Clock = std::chrono::steady_clock;
+
     virtual ~AnalysisLibrary() = default;
 
     // Opens or creates the store; false when it cannot be used (see TakeProblem).
@@ -42,16 +43,22 @@ public:
 
     // The rows of `keys`, in the same order; nothing for a key without a row of
     // this analysis version.
-    virtual LibraryRows Fetch(const QStringList& keys) = 0;
+    virtual LibraryRows Fetch(const LibraryKeys& keys) = 0;
     // Inserts or replaces the rows, all or none.
     virtual bool Store(const std::vector<LibraryRow>& rows) = 0;
-    // The keys stored under `folderKey`: those directly inside it, or at any
+    // The keys stored under `folder` (a key whose path is a folder's; an empty
+    // path stands for the whole root): those directly inside it, or at any
     // depth when `recursive`.
-    virtual QStringList KeysIn(const QString& folderKey, bool recursive) = 0;
-    virtual bool Remove(const QStringList& keys) = 0;
+    virtual LibraryKeys KeysIn(const LibraryKey& folder, bool recursive) = 0;
+    virtual bool Remove(const LibraryKeys& keys) = 0;
     // Removes every row.
     virtual bool Clear() = 0;
 
     // A problem the user should hear of, each kind once; empty when there is none.
     virtual QString TakeProblem() = 0;
+
+    // Work of its own the store wants to do while nothing else is asked of it
+    // (trying a server again, sending rows kept meanwhile), and when.
+    virtual Clock::time_point MaintenanceDue() const { return Clock::time_point::max(); }
+    virtual void Maintain() {}
 };

@@ -3,12 +3,14 @@
 #include <QFileInfo>
 #include <QSet>
 
+#include <algorithm>
 #include <future>
 
 AnalysisLibraryThread::AnalysisLibraryThread(std::unique_ptr<AnalysisLibrary> store,
-                                             Reporter reporter)
+                                             Reporter reporter, LibraryRoots libraryRoots)
     : library(std::move(store))
     , report(std::move(reporter))
+    , roots(std::move(libraryRoots))
 {
     thread = std::thread([this] { run(); });
 }
@@ -38,29 +40,35 @@ void AnalysisLibraryThread::post(std::function<void()> job)
     wake.notify_all();
 }
 
-AnalysisLibraryThread::Rows AnalysisLibraryThread::Fetch(const QStringList& keys)
+AnalysisLibraryThread::Rows AnalysisLibraryThread::Fetch(const QStringList& paths)
 {
-    return FetchLater(keys).get();
+    return FetchLater(paths).get();
 }
 
-std::future<AnalysisLibraryThread::Rows> AnalysisLibraryThread::FetchLater(const QStringList& keys)
+std::future<AnalysisLibraryThread::Rows> AnalysisLibraryThread::FetchLater(const QStringList& paths)
 {
     auto answer = std::make_shared<std::promise<Rows>>();
     std::future<Rows> rows = answer->get_future();
+    LibraryKeys keys;
+    keys.reserve(std::size_t(paths.size()));
+    for (const QString& path : paths)
+        keys.push_back(roots.KeyOf(path));
     {
         const std::lock_guard<std::mutex> lock(mutex);
-        if (stopping || keys.isEmpty()) {
-            answer->set_value(Rows(std::size_t(keys.size())));
+        if (stopping || keys.empty()) {
+            answer->set_value(Rows(keys.size()));
             return rows;
         }
-        lookups.push_back([this, keys, answer] { answer->set_value(library->Fetch(keys)); });
+        lookups.push_back(
+            [this, keys = std::move(keys), answer] { answer->set_value(library->Fetch(keys)); });
     }
     wake.notify_all();
     return rows;
 }
 
-void AnalysisLibraryThread::Store(LibraryRow row)
+void AnalysisLibraryThread::Store(const QString& path, const FileStamp& stamp, AudioFileInfo info)
 {
+    LibraryRow row{roots.KeyOf(path), stamp, std::move(info)};
     {
         const std::lock_guard<std::mutex> lock(mutex);
         if (stopping)
@@ -74,19 +82,28 @@ void AnalysisLibraryThread::Store(LibraryRow row)
     wake.notify_all();
 }
 
-void AnalysisLibraryThread::ForgetMissing(const QString& folderKey, bool recursive,
-                                          const QStringList& listedKeys)
+void AnalysisLibraryThread::ForgetMissing(const QString& folder, bool recursive,
+                                          const QStringList& listed)
 {
-    post([this, folderKey, recursive, listedKeys] {
-        const QStringList stored = library->KeysIn(folderKey, recursive);
-        if (stored.isEmpty())
-            return;
-        const QSet<QString> listed(listedKeys.begin(), listedKeys.end());
-        QStringList gone;
-        for (const QString& key : stored) {
-            // A file the listing skipped (hidden, say) keeps its row while it exists.
-            if (!listed.contains(key) && !QFileInfo::exists(key))
-                gone << key;
+    post([this, folder, recursive, listed] {
+        QSet<LibraryKey> listedKeys;
+        QSet<QString> listedRoots;
+        for (const QString& path : listed) {
+            const LibraryKey key = roots.KeyOf(path);
+            listedRoots.insert(key.root);
+            listedKeys.insert(key);
+        }
+        LibraryKeys gone;
+        for (const LibraryKey& folderKey : roots.FolderKeys(folder, recursive)) {
+            // A shared folder of which nothing was listed is more likely not
+            // mounted here than emptied: its rows, which other machines use, stay.
+            if (!folderKey.root.isEmpty() && !listedRoots.contains(folderKey.root))
+                continue;
+            for (const LibraryKey& key : library->KeysIn(folderKey, recursive)) {
+                // A file the listing skipped (hidden, say) keeps its row while it exists.
+                if (!listedKeys.contains(key) && !QFileInfo::exists(roots.PathOf(key)))
+                    gone.push_back(key);
+            }
         }
         library->Remove(gone);
     });
@@ -101,7 +118,7 @@ void AnalysisLibraryThread::Clear(std::function<void(bool)> done)
     });
 }
 
-void AnalysisLibraryThread::Flush()
+void AnalysisLibraryThread::Flush(bool catchUp)
 {
     auto written = std::make_shared<std::promise<void>>();
     std::future<void> done = written->get_future();
@@ -109,7 +126,13 @@ void AnalysisLibraryThread::Flush()
         const std::lock_guard<std::mutex> lock(mutex);
         if (stopping)
             return;
-        jobs.push_back([written] { written->set_value(); });
+        jobs.push_back([this, written, catchUp] {
+            // Each call moves the due time on (or to never) when it has
+            // nothing more to do now, so this ends.
+            while (catchUp && library->MaintenanceDue() <= AnalysisLibrary::Clock::now())
+                library->Maintain();
+            written->set_value();
+        });
     }
     wake.notify_all();
     done.wait();
@@ -134,11 +157,15 @@ void AnalysisLibraryThread::run()
         const auto due = [this] {
             return !lookups.empty() || !jobs.empty() || stopping || pending.size() >= kBatchRows;
         };
+        const AnalysisLibrary::Clock::time_point maintainAt = library->MaintenanceDue();
         if (!due()) {
-            if (pending.empty())
+            auto until = maintainAt;
+            if (!pending.empty())
+                until = std::min(until, firstPendingAt + kBatchDelay);
+            if (until == AnalysisLibrary::Clock::time_point::max())
                 wake.wait(lock, due);
             else
-                wake.wait_until(lock, firstPendingAt + kBatchDelay, due);
+                wake.wait_until(lock, until, due);
         }
         if (!lookups.empty()) {
             std::function<void()> lookup = std::move(lookups.front());
@@ -172,6 +199,13 @@ void AnalysisLibraryThread::run()
         }
         if (stopping)
             break;
+        // The library's own work waits until nothing else is asked of it.
+        if (AnalysisLibrary::Clock::now() >= maintainAt) {
+            lock.unlock();
+            library->Maintain();
+            reportProblems();
+            lock.lock();
+        }
     }
     lock.unlock();
     library->Close();

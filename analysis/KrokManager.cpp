@@ -1,8 +1,8 @@
 #include "KrokManager.h"
 
-#include "AnalysisLibraryThread.h"
 #include "AnalysisErrors.h"
 #include "AnalysisJournal.h"
+#include "AnalysisLibraryThread.h"
 #include "CompressedFileAnalysis.h"
 #include "FileMetadataReader.h"
 #include "LoudnessMeter.h"
@@ -175,7 +175,7 @@ void KrokManager::AnalyzeFile(const QString& path)
         lib = library;
     }
     if (lib && stamp.exists())
-        lib->Store(LibraryRow{path, stamp, std::move(info)});
+        lib->Store(path, stamp, std::move(info));
 }
 
 void KrokManager::InvalidateFiles(const QStringList& paths)
@@ -262,13 +262,13 @@ void KrokManager::EndRecall(Recall& recall)
     }
 }
 
-void KrokManager::SetLibrary(std::unique_ptr<AnalysisLibrary> backend)
+void KrokManager::SetLibrary(std::unique_ptr<AnalysisLibrary> backend, LibraryRoots roots)
 {
     std::shared_ptr<AnalysisLibraryThread> started;
     if (backend) {
         started = std::make_shared<AnalysisLibraryThread>(
-            std::move(backend),
-            [this](const QString& problem) { emit SigLibraryProblem(problem); });
+            std::move(backend), [this](const QString& problem) { emit SigLibraryProblem(problem); },
+            std::move(roots));
     }
     QMutexLocker lock(&mutex);
     if (library) {
@@ -299,10 +299,10 @@ void KrokManager::ClearLibrary()
         emit SigLibraryCleared(false);
 }
 
-void KrokManager::FlushLibrary()
+void KrokManager::FlushLibrary(bool catchUp)
 {
     if (const auto lib = currentLibrary())
-        lib->Flush();
+        lib->Flush(catchUp);
 }
 
 AudioFileInfo KrokManager::GetFileInfo(const QString& path)

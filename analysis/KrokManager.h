@@ -3,6 +3,7 @@
 #include "AnalysisLibrary.h"
 #include "AudioFileInfo.h"
 #include "FileStamp.h"
+#include "LibraryRoots.h"
 
 #include <QMutex>
 #include <QObject>
@@ -70,18 +71,19 @@ public:
     void EndRecall(Recall& recall);
 
     // Keeps analysis results in `library` from now on (opened on a thread of
-    // its own); null turns the persistent library off. Never waits for it.
-    // Its problems come through SigLibraryProblem.
-    void SetLibrary(std::unique_ptr<AnalysisLibrary> library);
+    // its own), keyed under `roots`; null turns the persistent library off.
+    // Never waits for it. Its problems come through SigLibraryProblem.
+    void SetLibrary(std::unique_ptr<AnalysisLibrary> library, LibraryRoots roots = {});
     bool HasLibrary();
     // Removes the library's rows of files in `folder` that no longer exist;
     // `listed` are the files just listed there. Queued.
     void ForgetMissingFiles(const QString& folder, bool recursive, const QStringList& listed);
     // Removes every row of the library; SigLibraryCleared follows. Queued.
     void ClearLibrary();
-    // Returns once every record analysed so far is written to the library.
-    // Blocks; not for the GUI thread.
-    void FlushLibrary();
+    // Returns once every record analysed so far is written to the library
+    // (see AnalysisLibraryThread::Flush for `catchUp`). Blocks; not for the
+    // GUI thread.
+    void FlushLibrary(bool catchUp = false);
     // A copy of the record, or the shared default record.
     AudioFileInfo GetFileInfo(const QString& path);
     // False (and `out` untouched) when the registry holds no record for the path.

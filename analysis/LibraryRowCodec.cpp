@@ -12,6 +12,7 @@ namespace {
 
 enum Column
 {
+    Root,
     Path,
     Size,
     MtimeNs,
@@ -62,18 +63,31 @@ QString Text(const std::string& s)
 const QStringList& LibraryRowCodec::Columns()
 {
     static const QStringList columns{
-        QStringLiteral("path"),          QStringLiteral("size"),
-        QStringLiteral("mtime_ns"),      QStringLiteral("analysis_version"),
-        QStringLiteral("measured"),      QStringLiteral("is_valid"),
-        QStringLiteral("header_read"),   QStringLiteral("modify_time"),
-        QStringLiteral("sampling_rate"), QStringLiteral("channels"),
-        QStringLiteral("samples"),       QStringLiteral("loop_count"),
-        QStringLiteral("marker_count"),  QStringLiteral("bits_min"),
-        QStringLiteral("bits_max"),      QStringLiteral("loop_start"),
-        QStringLiteral("loop_end"),      QStringLiteral("loudness"),
-        QStringLiteral("format"),        QStringLiteral("plot"),
-        QStringLiteral("multi_plot"),    QStringLiteral("error_text"),
-        QStringLiteral("sample_peak"),   QStringLiteral("metadata"),
+        QStringLiteral("root"),
+        QStringLiteral("path"),
+        QStringLiteral("size"),
+        QStringLiteral("mtime_ns"),
+        QStringLiteral("analysis_version"),
+        QStringLiteral("measured"),
+        QStringLiteral("is_valid"),
+        QStringLiteral("header_read"),
+        QStringLiteral("modify_time"),
+        QStringLiteral("sampling_rate"),
+        QStringLiteral("channels"),
+        QStringLiteral("samples"),
+        QStringLiteral("loop_count"),
+        QStringLiteral("marker_count"),
+        QStringLiteral("bits_min"),
+        QStringLiteral("bits_max"),
+        QStringLiteral("loop_start"),
+        QStringLiteral("loop_end"),
+        QStringLiteral("loudness"),
+        QStringLiteral("format"),
+        QStringLiteral("plot"),
+        QStringLiteral("multi_plot"),
+        QStringLiteral("error_text"),
+        QStringLiteral("sample_peak"),
+        QStringLiteral("metadata"),
     };
     return columns;
 }
@@ -81,7 +95,8 @@ const QStringList& LibraryRowCodec::Columns()
 void LibraryRowCodec::Bind(QSqlQuery& q, const LibraryRow& row, int analysisVersion)
 {
     const AudioFileInfo& i = row.info;
-    q.addBindValue(row.key);
+    q.addBindValue(KeyValue(row.key.root));
+    q.addBindValue(KeyValue(row.key.path));
     q.addBindValue(qint64(row.stamp.size));
     q.addBindValue(qint64(row.stamp.mtimeNs));
     q.addBindValue(analysisVersion);
@@ -113,15 +128,20 @@ void LibraryRowCodec::Bind(QSqlQuery& q, const LibraryRow& row, int analysisVers
                                     : QVariant(QByteArray(metadata.data(), int(metadata.size()))));
 }
 
-QString LibraryRowCodec::ReadKey(const QSqlQuery& q)
+QVariant LibraryRowCodec::KeyValue(const QString& part)
 {
-    return q.value(Path).toString();
+    return part.isNull() ? QVariant(QStringLiteral("")) : QVariant(part);
+}
+
+LibraryKey LibraryRowCodec::ReadKey(const QSqlQuery& q)
+{
+    return {q.value(Root).toString(), q.value(Path).toString()};
 }
 
 void LibraryRowCodec::Read(const QSqlQuery& q, LibraryRow& row)
 {
     AudioFileInfo& i = row.info;
-    row.key = q.value(Path).toString();
+    row.key = ReadKey(q);
     row.stamp.size = q.value(Size).toLongLong();
     row.stamp.mtimeNs = q.value(MtimeNs).toLongLong();
     i.measuredParts = q.value(Measured).toInt();

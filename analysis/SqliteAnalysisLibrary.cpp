@@ -1,12 +1,11 @@
 #include "SqliteAnalysisLibrary.h"
 
-#include "LibraryRowCodec.h"
+#include "LibrarySql.h"
 
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QHash>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QStandardPaths>
@@ -16,80 +15,7 @@
 
 namespace {
 
-// Every SQL text of the library is in this file. Values are always bound;
-// only table and column names, which are ours, are put together here.
-
-// Schema steps: entry n brings a library from user_version n to n + 1. A
-// released step is never edited; a change is a new step (ALTER TABLE ... ADD
-// COLUMN for a new record field, with the codec's column list extended).
-const QList<QStringList>& Migrations()
-{
-    static const QList<QStringList> steps{
-        {QStringLiteral("CREATE TABLE file_analysis ("
-                        " path TEXT NOT NULL PRIMARY KEY,"
-                        " size INTEGER NOT NULL,"
-                        " mtime_ns INTEGER NOT NULL,"
-                        " analysis_version INTEGER NOT NULL,"
-                        " measured INTEGER NOT NULL,"
-                        " is_valid INTEGER NOT NULL,"
-                        " header_read INTEGER NOT NULL,"
-                        " modify_time TEXT NOT NULL,"
-                        " sampling_rate INTEGER NOT NULL,"
-                        " channels INTEGER NOT NULL,"
-                        " samples INTEGER NOT NULL,"
-                        " loop_count INTEGER NOT NULL,"
-                        " marker_count INTEGER NOT NULL,"
-                        " bits_min INTEGER NOT NULL,"
-                        " bits_max INTEGER NOT NULL,"
-                        " loop_start INTEGER NOT NULL,"
-                        " loop_end INTEGER NOT NULL,"
-                        " loudness REAL NOT NULL,"
-                        " format TEXT NOT NULL,"
-                        " plot BLOB NOT NULL,"
-                        " multi_plot BLOB,"
-                        " error_text TEXT NOT NULL,"
-                        " sample_peak REAL NOT NULL)")},
-        {QStringLiteral("ALTER TABLE file_analysis ADD COLUMN metadata BLOB")},
-    };
-    return steps;
-}
-
-const QString kTable = QStringLiteral("file_analysis");
-
-// Keys per statement when fetching: one query for many files.
-constexpr int kFetchChunk = 256;
 constexpr qint64 kMapBytes = qint64(1) << 30;
-
-QString SelectColumns()
-{
-    return LibraryRowCodec::Columns().join(QLatin1Char(','));
-}
-
-QString FetchSql(int keyCount)
-{
-    QString marks = QStringLiteral("?");
-    for (int i = 1; i < keyCount; ++i)
-        marks += QStringLiteral(",?");
-    return QStringLiteral("SELECT ") + SelectColumns() + QStringLiteral(" FROM ") + kTable +
-           QStringLiteral(" WHERE analysis_version = ? AND path IN (") + marks +
-           QStringLiteral(")");
-}
-
-QString UpsertSql()
-{
-    const QStringList& columns = LibraryRowCodec::Columns();
-    QStringList marks;
-    QStringList updates;
-    for (int i = 0; i < columns.size(); ++i) {
-        marks << QStringLiteral("?");
-        if (i != LibraryRowCodec::KeyColumn())
-            updates << columns.at(i) + QStringLiteral("=excluded.") + columns.at(i);
-    }
-    return QStringLiteral("INSERT INTO ") + kTable + QLatin1Char('(') +
-           columns.join(QLatin1Char(',')) + QStringLiteral(") VALUES (") +
-           marks.join(QLatin1Char(',')) + QStringLiteral(") ON CONFLICT(path) DO UPDATE SET ") +
-           updates.join(QLatin1Char(','));
-}
 
 // SQLite's primary result codes, as Qt's driver reports them.
 enum SqliteCode
@@ -230,9 +156,8 @@ bool SqliteAnalysisLibrary::migrate()
     bool ok = run(q, QStringLiteral("PRAGMA user_version")) && q.next();
     int version = ok ? q.value(0).toInt() : 0;
     q.finish();
-    const QList<QStringList>& steps = Migrations();
     for (; ok && version < kSchemaVersion; ++version) {
-        for (const QString& sql : steps.at(version))
+        for (const QString& sql : LibrarySql::MigrationStep(version, SqlDialect::Sqlite))
             ok = ok && run(q, sql);
     }
     // PRAGMA takes no bound value; the number is our own constant.
@@ -368,60 +293,38 @@ QString SqliteAnalysisLibrary::TakeProblem()
     return problems.isEmpty() ? QString() : problems.takeFirst();
 }
 
-LibraryRows SqliteAnalysisLibrary::Fetch(const QStringList& keys)
+LibraryRows SqliteAnalysisLibrary::Fetch(const LibraryKeys& keys)
 {
-    LibraryRows out(std::size_t(keys.size()));
-    if (!usable || keys.isEmpty())
+    LibraryRows out(keys.size());
+    if (!usable || keys.empty())
         return out;
     if (fetchOnce(keys, out))
         return out;
-    out.assign(std::size_t(keys.size()), std::nullopt);
+    out.assign(keys.size(), std::nullopt);
     if (recover(true) && usable && !fetchOnce(keys, out))
-        out.assign(std::size_t(keys.size()), std::nullopt);
+        out.assign(keys.size(), std::nullopt);
     return out;
 }
 
-bool SqliteAnalysisLibrary::fetchOnce(const QStringList& keys, LibraryRows& out)
+bool SqliteAnalysisLibrary::fetchOnce(const LibraryKeys& keys, LibraryRows& out)
 {
-    QHash<QString, int> index;
-    index.reserve(keys.size());
-    for (int i = 0; i < keys.size(); ++i)
-        index.insert(keys.at(i), i);
-
     // One read transaction: one consistent view and one lock for all chunks.
     QSqlQuery transaction(db);
     if (!run(transaction, QStringLiteral("BEGIN")))
         return false;
-    bool ok = true;
-    {
-        QSqlQuery q(db);
-        q.setForwardOnly(true);
-        int preparedFor = -1;
-        for (int from = 0; ok && from < keys.size(); from += kFetchChunk) {
-            const int n = std::min(kFetchChunk, keys.size() - from);
-            if (n != preparedFor && !q.prepare(FetchSql(n))) {
-                failure = q.lastError();
-                ok = false;
-                break;
-            }
-            preparedFor = n;
-            q.addBindValue(options.analysisVersion);
-            for (int i = 0; i < n; ++i)
-                q.addBindValue(keys.at(from + i));
-            ok = run(q);
-            while (ok && q.next()) {
-                const auto it = index.constFind(LibraryRowCodec::ReadKey(q));
-                if (it != index.constEnd())
-                    LibraryRowCodec::Read(q, out[std::size_t(it.value())].emplace());
-            }
-            if (ok && q.lastError().isValid()) {
-                failure = q.lastError();
-                ok = false;
-            }
-        }
-    }
+    const bool ok = LibrarySql::Fetch(db, options.analysisVersion, keys, out, failure);
     transaction.exec(QStringLiteral("COMMIT"));
     return ok;
+}
+
+std::vector<LibraryRow> SqliteAnalysisLibrary::FetchAny(int limit)
+{
+    std::vector<LibraryRow> rows;
+    if (usable && !LibrarySql::FetchAny(db, options.analysisVersion, limit, rows, failure)) {
+        rows.clear();
+        recover(true);
+    }
+    return rows;
 }
 
 bool SqliteAnalysisLibrary::write(const std::function<bool(QSqlQuery&)>& body)
@@ -451,43 +354,20 @@ bool SqliteAnalysisLibrary::Store(const std::vector<LibraryRow>& rows)
 {
     if (rows.empty())
         return true;
-    return write([&](QSqlQuery& q) {
-        if (!q.prepare(UpsertSql())) {
-            failure = q.lastError();
-            return false;
-        }
-        for (const LibraryRow& row : rows) {
-            LibraryRowCodec::Bind(q, row, options.analysisVersion);
-            if (!run(q))
-                return false;
-        }
-        return true;
-    });
+    return write(
+        [&](QSqlQuery&) { return LibrarySql::Upsert(db, options.analysisVersion, rows, failure); });
 }
 
-bool SqliteAnalysisLibrary::Remove(const QStringList& keys)
+bool SqliteAnalysisLibrary::Remove(const LibraryKeys& keys)
 {
-    if (keys.isEmpty())
+    if (keys.empty())
         return true;
-    return write([&](QSqlQuery& q) {
-        if (!q.prepare(QStringLiteral("DELETE FROM ") + kTable +
-                       QStringLiteral(" WHERE path = ?"))) {
-            failure = q.lastError();
-            return false;
-        }
-        for (const QString& key : keys) {
-            q.addBindValue(key);
-            if (!run(q))
-                return false;
-        }
-        return true;
-    });
+    return write([&](QSqlQuery&) { return LibrarySql::Delete(db, keys, failure); });
 }
 
 bool SqliteAnalysisLibrary::Clear()
 {
-    const bool cleared =
-        write([&](QSqlQuery& q) { return run(q, QStringLiteral("DELETE FROM ") + kTable); });
+    const bool cleared = write([&](QSqlQuery&) { return LibrarySql::Clear(db, failure); });
     if (cleared) {
         // Gives the space back; another process reading at this moment makes
         // it fail, which leaves the space for later rows.
@@ -496,35 +376,12 @@ bool SqliteAnalysisLibrary::Clear()
     return cleared;
 }
 
-QStringList SqliteAnalysisLibrary::KeysIn(const QString& folderKey, bool recursive)
+LibraryKeys SqliteAnalysisLibrary::KeysIn(const LibraryKey& folder, bool recursive)
 {
-    QStringList keys;
-    if (!usable)
-        return keys;
-    const QString prefix =
-        folderKey.endsWith(QLatin1Char('/')) ? folderKey : folderKey + QLatin1Char('/');
-    // Every key that starts with the prefix sorts between it and the prefix
-    // with its last character ('/') raised by one.
-    QString end = prefix;
-    end[end.size() - 1] = QChar(prefix.back().unicode() + 1);
-    QSqlQuery q(db);
-    q.setForwardOnly(true);
-    if (!q.prepare(QStringLiteral("SELECT path FROM ") + kTable +
-                   QStringLiteral(" WHERE path >= ? AND path < ? ORDER BY path"))) {
-        failure = q.lastError();
+    LibraryKeys keys;
+    if (usable && !LibrarySql::KeysIn(db, folder, recursive, keys, failure)) {
+        keys.clear();
         recover(true);
-        return keys;
-    }
-    q.addBindValue(prefix);
-    q.addBindValue(end);
-    if (!run(q)) {
-        recover(true);
-        return keys;
-    }
-    while (q.next()) {
-        const QString key = q.value(0).toString();
-        if (recursive || key.indexOf(QLatin1Char('/'), prefix.size()) < 0)
-            keys << key;
     }
     return keys;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AnalysisLibrary.h"
+#include "LibrarySql.h"
 
 #include <QCoreApplication>
 #include <QSet>
@@ -38,17 +39,21 @@ public:
     void Close() override;
     bool IsUsable() const override { return usable; }
     bool IsReadOnly() const { return readOnly; }
-    LibraryRows Fetch(const QStringList& keys) override;
+    const QString& FilePath() const { return filePath; }
+    LibraryRows Fetch(const LibraryKeys& keys) override;
     bool Store(const std::vector<LibraryRow>& rows) override;
-    QStringList KeysIn(const QString& folderKey, bool recursive) override;
-    bool Remove(const QStringList& keys) override;
+    LibraryKeys KeysIn(const LibraryKey& folder, bool recursive) override;
+    bool Remove(const LibraryKeys& keys) override;
     bool Clear() override;
     QString TakeProblem() override;
 
     // Where Tesk and tesk-scan keep their library: the cache folder of Tesk.
     static QString DefaultPath();
 
-    static constexpr int kSchemaVersion = 2;
+    // Up to `limit` rows, in key order (rows kept for a server while it was away).
+    std::vector<LibraryRow> FetchAny(int limit);
+
+    static constexpr int kSchemaVersion = LibrarySql::kSchemaVersion;
 
 private:
     enum class Trouble
@@ -75,7 +80,7 @@ private:
     bool run(QSqlQuery& query, const QString& sql);
     bool run(QSqlQuery& query);
     bool write(const std::function<bool(QSqlQuery&)>& body);
-    bool fetchOnce(const QStringList& keys, LibraryRows& out);
+    bool fetchOnce(const LibraryKeys& keys, LibraryRows& out);
     void dropConnection();
 
     QString filePath;

@@ -10,8 +10,8 @@
 #include "SortSettingsApplication.h"
 #include "StatusProgress.h"
 #include "SubFormFont.h"
-#include "TableRoles.h"
 #include "SystemThemeWatcher.h"
+#include "TableRoles.h"
 #include "TeskStyle.h"
 #include "WidgetDetailView.h"
 #include "WidgetPlayer.h"
@@ -21,6 +21,7 @@
 #include "WidgetTreeBrowser.h"
 #include "subFormBookmark.h"
 #include "subFormGAC.h"
+#include "subFormLibrarySettings.h"
 #include "subFormSortSettings.h"
 #include "subFormToolSettings.h"
 
@@ -295,13 +296,25 @@ void MainWindow::SlotShowDialog(QString title, QString msg)
 
 void MainWindow::SlotClearAnalysisLibrary()
 {
-    const auto answer = QMessageBox::question(
-        this, tr("Clear Analysis Library"),
-        tr("Remove every stored analysis result? Files are read and analysed again the next time "
-           "their folder is opened."),
-        QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
+    const AnalysisLibrarySettings library = manager->GetAnalysisLibrarySettings();
+    const QString question =
+        library.onServer
+            ? tr("Remove every analysis result from the shared library %1? Every workstation "
+                 "that uses it reads and analyses its files again.")
+                  .arg(library.server.Describe())
+            : tr("Remove every stored analysis result? Files are read and analysed again the next "
+                 "time their folder is opened.");
+    const auto answer = QMessageBox::question(this, tr("Clear Analysis Library"), question,
+                                              QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
     if (answer == QMessageBox::Yes)
         manager->SlotClearAnalysisLibraryCalled();
+}
+
+void MainWindow::SlotOpenLibrarySettings()
+{
+    subFormLibrarySettings form(manager->GetAnalysisLibrarySettings(), this);
+    if (form.exec() == QDialog::Accepted)
+        manager->SetAnalysisLibrarySettings(form.settings());
 }
 
 void MainWindow::SlotSetMainWindowGeometry(int left, int top, int wid, int hgt)

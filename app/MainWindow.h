@@ -75,6 +75,7 @@ public slots:
     void SlotOpenBookmarkManager();
     // Asks before removing every stored analysis result.
     void SlotClearAnalysisLibrary();
+    void SlotOpenLibrarySettings();
     void SlotSortSettingsApplied();
     void SlotGacOpenSettings();
     void SlotGacToggleConnection();

@@ -141,6 +141,9 @@ void MenuBar::buildToolMenu()
             &TeskManager::SlotChangeAnalysisLibraryCalled);
     actionClearLibrary = library->addAction(tr("Clear Analysis Library..."));
     connect(actionClearLibrary, &QAction::triggered, window, &MainWindow::SlotClearAnalysisLibrary);
+    QAction* librarySettings = library->addAction(tr("Analysis Library Settings..."));
+    librarySettings->setObjectName(QStringLiteral("actionLibrarySettings"));
+    connect(librarySettings, &QAction::triggered, window, &MainWindow::SlotOpenLibrarySettings);
     connect(manager, &TeskManager::SigAnalysisLibraryChanged, this, [this](bool flag) {
         actionAnalysisLibrary->setChecked(flag);
         actionClearLibrary->setEnabled(flag);

@@ -21,6 +21,8 @@ inline constexpr int kMinPortNumber = 1;
 inline constexpr int kMaxPortNumber = 65535;
 
 inline constexpr int kMaxRecentFolders = 10;
+// Shared folders of the analysis library; a studio has a handful.
+inline constexpr int kMaxLibraryRoots = 100;
 // More than any menu can usefully show; a larger stored count is damage.
 inline constexpr int kMaxBookmarks = 1000;
 // Paths, arguments, font names and addresses; the longest path Windows accepts.

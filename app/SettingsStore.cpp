@@ -53,6 +53,12 @@ const Key kKeys[] = {
     {"autoPlaybackFlag", &StoredSettings::autoPlaybackFlag},
     {"playlistFlag", &StoredSettings::playlistFlag},
     {"analysisLibrary", &StoredSettings::analysisLibraryFlag},
+    {"analysisLibraryServer", &StoredSettings::libraryServerFlag},
+    {"analysisLibraryHost", &StoredSettings::libraryHost, 0, kMaxSettingTextLength},
+    {"analysisLibraryPort", &StoredSettings::libraryPort, kMinPortNumber, kMaxPortNumber},
+    {"analysisLibraryDatabase", &StoredSettings::libraryDatabase, 0, kMaxSettingTextLength},
+    {"analysisLibraryUser", &StoredSettings::libraryUser, 0, kMaxSettingTextLength},
+    {"analysisLibraryRoots", &StoredSettings::libraryRoots, 0, kMaxLibraryRoots},
     // The window fits the rectangle to the screens it finds.
     {"left", &StoredSettings::left, INT_MIN, INT_MAX},
     {"top", &StoredSettings::top, INT_MIN, INT_MAX},

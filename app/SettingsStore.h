@@ -22,6 +22,15 @@ struct StoredSettings
     bool playlistFlag = false;
     // Analysis results kept between sessions in the persistent library.
     bool analysisLibraryFlag = true;
+    // The studio's shared library on a PostgreSQL server instead of this
+    // computer's (no password here: libpq reads it from its own places).
+    bool libraryServerFlag = false;
+    QString libraryHost;
+    int libraryPort = 5432;
+    QString libraryDatabase;
+    QString libraryUser;
+    // Library roots, "NAME=FOLDER" each.
+    QStringList libraryRoots;
     int left = -1;
     int top = -1;
     int width = 0;

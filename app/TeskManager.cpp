@@ -2,6 +2,7 @@
 
 #include "AudioFileInfo.h"
 #include "ExternalToolLauncher.h"
+#include "FallbackAnalysisLibrary.h"
 #include "KrokManager.h"
 #include "LoudnessMatch.h"
 #include "LumoManager.h"
@@ -486,11 +487,49 @@ void TeskManager::SlotChangeMultiPlotCalled(bool flag)
 
 void TeskManager::ApplyAnalysisLibrarySetting()
 {
-    if (s.analysisLibraryFlag)
-        krokManager->SetLibrary(
-            std::make_unique<SqliteAnalysisLibrary>(SqliteAnalysisLibrary::DefaultPath()));
-    else
+    if (!s.analysisLibraryFlag) {
         krokManager->SetLibrary(nullptr);
+        return;
+    }
+    QStringList rootErrors;
+    LibraryRoots roots = LibraryRoots::Parse(s.libraryRoots, &rootErrors);
+    for (const QString& error : qAsConst(rootErrors))
+        std::fprintf(stderr, "Tesk: settings: %s\n", qPrintable(error));
+    // Opened on the library's own thread: a server that does not answer
+    // holds up nothing here.
+    const AnalysisLibrarySettings chosen = GetAnalysisLibrarySettings();
+    if (chosen.onServer)
+        krokManager->SetLibrary(FallbackAnalysisLibrary::ForServer(chosen.server),
+                                std::move(roots));
+    else
+        krokManager->SetLibrary(
+            std::make_unique<SqliteAnalysisLibrary>(SqliteAnalysisLibrary::DefaultPath()),
+            std::move(roots));
+}
+
+AnalysisLibrarySettings TeskManager::GetAnalysisLibrarySettings() const
+{
+    AnalysisLibrarySettings settings;
+    settings.onServer = s.libraryServerFlag;
+    settings.server.host = s.libraryHost;
+    settings.server.port = s.libraryPort;
+    settings.server.database = s.libraryDatabase;
+    settings.server.user = s.libraryUser;
+    settings.roots = s.libraryRoots;
+    return settings;
+}
+
+void TeskManager::SetAnalysisLibrarySettings(const AnalysisLibrarySettings& settings)
+{
+    if (settings == GetAnalysisLibrarySettings())
+        return;
+    s.libraryServerFlag = settings.onServer;
+    s.libraryHost = settings.server.host;
+    s.libraryPort = settings.server.port;
+    s.libraryDatabase = settings.server.database;
+    s.libraryUser = settings.server.user;
+    s.libraryRoots = settings.roots;
+    ApplyAnalysisLibrarySetting();
 }
 
 void TeskManager::SlotChangeAnalysisLibraryCalled(bool flag)

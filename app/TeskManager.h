@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AnalysisLibrarySettings.h"
 #include "Bookmark.h"
 #include "FontSettings.h"
 #include "SearchCriteriaStruct.h"
@@ -66,6 +67,9 @@ public:
     bool IsAutoPlayback() const { return s.autoPlaybackFlag; }
     bool IsPlaylist() const { return s.playlistFlag; }
     bool IsAnalysisLibraryEnabled() const { return s.analysisLibraryFlag; }
+    AnalysisLibrarySettings GetAnalysisLibrarySettings() const;
+    // Keeps results where `settings` say from now on (a changed choice only).
+    void SetAnalysisLibrarySettings(const AnalysisLibrarySettings& settings);
     int GetColumnVisibleState() const { return s.columnState; }
     QStringList GetRecentFolders() const { return s.recentDirs; }
     BookmarkList GetBookmarks() const { return s.bookmarks; }

@@ -8,7 +8,7 @@ set_name=${1:-build}
 
 build_pkgs=(
     cmake g++ make pkg-config ccache
-    qtbase5-dev qttools5-dev qttools5-dev-tools libqt5sql5-sqlite
+    qtbase5-dev qttools5-dev qttools5-dev-tools libqt5sql5-sqlite libqt5sql5-psql
     libmpg123-dev libvorbis-dev libsdl2-dev libsamplerate0-dev libtag1-dev
 )
 test_pkgs=(
@@ -16,6 +16,7 @@ test_pkgs=(
     lame vorbis-tools flac
     xvfb xauth dbus-daemon
     desktop-file-utils appstream man-db
+    postgresql
 )
 bench_pkgs=(
     libebur128-dev bs1770gain loudgain ffmpeg

@@ -49,6 +49,21 @@
     </message>
 </context>
 <context>
+    <name>FallbackAnalysisLibrary</name>
+    <message>
+        <source>The shared analysis library %1 can be reached again; results kept on this computer meanwhile are being sent to it.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The shared analysis library %1 does not let user %2 write to it; new analysis results are kept on this computer only.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cannot use the shared analysis library %1: %2. Analysis results are kept on this computer until it can be used again.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>GacManager</name>
     <message>
         <source>Not connected to Nuendo; start the connection from the Nuendo Connection menu first.</source>
@@ -72,6 +87,44 @@
     </message>
     <message>
         <source>Nuendo could not open %1: %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>LibraryRoots</name>
+    <message>
+        <source>the library root &quot;%1&quot; has no name (NAME=FOLDER)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the folder of the library root %1 is not an absolute path</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the library root %1 is given twice</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>LibraryServer</name>
+    <message>
+        <source>&quot;%1&quot; is not a postgresql:// URL</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is not a valid URL (%2)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the URL holds a password; give it in ~/.pgpass (or PGPASSFILE) or PGPASSWORD instead</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the URL&apos;s parameter &quot;%1&quot; is not one Tesk knows (only host)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the URL names no database (postgresql://user@host:port/database)</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -103,6 +156,10 @@
     </message>
     <message>
         <source>Remove every stored analysis result? Files are read and analysed again the next time their folder is opened.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Remove every analysis result from the shared library %1? Every workstation that uses it reads and analyses its files again.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -286,6 +343,33 @@
     </message>
     <message>
         <source>Clear Analysis Library...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Analysis Library Settings...</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>PostgresAnalysisLibrary</name>
+    <message>
+        <source>Qt&apos;s PostgreSQL driver is missing (Debian package libqt5sql5-psql)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>its tables were made by a newer version of Tesk</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>it has no analysis tables yet, and user %1 may not create them (an administrator can run Tesk once as a user who may, or grant this one CREATE on the schema)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the connection to the server was lost</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>user %1 may not write to its tables</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -1010,6 +1094,89 @@
     </message>
     <message>
         <source>Port Number</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>subFormLibrarySettings</name>
+    <message>
+        <source>Analysis Library Settings</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Where analysis results are kept</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>On this computer</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>In the studio&apos;s shared library on a PostgreSQL server</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>server name, address or socket folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Host</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Port</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Database</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>User</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Tesk never stores the password: it is read from the password file (PGPASSFILE, else ~/.pgpass) or from PGPASSWORD. When the server cannot be reached, results are kept on this computer and sent to it later.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Library Roots</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>A shared folder under the name every workstation gives it (for example SFX for /mnt/sfx here and S:\ on a Windows workstation): files under it are found by every machine, wherever it mounts the share.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Name</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Folder on this computer</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Add...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Remove</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation type="unfinished">Cancel</translation>
+    </message>
+    <message>
+        <source>Name the database of the shared library.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Give at most %1 library roots.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select a shared folder</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

@@ -49,6 +49,21 @@
     </message>
 </context>
 <context>
+    <name>FallbackAnalysisLibrary</name>
+    <message>
+        <source>The shared analysis library %1 can be reached again; results kept on this computer meanwhile are being sent to it.</source>
+        <translation>共有解析ライブラリ %1 に再び接続できました。その間このコンピューターに保存した結果を送信しています。</translation>
+    </message>
+    <message>
+        <source>The shared analysis library %1 does not let user %2 write to it; new analysis results are kept on this computer only.</source>
+        <translation>共有解析ライブラリ %1 はユーザー %2 の書き込みを許可していません。新しい解析結果はこのコンピューターにのみ保存されます。</translation>
+    </message>
+    <message>
+        <source>Cannot use the shared analysis library %1: %2. Analysis results are kept on this computer until it can be used again.</source>
+        <translation>共有解析ライブラリ %1 を使用できません: %2。再び使用できるようになるまで、解析結果はこのコンピューターに保存されます。</translation>
+    </message>
+</context>
+<context>
     <name>GacManager</name>
     <message>
         <source>Not connected to Nuendo; start the connection from the Nuendo Connection menu first.</source>
@@ -73,6 +88,44 @@
     <message>
         <source>Nuendo could not open %1: %2</source>
         <translation>Nuendo で %1 を開けませんでした: %2</translation>
+    </message>
+</context>
+<context>
+    <name>LibraryRoots</name>
+    <message>
+        <source>the library root &quot;%1&quot; has no name (NAME=FOLDER)</source>
+        <translation>ライブラリルート「%1」に名前がありません (NAME=FOLDER)</translation>
+    </message>
+    <message>
+        <source>the folder of the library root %1 is not an absolute path</source>
+        <translation>ライブラリルート %1 のフォルダーが絶対パスではありません</translation>
+    </message>
+    <message>
+        <source>the library root %1 is given twice</source>
+        <translation>ライブラリルート %1 が重複しています</translation>
+    </message>
+</context>
+<context>
+    <name>LibraryServer</name>
+    <message>
+        <source>&quot;%1&quot; is not a postgresql:// URL</source>
+        <translation>「%1」は postgresql:// URL ではありません</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is not a valid URL (%2)</source>
+        <translation>「%1」は有効な URL ではありません (%2)</translation>
+    </message>
+    <message>
+        <source>the URL holds a password; give it in ~/.pgpass (or PGPASSFILE) or PGPASSWORD instead</source>
+        <translation>URL にパスワードが含まれています。代わりに ~/.pgpass (または PGPASSFILE) か PGPASSWORD で指定してください</translation>
+    </message>
+    <message>
+        <source>the URL&apos;s parameter &quot;%1&quot; is not one Tesk knows (only host)</source>
+        <translation>URL のパラメーター「%1」は Tesk では使用できません (host のみ)</translation>
+    </message>
+    <message>
+        <source>the URL names no database (postgresql://user@host:port/database)</source>
+        <translation>URL にデータベースが指定されていません (postgresql://user@host:port/database)</translation>
     </message>
 </context>
 <context>
@@ -104,6 +157,10 @@
     <message>
         <source>Remove every stored analysis result? Files are read and analysed again the next time their folder is opened.</source>
         <translation>保存されているすべての解析結果を削除しますか？ 次にフォルダーを開いたときに、ファイルを読み込んで再解析します。</translation>
+    </message>
+    <message>
+        <source>Remove every analysis result from the shared library %1? Every workstation that uses it reads and analyses its files again.</source>
+        <translation>共有ライブラリ %1 からすべての解析結果を削除しますか？このライブラリを使うすべてのワークステーションがファイルを再度読み込んで解析します。</translation>
     </message>
 </context>
 <context>
@@ -287,6 +344,33 @@
     <message>
         <source>Clear Analysis Library...</source>
         <translation>解析ライブラリを消去...</translation>
+    </message>
+    <message>
+        <source>Analysis Library Settings...</source>
+        <translation>解析ライブラリの設定...</translation>
+    </message>
+</context>
+<context>
+    <name>PostgresAnalysisLibrary</name>
+    <message>
+        <source>Qt&apos;s PostgreSQL driver is missing (Debian package libqt5sql5-psql)</source>
+        <translation>Qt の PostgreSQL ドライバーがありません (Debian パッケージ libqt5sql5-psql)</translation>
+    </message>
+    <message>
+        <source>its tables were made by a newer version of Tesk</source>
+        <translation>テーブルが新しいバージョンの Tesk で作成されています</translation>
+    </message>
+    <message>
+        <source>it has no analysis tables yet, and user %1 may not create them (an administrator can run Tesk once as a user who may, or grant this one CREATE on the schema)</source>
+        <translation>解析テーブルがまだなく、ユーザー %1 には作成する権限がありません (管理者が作成権限のあるユーザーで Tesk を一度実行するか、このユーザーにスキーマの CREATE 権限を付与してください)</translation>
+    </message>
+    <message>
+        <source>the connection to the server was lost</source>
+        <translation>サーバーとの接続が切れました</translation>
+    </message>
+    <message>
+        <source>user %1 may not write to its tables</source>
+        <translation>ユーザー %1 にはテーブルへの書き込み権限がありません</translation>
     </message>
 </context>
 <context>
@@ -1015,6 +1099,89 @@
     <message>
         <source>Port Number</source>
         <translation>ポート番号</translation>
+    </message>
+</context>
+<context>
+    <name>subFormLibrarySettings</name>
+    <message>
+        <source>Analysis Library Settings</source>
+        <translation>解析ライブラリの設定</translation>
+    </message>
+    <message>
+        <source>Where analysis results are kept</source>
+        <translation>解析結果の保存先</translation>
+    </message>
+    <message>
+        <source>On this computer</source>
+        <translation>このコンピューター</translation>
+    </message>
+    <message>
+        <source>In the studio&apos;s shared library on a PostgreSQL server</source>
+        <translation>PostgreSQL サーバー上のスタジオ共有ライブラリ</translation>
+    </message>
+    <message>
+        <source>server name, address or socket folder</source>
+        <translation>サーバー名、アドレスまたはソケットフォルダー</translation>
+    </message>
+    <message>
+        <source>Host</source>
+        <translation>ホスト</translation>
+    </message>
+    <message>
+        <source>Port</source>
+        <translation>ポート</translation>
+    </message>
+    <message>
+        <source>Database</source>
+        <translation>データベース</translation>
+    </message>
+    <message>
+        <source>User</source>
+        <translation>ユーザー</translation>
+    </message>
+    <message>
+        <source>Tesk never stores the password: it is read from the password file (PGPASSFILE, else ~/.pgpass) or from PGPASSWORD. When the server cannot be reached, results are kept on this computer and sent to it later.</source>
+        <translation>Tesk はパスワードを保存しません。パスワードはパスワードファイル (PGPASSFILE、なければ ~/.pgpass) または PGPASSWORD から読み込まれます。サーバーに接続できない間は、結果をこのコンピューターに保存し、後でサーバーに送信します。</translation>
+    </message>
+    <message>
+        <source>Library Roots</source>
+        <translation>ライブラリルート</translation>
+    </message>
+    <message>
+        <source>A shared folder under the name every workstation gives it (for example SFX for /mnt/sfx here and S:\ on a Windows workstation): files under it are found by every machine, wherever it mounts the share.</source>
+        <translation>すべてのワークステーションで共通の名前を付けた共有フォルダーです (例: このコンピューターの /mnt/sfx と Windows ワークステーションの S:\ をどちらも SFX とする)。その中のファイルは、共有をどこにマウントしたマシンからも見つけられます。</translation>
+    </message>
+    <message>
+        <source>Name</source>
+        <translation>名前</translation>
+    </message>
+    <message>
+        <source>Folder on this computer</source>
+        <translation>このコンピューター上のフォルダー</translation>
+    </message>
+    <message>
+        <source>Add...</source>
+        <translation>追加...</translation>
+    </message>
+    <message>
+        <source>Remove</source>
+        <translation>削除</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>キャンセル</translation>
+    </message>
+    <message>
+        <source>Name the database of the shared library.</source>
+        <translation>共有ライブラリのデータベース名を入力してください。</translation>
+    </message>
+    <message>
+        <source>Give at most %1 library roots.</source>
+        <translation>ライブラリルートは %1 個までです。</translation>
+    </message>
+    <message>
+        <source>Select a shared folder</source>
+        <translation>共有フォルダーを選択</translation>
     </message>
 </context>
 <context>

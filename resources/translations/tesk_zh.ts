@@ -49,6 +49,21 @@
     </message>
 </context>
 <context>
+    <name>FallbackAnalysisLibrary</name>
+    <message>
+        <source>The shared analysis library %1 can be reached again; results kept on this computer meanwhile are being sent to it.</source>
+        <translation>已重新连接到共享分析库 %1；期间保存在本机的结果正在发送到该库。</translation>
+    </message>
+    <message>
+        <source>The shared analysis library %1 does not let user %2 write to it; new analysis results are kept on this computer only.</source>
+        <translation>共享分析库 %1 不允许用户 %2 写入；新的分析结果仅保存在本机。</translation>
+    </message>
+    <message>
+        <source>Cannot use the shared analysis library %1: %2. Analysis results are kept on this computer until it can be used again.</source>
+        <translation>无法使用共享分析库 %1：%2。在恢复可用之前，分析结果保存在本机。</translation>
+    </message>
+</context>
+<context>
     <name>GacManager</name>
     <message>
         <source>Not connected to Nuendo; start the connection from the Nuendo Connection menu first.</source>
@@ -73,6 +88,44 @@
     <message>
         <source>Nuendo could not open %1: %2</source>
         <translation>Nuendo 无法打开 %1: %2</translation>
+    </message>
+</context>
+<context>
+    <name>LibraryRoots</name>
+    <message>
+        <source>the library root &quot;%1&quot; has no name (NAME=FOLDER)</source>
+        <translation>库根目录“%1”没有名称 (NAME=FOLDER)</translation>
+    </message>
+    <message>
+        <source>the folder of the library root %1 is not an absolute path</source>
+        <translation>库根目录 %1 的文件夹不是绝对路径</translation>
+    </message>
+    <message>
+        <source>the library root %1 is given twice</source>
+        <translation>库根目录 %1 重复指定</translation>
+    </message>
+</context>
+<context>
+    <name>LibraryServer</name>
+    <message>
+        <source>&quot;%1&quot; is not a postgresql:// URL</source>
+        <translation>“%1”不是 postgresql:// URL</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is not a valid URL (%2)</source>
+        <translation>“%1”不是有效的 URL (%2)</translation>
+    </message>
+    <message>
+        <source>the URL holds a password; give it in ~/.pgpass (or PGPASSFILE) or PGPASSWORD instead</source>
+        <translation>URL 中包含密码；请改为在 ~/.pgpass（或 PGPASSFILE）或 PGPASSWORD 中提供</translation>
+    </message>
+    <message>
+        <source>the URL&apos;s parameter &quot;%1&quot; is not one Tesk knows (only host)</source>
+        <translation>Tesk 不识别 URL 参数“%1”（仅支持 host）</translation>
+    </message>
+    <message>
+        <source>the URL names no database (postgresql://user@host:port/database)</source>
+        <translation>URL 中未指定数据库 (postgresql://user@host:port/database)</translation>
     </message>
 </context>
 <context>
@@ -104,6 +157,10 @@
     <message>
         <source>Remove every stored analysis result? Files are read and analysed again the next time their folder is opened.</source>
         <translation>要删除所有已保存的分析结果吗？下次打开文件夹时将重新读取并分析文件。</translation>
+    </message>
+    <message>
+        <source>Remove every analysis result from the shared library %1? Every workstation that uses it reads and analyses its files again.</source>
+        <translation>要从共享库 %1 中删除所有分析结果吗？使用该库的每台工作站都将重新读取并分析其文件。</translation>
     </message>
 </context>
 <context>
@@ -287,6 +344,33 @@
     <message>
         <source>Clear Analysis Library...</source>
         <translation>清除分析库...</translation>
+    </message>
+    <message>
+        <source>Analysis Library Settings...</source>
+        <translation>分析库设置...</translation>
+    </message>
+</context>
+<context>
+    <name>PostgresAnalysisLibrary</name>
+    <message>
+        <source>Qt&apos;s PostgreSQL driver is missing (Debian package libqt5sql5-psql)</source>
+        <translation>缺少 Qt 的 PostgreSQL 驱动 (Debian 软件包 libqt5sql5-psql)</translation>
+    </message>
+    <message>
+        <source>its tables were made by a newer version of Tesk</source>
+        <translation>其数据表由更新版本的 Tesk 创建</translation>
+    </message>
+    <message>
+        <source>it has no analysis tables yet, and user %1 may not create them (an administrator can run Tesk once as a user who may, or grant this one CREATE on the schema)</source>
+        <translation>尚无分析数据表，且用户 %1 无权创建（管理员可以用有权限的用户运行一次 Tesk，或授予该用户对该模式的 CREATE 权限）</translation>
+    </message>
+    <message>
+        <source>the connection to the server was lost</source>
+        <translation>与服务器的连接已断开</translation>
+    </message>
+    <message>
+        <source>user %1 may not write to its tables</source>
+        <translation>用户 %1 无权写入其数据表</translation>
     </message>
 </context>
 <context>
@@ -1015,6 +1099,89 @@
     <message>
         <source>Port Number</source>
         <translation>端口号</translation>
+    </message>
+</context>
+<context>
+    <name>subFormLibrarySettings</name>
+    <message>
+        <source>Analysis Library Settings</source>
+        <translation>分析库设置</translation>
+    </message>
+    <message>
+        <source>Where analysis results are kept</source>
+        <translation>分析结果的保存位置</translation>
+    </message>
+    <message>
+        <source>On this computer</source>
+        <translation>本机</translation>
+    </message>
+    <message>
+        <source>In the studio&apos;s shared library on a PostgreSQL server</source>
+        <translation>PostgreSQL 服务器上的工作室共享库</translation>
+    </message>
+    <message>
+        <source>server name, address or socket folder</source>
+        <translation>服务器名称、地址或套接字文件夹</translation>
+    </message>
+    <message>
+        <source>Host</source>
+        <translation>主机</translation>
+    </message>
+    <message>
+        <source>Port</source>
+        <translation>端口</translation>
+    </message>
+    <message>
+        <source>Database</source>
+        <translation>数据库</translation>
+    </message>
+    <message>
+        <source>User</source>
+        <translation>用户</translation>
+    </message>
+    <message>
+        <source>Tesk never stores the password: it is read from the password file (PGPASSFILE, else ~/.pgpass) or from PGPASSWORD. When the server cannot be reached, results are kept on this computer and sent to it later.</source>
+        <translation>Tesk 从不保存密码：密码从密码文件（PGPASSFILE，否则为 ~/.pgpass）或 PGPASSWORD 中读取。无法连接服务器时，结果保存在本机，稍后再发送到服务器。</translation>
+    </message>
+    <message>
+        <source>Library Roots</source>
+        <translation>库根目录</translation>
+    </message>
+    <message>
+        <source>A shared folder under the name every workstation gives it (for example SFX for /mnt/sfx here and S:\ on a Windows workstation): files under it are found by every machine, wherever it mounts the share.</source>
+        <translation>为共享文件夹指定所有工作站通用的名称（例如本机的 /mnt/sfx 和 Windows 工作站上的 S:\ 都称为 SFX）：无论各台机器将共享挂载在何处，都能找到其中的文件。</translation>
+    </message>
+    <message>
+        <source>Name</source>
+        <translation>名称</translation>
+    </message>
+    <message>
+        <source>Folder on this computer</source>
+        <translation>本机上的文件夹</translation>
+    </message>
+    <message>
+        <source>Add...</source>
+        <translation>添加...</translation>
+    </message>
+    <message>
+        <source>Remove</source>
+        <translation>删除</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>取消</translation>
+    </message>
+    <message>
+        <source>Name the database of the shared library.</source>
+        <translation>请填写共享库的数据库名称。</translation>
+    </message>
+    <message>
+        <source>Give at most %1 library roots.</source>
+        <translation>库根目录最多只能有 %1 个。</translation>
+    </message>
+    <message>
+        <source>Select a shared folder</source>
+        <translation>选择共享文件夹</translation>
     </message>
 </context>
 <context>

@@ -1,7 +1,10 @@
 // The persistent analysis library on real SQLite files and real WAV files in
 // temporary folders, through the registry as the detail worker drives it.
-#include "FileMetadata.h"
 #include "KrokManager.h"
+#include "LibraryRoots.h"
+#include "LibraryRowSample.h"
+#include "LibraryServer.h"
+#include "LibrarySql.h"
 #include "SqliteAnalysisLibrary.h"
 #include "TestSettings.h"
 #include "WaveBuilder.h"
@@ -11,11 +14,11 @@
 #include <QFile>
 #include <QProcess>
 #include <QSqlDatabase>
+#include <QSqlError>
 #include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <cstring>
 #include <memory>
 #include <unistd.h>
 
@@ -45,25 +48,33 @@ void Scan(KrokManager& registry, const QStringList& files)
     }
 }
 
-std::optional<LibraryRow> StoredRow(const QString& library, const QString& key,
+std::optional<LibraryRow> StoredRow(const QString& library, const QString& path,
                                     Options options = {})
 {
     SqliteAnalysisLibrary store(library, options);
     if (!store.Open())
         return std::nullopt;
-    return store.Fetch({key}).front();
+    return store.Fetch({LibraryKey::Absolute(path)}).front();
+}
+
+QStringList Paths(const LibraryKeys& keys)
+{
+    QStringList paths;
+    for (const LibraryKey& key : keys)
+        paths << (key.root.isEmpty() ? key.path : key.root + QLatin1Char(':') + key.path);
+    return paths;
 }
 
 constexpr std::int8_t kMarker = 77;
 
 // Replaces the stored mixed plot with a marker no analysis makes: a record
 // that still shows it afterwards was taken from the library, not analysed.
-bool MarkStoredPlot(const QString& library, const QString& key)
+bool MarkStoredPlot(const QString& library, const QString& path)
 {
     SqliteAnalysisLibrary store(library);
     if (!store.Open())
         return false;
-    std::optional<LibraryRow> row = store.Fetch({key}).front();
+    std::optional<LibraryRow> row = store.Fetch({LibraryKey::Absolute(path)}).front();
     if (!row)
         return false;
     row->info.plot.fill(PlotPoint{kMarker, -kMarker});
@@ -148,91 +159,31 @@ private slots:
 
     void rowsRoundTrip()
     {
-        LibraryRow full;
-        full.key = QStringLiteral("/sounds/Ä 音/take,1.wav");
-        full.stamp = {5000000000LL, 1700000000123456789LL};
-        AudioFileInfo& i = full.info;
-        i = {};
-        i.isValid = 0;
-        i.isHeaderRead = 1;
-        i.fileSize = full.stamp.size;
-        i.modifyTime = "2024/01/02 03:04:05";
-        i.samplingRate = 96000;
-        i.channels = 3;
-        i.samples = 123456;
-        i.loopCount = 2;
-        i.markerCount = 5;
-        i.bitDepthOrMinKbps = 32;
-        i.bitDepthOrMaxKbps = 320;
-        i.loopStart = 10;
-        i.loopEnd = 2000;
-        i.loudness = -23.25f;
-        i.format = "MP3";
-        for (int k = 0; k < kPlotPoints; ++k)
-            i.plot[std::size_t(k)] = {std::int8_t(k % 100), std::int8_t(-(k % 90))};
-        i.isMultiPlotValid = 1;
-        for (int k = 0; k < 3 * kPlotPoints; ++k)
-            i.multiPlot[std::size_t(k)] = {std::int8_t(k % 101), std::int8_t(-(k % 7))};
-        i.errorText = "E2006110803 : File size is too small.";
-        i.samplePeak = 0.5f;
-        i.measuredParts = AnalysisPartLoudness | AnalysisPartMultiPlot;
-        FileMetadata m;
-        m.setText(MetadataKey::Description, "Old oak door \xE2\x80\x94 slow creak");
-        m.setText(MetadataKey::CueNotes, "one\ntwo");
-        m.hasTimeReference = true;
-        m.timeReference = 172800000;
-        m.hasAcid = true;
-        m.acid.tempo = 98.5f;
-        m.acid.beats = 16;
-        i.metadata = ShareMetadata(std::move(m));
+        const LibraryRow full =
+            fixtures::FullLibraryRow({QStringLiteral("SFX"), QStringLiteral("Ä 音/take,1.wav")});
         LibraryRow plain;
-        plain.key = QStringLiteral("/sounds/plain.wav");
+        plain.key = LibraryKey::Absolute(QStringLiteral("/sounds/plain.wav"));
         plain.stamp = {144, 1};
 
         const QString path = newLibraryPath();
         {
             SqliteAnalysisLibrary store(path);
             QVERIFY(store.Open());
-            QVERIFY(store.Store({full, plain}));
+            QVERIFY2(store.Store({full, plain}), qPrintable(store.TakeProblem()));
         }
         SqliteAnalysisLibrary store(path);
         QVERIFY(store.Open());
-        const auto rows = store.Fetch({plain.key, QStringLiteral("/sounds/none.wav"), full.key});
-        QCOMPARE(int(rows.size()), 3);
-        QVERIFY(rows[0] && !rows[1] && rows[2]);
+        // The same path under another root, or none, is another file.
+        const auto rows = store.Fetch({plain.key,
+                                       {QStringLiteral("SFX"), plain.key.path},
+                                       LibraryKey::Absolute(full.key.path),
+                                       full.key});
+        QCOMPARE(int(rows.size()), 4);
+        QVERIFY(rows[0] && !rows[1] && !rows[2] && rows[3]);
         QCOMPARE(rows[0]->info.isMultiPlotValid, 0);
         QCOMPARE(rows[0]->info.samplePeak, -1.0f);
         QVERIFY(!rows[0]->info.metadata);
-        const LibraryRow& r = *rows[2];
-        const AudioFileInfo& o = r.info;
-        QCOMPARE(r.key, full.key);
-        QVERIFY(r.stamp == full.stamp);
-        QCOMPARE(o.fileSize, i.fileSize);
-        QCOMPARE(o.isValid, 0);
-        QCOMPARE(o.isHeaderRead, 1);
-        QCOMPARE(o.modifyTime, i.modifyTime);
-        QCOMPARE(o.samplingRate, 96000);
-        QCOMPARE(o.channels, 3);
-        QCOMPARE(o.samples, 123456);
-        QCOMPARE(o.loopCount, 2);
-        QCOMPARE(o.markerCount, 5);
-        QCOMPARE(o.bitDepthOrMinKbps, 32);
-        QCOMPARE(o.bitDepthOrMaxKbps, 320);
-        QCOMPARE(o.loopStart, 10);
-        QCOMPARE(o.loopEnd, 2000);
-        QCOMPARE(o.loudness, -23.25f);
-        QCOMPARE(o.format, i.format);
-        QCOMPARE(o.errorText, i.errorText);
-        QCOMPARE(o.samplePeak, 0.5f);
-        QCOMPARE(o.measuredParts, i.measuredParts);
-        QCOMPARE(o.isMultiPlotValid, 1);
-        QVERIFY(std::memcmp(o.plot.data(), i.plot.data(), sizeof o.plot) == 0);
-        QVERIFY(std::memcmp(o.multiPlot.data(), i.multiPlot.data(), sizeof o.multiPlot) == 0);
-        QVERIFY(o.metadata);
-        QCOMPARE(StoredMetadataBytes(o.metadata.get()), StoredMetadataBytes(i.metadata.get()));
-        QCOMPARE(o.metadata->text(MetadataKey::CueNotes), std::string_view("one\ntwo"));
-        QCOMPARE(o.metadata->acid.tempo, 98.5f);
-        QCOMPARE(o.metadata->timeReference, std::uint64_t(172800000));
+        QCOMPARE(fixtures::LibraryRowFields(*rows[3]), fixtures::LibraryRowFields(full));
     }
 
     void changedFileIsAnalysedAgain_data()
@@ -301,7 +252,7 @@ private slots:
         QVERIFY(QFile::remove(nested));
         // A neighbour folder whose name starts like this one is not under it.
         LibraryRow neighbour;
-        neighbour.key = folder + QStringLiteral("x/gone.wav");
+        neighbour.key = LibraryKey::Absolute(folder + QStringLiteral("x/gone.wav"));
         neighbour.stamp = {1, 1};
         SqliteAnalysisLibrary store(library);
         QVERIFY(store.Open());
@@ -311,13 +262,16 @@ private slots:
         // the hidden file (still there) and the subfolder's row stay.
         registry->ForgetMissingFiles(folder, false, files);
         registry->FlushLibrary();
-        QCOMPARE(store.KeysIn(folder, false), (QStringList{hidden, files.at(0), files.at(1)}));
-        QCOMPARE(store.KeysIn(folder, true),
+        const LibraryKey folderKey = LibraryKey::Absolute(folder);
+        QCOMPARE(Paths(store.KeysIn(folderKey, false)),
+                 (QStringList{hidden, files.at(0), files.at(1)}));
+        QCOMPARE(Paths(store.KeysIn(folderKey, true)),
                  (QStringList{hidden, nested, files.at(0), files.at(1)}));
 
         registry->ForgetMissingFiles(folder, true, files);
         registry->FlushLibrary();
-        QCOMPARE(store.KeysIn(folder, true), (QStringList{hidden, files.at(0), files.at(1)}));
+        QCOMPARE(Paths(store.KeysIn(folderKey, true)),
+                 (QStringList{hidden, files.at(0), files.at(1)}));
         QVERIFY(store.Fetch({neighbour.key}).front());
     }
 
@@ -471,6 +425,146 @@ private slots:
         } else if (kind != QLatin1String("folder")) {
             QCOMPARE(ReadAll(library), bytesBefore);
         }
+    }
+
+    void earlierSchemaIsMigrated()
+    {
+        // A library as the release before library roots left it: schema 2,
+        // rows keyed by absolute path.
+        const QString library = newLibraryPath();
+        const QString path = QStringLiteral("/sounds/kept.wav");
+        {
+            QSqlDatabase db =
+                QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("v2"));
+            db.setDatabaseName(library);
+            QVERIFY(db.open());
+            QSqlQuery q(db);
+            for (int step = 0; step < 2; ++step) {
+                for (const QString& sql : LibrarySql::MigrationStep(step, SqlDialect::Sqlite))
+                    QVERIFY2(q.exec(sql), qPrintable(q.lastError().text()));
+            }
+            QVERIFY(q.exec(QStringLiteral("PRAGMA user_version = 2")));
+            QVERIFY(q.prepare(QStringLiteral(
+                "INSERT INTO file_analysis VALUES (?, 144, 7, ?, 0, 1, 1, '', 44100, 2, 10, 0, "
+                "0, 16, 16, 0, 0, -96, 'WAV', X'0102', NULL, '', -1, NULL)")));
+            q.addBindValue(path);
+            q.addBindValue(kAnalysisVersion);
+            QVERIFY2(q.exec(), qPrintable(q.lastError().text()));
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("v2"));
+
+        SqliteAnalysisLibrary store(library);
+        QVERIFY(store.Open());
+        const std::optional<LibraryRow> row = store.Fetch({LibraryKey::Absolute(path)}).front();
+        QVERIFY(row);
+        QVERIFY(row->stamp == (FileStamp{144, 7}));
+        QCOMPARE(row->info.samplingRate, 44100);
+        QCOMPARE(row->info.plot[0].max, std::int8_t(1));
+        LibraryRow rooted = *row;
+        rooted.key = {QStringLiteral("SFX"), QStringLiteral("kept.wav")};
+        QVERIFY(store.Store({rooted}));
+        QCOMPARE(Paths(store.KeysIn({QStringLiteral("SFX"), QString()}, true)),
+                 QStringList{QStringLiteral("SFX:kept.wav")});
+        store.Close();
+        QSqlDatabase db =
+            QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("v3"));
+        db.setDatabaseName(library);
+        QVERIFY(db.open());
+        QSqlQuery q(db);
+        QVERIFY(q.exec(QStringLiteral("PRAGMA user_version")) && q.next());
+        QCOMPARE(q.value(0).toInt(), LibrarySql::kSchemaVersion);
+        q.finish();
+        db.close();
+        db = QSqlDatabase();
+        QSqlDatabase::removeDatabase(QStringLiteral("v3"));
+    }
+
+    void rootsMapPathsToKeys_data()
+    {
+        QTest::addColumn<QStringList>("entries");
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QString>("key"); // "ROOT:relative", or the absolute path
+        const QStringList sfx{QStringLiteral("SFX=/mnt/sfx/"), QStringLiteral("MUS=/mnt/sfx/music"),
+                              QStringLiteral("ALL=/")};
+        QTest::newRow("under a root") << sfx << "/mnt/sfx/door/creak 1.wav"
+                                      << "SFX:door/creak 1.wav";
+        QTest::newRow("the innermost root") << sfx << "/mnt/sfx/music/a.wav"
+                                            << "MUS:a.wav";
+        QTest::newRow("a root itself") << sfx << "/mnt/sfx"
+                                       << "SFX:";
+        QTest::newRow("a name that starts alike") << sfx << "/mnt/sfx2/a.wav"
+                                                  << "ALL:mnt/sfx2/a.wav";
+        QTest::newRow("outside every root")
+            << QStringList{QStringLiteral("SFX=/mnt/sfx")} << "/home/a.wav"
+            << "/home/a.wav";
+        QTest::newRow("no roots") << QStringList() << "/mnt/sfx/a.wav"
+                                  << "/mnt/sfx/a.wav";
+    }
+
+    void rootsMapPathsToKeys()
+    {
+        QFETCH(QStringList, entries);
+        QFETCH(QString, path);
+        QFETCH(QString, key);
+        QStringList errors;
+        const LibraryRoots roots = LibraryRoots::Parse(entries, &errors);
+        QVERIFY(errors.isEmpty());
+        const LibraryKey mapped = roots.KeyOf(path);
+        QCOMPARE(Paths({mapped}).front(), key);
+        QCOMPARE(roots.PathOf(mapped), path);
+    }
+
+    void rootsNameTheFoldersOfAListing()
+    {
+        QStringList errors;
+        const LibraryRoots roots = LibraryRoots::Parse(
+            {QStringLiteral("SFX=/mnt/sfx"), QStringLiteral("MUS=/mnt/sfx/music"),
+             QStringLiteral("=/nameless"), QStringLiteral("REL=sounds"),
+             QStringLiteral("SFX=/again"), QStringLiteral("no folder")},
+            &errors);
+        QCOMPARE(errors.size(), 4);
+        QCOMPARE(roots.Entries(), (QStringList{QStringLiteral("MUS=/mnt/sfx/music"),
+                                               QStringLiteral("SFX=/mnt/sfx")}));
+        // A listing of /mnt holds rows of its own and of both roots below it.
+        QCOMPARE(
+            Paths(roots.FolderKeys(QStringLiteral("/mnt/"), true)),
+            (QStringList{QStringLiteral("/mnt"), QStringLiteral("MUS:"), QStringLiteral("SFX:")}));
+        QCOMPARE(Paths(roots.FolderKeys(QStringLiteral("/mnt"), false)),
+                 QStringList{QStringLiteral("/mnt")});
+        QCOMPARE(Paths(roots.FolderKeys(QStringLiteral("/mnt/sfx/door"), true)),
+                 QStringList{QStringLiteral("SFX:door")});
+        // A key of a root this machine does not have stands for no file here.
+        QCOMPARE(roots.PathOf({QStringLiteral("OTHER"), QStringLiteral("a.wav")}), QString());
+    }
+
+    void serverUrls_data()
+    {
+        QTest::addColumn<QString>("url");
+        QTest::addColumn<QString>("server"); // LibraryServer::Describe, or "error"
+        QTest::newRow("full") << "postgresql://tesk@db.studio:6543/sfx"
+                              << "tesk@db.studio:6543/sfx";
+        QTest::newRow("default port") << "postgres://tesk@db/sfx"
+                                      << "tesk@db:5432/sfx";
+        QTest::newRow("socket folder") << "postgresql://tesk@/sfx?host=/run/postgresql"
+                                       << "tesk@/run/postgresql:5432/sfx";
+        QTest::newRow("password") << "postgresql://tesk:secret@db/sfx"
+                                  << "error";
+        QTest::newRow("no database") << "postgresql://tesk@db/"
+                                     << "error";
+        QTest::newRow("other parameter") << "postgresql://tesk@db/sfx?sslmode=disable"
+                                         << "error";
+        QTest::newRow("not a URL") << "/var/lib/library.sqlite"
+                                   << "error";
+    }
+
+    void serverUrls()
+    {
+        QFETCH(QString, url);
+        QFETCH(QString, server);
+        QString error;
+        const std::optional<LibraryServer> parsed = LibraryServer::FromUrl(url, &error);
+        QCOMPARE(parsed ? parsed->Describe() : QStringLiteral("error"), server);
+        QCOMPARE(error.isEmpty(), bool(parsed));
     }
 
     void registryWithoutLibraryKeepsWorking()

@@ -370,7 +370,8 @@ private slots:
         {
             SqliteAnalysisLibrary store(library);
             QVERIFY(store.Open());
-            std::optional<LibraryRow> row = store.Fetch({files.at(7)}).front();
+            std::optional<LibraryRow> row =
+                store.Fetch({LibraryKey::Absolute(files.at(7))}).front();
             QVERIFY(row);
             row->info.samplingRate = 12345;
             QVERIFY(store.Store({*row}));
@@ -397,9 +398,10 @@ private slots:
         {
             SqliteAnalysisLibrary store(library);
             QVERIFY(store.Open());
-            QCOMPARE(store.Fetch({files.at(7)}).front()->info.samplingRate, 48000);
-            QVERIFY(!store.Fetch({files.at(0)}).front());
-            QCOMPARE(store.KeysIn(root, false).size(), 299);
+            QCOMPARE(store.Fetch({LibraryKey::Absolute(files.at(7))}).front()->info.samplingRate,
+                     48000);
+            QVERIFY(!store.Fetch({LibraryKey::Absolute(files.at(0))}).front());
+            QCOMPARE(int(store.KeysIn(LibraryKey::Absolute(root), false).size()), 299);
         }
 
         status.clear();
@@ -410,7 +412,7 @@ private slots:
         {
             SqliteAnalysisLibrary store(library);
             QVERIFY(store.Open());
-            QCOMPARE(store.KeysIn(root, true), QStringList());
+            QVERIFY(store.KeysIn(LibraryKey::Absolute(root), true).empty());
         }
 
         // Off: nothing is read or written any more.
@@ -426,7 +428,7 @@ private slots:
         {
             SqliteAnalysisLibrary store(library);
             QVERIFY(store.Open());
-            QCOMPARE(store.KeysIn(root, true), QStringList());
+            QVERIFY(store.KeysIn(LibraryKey::Absolute(root), true).empty());
         }
     }
 

@@ -2,11 +2,13 @@
 // switching, the font dialog's live signal, Tool Settings storage and the
 // Sort Settings window's root change.
 #include "FontSettings.h"
+#include "KrokManager.h"
 #include "MainWindow.h"
 #include "MenuBar.h"
 #include "SubFormFont.h"
 #include "TeskStyle.h"
 #include "TestSettings.h"
+#include "subFormLibrarySettings.h"
 #include "subFormSortSettings.h"
 #include "subFormToolSettings.h"
 
@@ -16,10 +18,12 @@
 #include <QFile>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QStyleFactory>
+#include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -126,6 +130,49 @@ private slots:
         QCOMPARE(manager->GetExternalToolPath(), tool);
         QCOMPARE(manager->GetExternalToolArgs(), QStringLiteral("-x %FILEPATH%"));
         QCOMPARE(manager->GetSeekTimeMs(), 2500);
+    }
+
+    void librarySettingsAreStoredOnOk()
+    {
+        MainWindow window;
+        TeskManager* manager = window.GetManager();
+        QVERIFY(menuAction(window, QStringLiteral("Analysis Library Settings...")));
+        // A socket folder that does not exist: the library falls back at once.
+        const QString host = data.filePath(QStringLiteral("no-server"));
+        const auto answer = [host](const QString& rootFolder) {
+            QTimer::singleShot(20, [host, rootFolder] {
+                auto* form =
+                    qobject_cast<subFormLibrarySettings*>(QApplication::activeModalWidget());
+                if (!form)
+                    return;
+                form->findChild<QRadioButton*>(QStringLiteral("radioServer"))->setChecked(true);
+                form->findChild<QLineEdit*>(QStringLiteral("editHost"))->setText(host);
+                form->findChild<QSpinBox*>(QStringLiteral("spinPort"))->setValue(6543);
+                form->findChild<QLineEdit*>(QStringLiteral("editDatabase"))
+                    ->setText(QStringLiteral(" tesk "));
+                auto* roots = form->findChild<QTableWidget*>(QStringLiteral("tableRoots"));
+                roots->setRowCount(1);
+                roots->setItem(0, 0, new QTableWidgetItem(QStringLiteral("SFX")));
+                roots->setItem(0, 1, new QTableWidgetItem(rootFolder));
+                // A folder that is not absolute is refused; the form stays open.
+                if (!form->problems().isEmpty()) {
+                    form->reject();
+                    return;
+                }
+                form->findChild<QPushButton*>(QStringLiteral("buttonOk"))->click();
+            });
+        };
+        answer(QStringLiteral("relative/sfx"));
+        window.SlotOpenLibrarySettings();
+        QVERIFY(!manager->GetAnalysisLibrarySettings().onServer);
+
+        answer(QStringLiteral("/mnt/sfx/"));
+        window.SlotOpenLibrarySettings();
+        const AnalysisLibrarySettings stored = manager->GetAnalysisLibrarySettings();
+        QVERIFY(stored.onServer);
+        QCOMPARE(stored.server.Describe(), host + QStringLiteral(":6543/tesk"));
+        QCOMPARE(stored.roots, QStringList{QStringLiteral("SFX=/mnt/sfx/")});
+        QVERIFY(manager->GetKrokManager()->HasLibrary());
     }
 
     void sortSettingsApplyAfterTheNewList()

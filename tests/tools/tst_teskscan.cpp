@@ -97,10 +97,11 @@ QString MakeFolder(const QString& folder, int count)
 }
 
 // The stored keys under `folder`, read with a connection of our own.
-QStringList StoredKeys(const QString& library, const QString& folder)
+LibraryKeys StoredKeys(const QString& library, const QString& folder)
 {
     SqliteAnalysisLibrary store(library);
-    return store.Open() ? store.KeysIn(folder, true) : QStringList{QStringLiteral("(unusable)")};
+    return store.Open() ? store.KeysIn(LibraryKey::Absolute(folder), true)
+                        : LibraryKeys{LibraryKey::Absolute(QStringLiteral("(unusable)"))};
 }
 
 QStringList RowFor(const QList<QStringList>& rows, const QString& fileName)
@@ -384,8 +385,8 @@ private slots:
         QCOMPARE(run.exitCode, 0);
         for (const char* word :
              {"--recursive", "--hidden", "--loudness", "--multi-plot", "--json", "--ucs-list",
-              "originatorReference", "timecode", "--library <PATH>", "--no-library",
-              "Exit status", "FOLDER"})
+              "originatorReference", "timecode", "--library <PATH|URL>", "--no-library",
+              "--root <NAME=FOLDER>", "postgresql://", "PGPASSFILE", "Exit status", "FOLDER"})
             QVERIFY2(run.out.contains(word), word);
         QVERIFY(run.out.contains(QFile::encodeName(SqliteAnalysisLibrary::DefaultPath())));
     }
@@ -403,7 +404,7 @@ private slots:
             QCOMPARE(run.out, plain.out);
             QVERIFY(run.err.isEmpty());
         }
-        QCOMPARE(StoredKeys(library, dir.path()).size(), 4);
+        QCOMPARE(int(StoredKeys(library, dir.path()).size()), 4);
 
         // A damaged library is set aside with one line on stderr, and the scan goes on.
         QVERIFY(fixtures::WriteBytes(library, QByteArray(8192, '\x01')));
@@ -412,7 +413,7 @@ private slots:
         QCOMPARE(damaged.out, plain.out);
         QCOMPARE(damaged.err.count('\n'), 1);
         QVERIFY(damaged.err.startsWith("tesk-scan: The analysis library was damaged"));
-        QCOMPARE(StoredKeys(library, dir.path()).size(), 4);
+        QCOMPARE(int(StoredKeys(library, dir.path()).size()), 4);
     }
 
     void twoProcessesWriteAtOnce()
@@ -437,12 +438,12 @@ private slots:
             delete process;
         }
         for (const QString& folder : {one, two}) {
-            const QStringList keys = StoredKeys(library, folder);
-            QCOMPARE(keys.size(), 600);
+            const LibraryKeys keys = StoredKeys(library, folder);
+            QCOMPARE(int(keys.size()), 600);
             SqliteAnalysisLibrary store(library);
             QVERIFY(store.Open());
             for (const auto& row : store.Fetch(keys)) {
-                QVERIFY(row && row->stamp == ReadFileStamp(row->key));
+                QVERIFY(row && row->stamp == ReadFileStamp(row->key.path));
                 QCOMPARE(row->info.measuredParts, int(AnalysisPartLoudness));
                 QVERIFY(row->info.loudness > -40.0f);
             }
@@ -478,7 +479,7 @@ private slots:
             QCOMPARE(q.value(0).toString(), QStringLiteral("ok"));
         }
         QSqlDatabase::removeDatabase(QStringLiteral("check"));
-        const int stored = StoredKeys(library, folder).size();
+        const int stored = int(StoredKeys(library, folder).size());
         // Rows queued for the batch being gathered, and the pipe's buffer, are all that is lost.
         QVERIFY2(stored >= printed - 2 * int(AnalysisLibraryThread::kBatchRows),
                  qPrintable(QStringLiteral("%1 stored, %2 printed").arg(stored).arg(printed)));

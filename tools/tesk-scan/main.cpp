@@ -3,10 +3,13 @@
 
 #include "AudioFileInfo.h"
 #include "AudioFileLister.h"
+#include "FallbackAnalysisLibrary.h"
 #include "KrokManager.h"
+#include "LibraryRoots.h"
+#include "LibraryServer.h"
 #include "ScanReport.h"
-#include "UcsCatalog.h"
 #include "SqliteAnalysisLibrary.h"
+#include "UcsCatalog.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -15,6 +18,7 @@
 #include <QFileInfo>
 
 #include <cstdio>
+#include <optional>
 #include <unistd.h>
 
 namespace {
@@ -54,7 +58,22 @@ int main(int argc, char** argv)
             "so a second scan of the same folder is fast. Several tesk-scan processes and Tesk\n"
             "windows can share one library. A damaged library is moved aside and a new one\n"
             "started; a locked, read-only or unusable one is reported on standard error and\n"
-            "the scan goes on without it.\n")
+            "the scan goes on without it.\n"
+            "\n"
+            "A studio's shared library: --library postgresql://USER@HOST:PORT/DATABASE keeps\n"
+            "the results in a PostgreSQL database that every workstation uses (a server's\n"
+            "Unix socket folder can be given as postgresql://USER@/DATABASE?host=/FOLDER).\n"
+            "The password is never an option: libpq reads it from PGPASSWORD or from the\n"
+            "password file (PGPASSFILE, else ~/.pgpass; lines of\n"
+            "HOST:PORT:DATABASE:USER:PASSWORD). The tables are made on first use when USER\n"
+            "may create them. Give each shared folder the name every machine knows it by with\n"
+            "--root NAME=FOLDER (for example --root SFX=/mnt/sfx here, where Windows\n"
+            "workstations map SFX to S:\\): files under a root are kept under its name and\n"
+            "their path inside it, so workstations that mount the share in other places find\n"
+            "them; other files are kept under their absolute path. When the server cannot be\n"
+            "reached, or goes away during the scan, this is said once on standard error,\n"
+            "results go to the SQLite library above and to an outbox beside it, and they are\n"
+            "sent to the server by the next Tesk or tesk-scan that reaches it.\n")
             .arg(QDir::toNativeSeparators(SqliteAnalysisLibrary::DefaultPath()));
     parser.setApplicationDescription(
         QStringLiteral(
@@ -97,10 +116,13 @@ int main(int argc, char** argv)
         QStringLiteral(
             "\n"
             "Exit status: 0 when the folder was scanned (files that cannot be read do not stop\n"
-            "the scan), 2 for a bad option, a missing or\n"
-            "unreadable folder or an unusable --ucs-list, 1 when the output cannot be written.\n"
+            "the scan), 2 for a bad option (a --library URL that is not one or holds a\n"
+            "password, a --root that is not NAME=FOLDER), a missing or unreadable folder or an\n"
+            "unusable --ucs-list, 1 when the output cannot be written.\n"
             "\n"
-            "Example: tesk-scan --recursive --loudness ~/Sounds > sounds.csv"));
+            "Examples: tesk-scan --recursive --loudness ~/Sounds > sounds.csv\n"
+            "  tesk-scan -r -l --library postgresql://tesk@db.studio:5432/sfx \\\n"
+            "            --root SFX=/mnt/sfx /mnt/sfx > /dev/null"));
     parser.addHelpOption();
     parser.addVersionOption();
     const QCommandLineOption recursiveOption(
@@ -121,8 +143,14 @@ int main(int argc, char** argv)
                                         QStringLiteral("Print one JSON array instead of CSV."));
     const QCommandLineOption libraryOption(
         QStringLiteral("library"),
-        QStringLiteral("Use the analysis library in the SQLite file PATH (created when missing)."),
-        QStringLiteral("PATH"));
+        QStringLiteral("Use the analysis library in the SQLite file PATH (created when missing), "
+                       "or the shared one at a postgresql:// URL."),
+        QStringLiteral("PATH|URL"));
+    const QCommandLineOption rootOption(
+        QStringLiteral("root"),
+        QStringLiteral("A library root: the shared folder FOLDER, known by NAME on every "
+                       "machine (may be given more than once)."),
+        QStringLiteral("NAME=FOLDER"));
     const QCommandLineOption noLibraryOption(
         QStringLiteral("no-library"),
         QStringLiteral("Analyse every file; neither read nor write the analysis library."));
@@ -133,7 +161,7 @@ int main(int argc, char** argv)
                        "are shown."),
         QStringLiteral("FILE"));
     parser.addOptions({recursiveOption, hiddenOption, loudnessOption, multiPlotOption, voltOption,
-                       jsonOption, ucsListOption, libraryOption, noLibraryOption});
+                       jsonOption, ucsListOption, libraryOption, noLibraryOption, rootOption});
     parser.addPositionalArgument(QStringLiteral("FOLDER"), QStringLiteral("The folder to scan."));
 
     if (!parser.parse(QCoreApplication::arguments())) {
@@ -149,6 +177,21 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "tesk-scan: --library and --no-library exclude each other\n\n%s",
                      qPrintable(parser.helpText()));
         return kUsageError;
+    }
+    QStringList rootErrors;
+    const LibraryRoots roots = LibraryRoots::Parse(parser.values(rootOption), &rootErrors);
+    if (!rootErrors.isEmpty()) {
+        std::fprintf(stderr, "tesk-scan: %s\n", qPrintable(rootErrors.first()));
+        return kUsageError;
+    }
+    std::optional<LibraryServer> server;
+    if (parser.isSet(libraryOption) && LibraryServer::IsUrl(parser.value(libraryOption))) {
+        QString error;
+        server = LibraryServer::FromUrl(parser.value(libraryOption), &error);
+        if (!server) {
+            std::fprintf(stderr, "tesk-scan: %s\n", qPrintable(error));
+            return kUsageError;
+        }
     }
     const QStringList positional = parser.positionalArguments();
     if (positional.size() != 1) {
@@ -197,11 +240,15 @@ int main(int argc, char** argv)
     QObject::connect(&registry, &KrokManager::SigLibraryProblem, [](const QString& problem) {
         std::fprintf(stderr, "tesk-scan: %s\n", qPrintable(problem));
     });
-    if (!parser.isSet(noLibraryOption)) {
+    if (server) {
+        registry.SetLibrary(FallbackAnalysisLibrary::ForServer(*server), roots);
+        registry.ForgetMissingFiles(folder.absoluteFilePath(), parser.isSet(recursiveOption),
+                                    files);
+    } else if (!parser.isSet(noLibraryOption)) {
         const QString libraryPath = parser.isSet(libraryOption)
                                         ? QFileInfo(parser.value(libraryOption)).absoluteFilePath()
                                         : SqliteAnalysisLibrary::DefaultPath();
-        registry.SetLibrary(std::make_unique<SqliteAnalysisLibrary>(libraryPath));
+        registry.SetLibrary(std::make_unique<SqliteAnalysisLibrary>(libraryPath), roots);
         registry.ForgetMissingFiles(folder.absoluteFilePath(), parser.isSet(recursiveOption),
                                     files);
     }
@@ -249,6 +296,8 @@ int main(int argc, char** argv)
         ok = Write(QByteArrayLiteral("\n]\n"));
     if (progress && !files.isEmpty())
         std::fprintf(stderr, "\n");
+    // Rows an earlier scan kept for the server go to it now that it is here.
+    registry.FlushLibrary(true);
     registry.Finalize();
     if (!ok || std::fflush(stdout) != 0) {
         std::fprintf(stderr, "tesk-scan: cannot write the output\n");
