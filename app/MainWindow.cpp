@@ -1,5 +1,6 @@
 #include "MainWindow.h"
 
+#include "AnalysisPass.h"
 #include "BookmarkNameDialog.h"
 #include "CommandLineRoot.h"
 #include "DefaultWindowGeometry.h"
@@ -10,8 +11,8 @@
 #include "SortSettingsApplication.h"
 #include "StatusProgress.h"
 #include "SubFormFont.h"
-#include "TableRoles.h"
 #include "SystemThemeWatcher.h"
+#include "TableRoles.h"
 #include "TeskStyle.h"
 #include "WidgetDetailView.h"
 #include "WidgetPlayer.h"
@@ -492,8 +493,10 @@ void MainWindow::SlotOpenSettingsForm()
                           manager->GetMatchLoudnessMaxBoost());
     form.setOutputDevices(manager->GetOutputDevices(), manager->GetOutputDevice());
     form.setUcsCatIdListPath(manager->GetUcsCatIdListPath());
+    form.setAnalysisThreads(manager->GetAnalysisThreads(), AnalysisPass::DefaultWorkerCount());
     if (form.exec() != QDialog::Accepted)
         return;
+    manager->SetAnalysisThreads(form.analysisThreads());
     manager->SetExternalTool(form.toolPath(), form.toolArgs());
     manager->SetSeekTimeMs(form.seekTimeMs());
     manager->SetMatchLoudnessLimits(form.matchTargetLufs(), form.matchMaxBoostDb());

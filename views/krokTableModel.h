@@ -15,25 +15,28 @@
 #include <memory>
 #include <optional>
 
+class FileMetadata;
 class KrokManager;
 class TeskManager;
 class UcsCatalog;
 struct AudioFileInfo;
 struct UcsName;
 
-// One row of the file table: the path and the flags of search and sort
-// specification. Analysed values are never kept here; each cell request reads
-// the file's record from the registry.
+// One row of the file table: the path, the file's analysis record and the
+// flags of search and sort specification. The record is the registry's own,
+// shared and never changed (a new analysis hands over a new one), so cells
+// read it in place: no copy, no lock, no lookup.
 struct FileRowEntry
 {
-    bool detailAcquired = false;
     QString path;
-    bool matched = true;
-    bool inSortSpec = false;
-    std::int32_t sortIndex = -1;
     QString sortComment;
+    std::shared_ptr<const AudioFileInfo> record;
+    std::int32_t sortIndex = -1;
     // Where the file name starts in path, so that name sorting needs no search.
     std::int32_t nameStart = 0;
+    bool detailAcquired = false;
+    bool matched = true;
+    bool inSortSpec = false;
 };
 
 // A sort specification entry as the CSV reader delivers it: file path, comment.
@@ -66,7 +69,17 @@ public:
     void setHeaderLabels(const QStringList& labels);
     void setFilePathList(const QList<QString>& paths);
     void clearRows();
+    // Marks the row analysed and takes its record from the registry.
     void setDetailAcquired(int row, bool acquired);
+    // Marks the row analysed with the record a worker handed over.
+    void setRecord(int row, std::shared_ptr<const AudioFileInfo> record);
+    // The row's record; null before the row is analysed, or when the registry
+    // had none for it.
+    const AudioFileInfo* record(int row) const
+    {
+        return rows[row].detailAcquired ? rows[row].record.get() : nullptr;
+    }
+    bool isDetailAcquired(int row) const { return rows[row].detailAcquired; }
     void setRowMatched(int row, bool matched);
     bool isRowMatched(int row) const { return rows[row].matched; }
     bool isRowShown(int row) const;
@@ -111,6 +124,7 @@ private:
     QVariant metadataValue(int row, int column, int role) const;
     QVariant errorToolTip(int row) const;
     QVariant plotItem(const AudioFileInfo& info, int row) const;
+    const FileMetadata* metadataOf(int row, std::int32_t* samplingRate = nullptr) const;
     QVariant tableFont() const;
 
     TeskManager* manager;

@@ -156,7 +156,7 @@ private slots:
         i.isValid = 0;
         i.isHeaderRead = 1;
         i.fileSize = full.stamp.size;
-        i.modifyTime = "2024/01/02 03:04:05";
+        i.modifyTime = ModifyTime::FromText("2024/01/02 03:04:05");
         i.samplingRate = 96000;
         i.channels = 3;
         i.samples = 123456;
@@ -170,9 +170,10 @@ private slots:
         i.format = "MP3";
         for (int k = 0; k < kPlotPoints; ++k)
             i.plot[std::size_t(k)] = {std::int8_t(k % 100), std::int8_t(-(k % 90))};
-        i.isMultiPlotValid = 1;
+        std::vector<PlotPoint> lanes(3 * kPlotPoints);
         for (int k = 0; k < 3 * kPlotPoints; ++k)
-            i.multiPlot[std::size_t(k)] = {std::int8_t(k % 101), std::int8_t(-(k % 7))};
+            lanes[std::size_t(k)] = {std::int8_t(k % 101), std::int8_t(-(k % 7))};
+        i.setMultiPlot(lanes.data(), 3);
         i.errorText = "E2006110803 : File size is too small.";
         i.samplePeak = 0.5f;
         i.measuredParts = AnalysisPartLoudness | AnalysisPartMultiPlot;
@@ -200,7 +201,7 @@ private slots:
         const auto rows = store.Fetch({plain.key, QStringLiteral("/sounds/none.wav"), full.key});
         QCOMPARE(int(rows.size()), 3);
         QVERIFY(rows[0] && !rows[1] && rows[2]);
-        QCOMPARE(rows[0]->info.isMultiPlotValid, 0);
+        QVERIFY(!rows[0]->info.hasMultiPlot());
         QCOMPARE(rows[0]->info.samplePeak, -1.0f);
         QVERIFY(!rows[0]->info.metadata);
         const LibraryRow& r = *rows[2];
@@ -225,9 +226,10 @@ private slots:
         QCOMPARE(o.errorText, i.errorText);
         QCOMPARE(o.samplePeak, 0.5f);
         QCOMPARE(o.measuredParts, i.measuredParts);
-        QCOMPARE(o.isMultiPlotValid, 1);
+        QCOMPARE(o.multiPlotLanes(), 3);
         QVERIFY(std::memcmp(o.plot.data(), i.plot.data(), sizeof o.plot) == 0);
-        QVERIFY(std::memcmp(o.multiPlot.data(), i.multiPlot.data(), sizeof o.multiPlot) == 0);
+        QVERIFY(std::memcmp(o.multiPlotLane(0), lanes.data(),
+                            3 * kPlotPoints * sizeof(PlotPoint)) == 0);
         QVERIFY(o.metadata);
         QCOMPARE(StoredMetadataBytes(o.metadata.get()), StoredMetadataBytes(i.metadata.get()));
         QCOMPARE(o.metadata->text(MetadataKey::CueNotes), std::string_view("one\ntwo"));
@@ -344,7 +346,7 @@ private slots:
         QCOMPARE(info.loudness, fresh.loudness);
         // The plots were not measured again: the marker and the per-channel plot stay.
         QVERIFY(HasMarker(info));
-        QCOMPARE(info.isMultiPlotValid, 1);
+        QVERIFY(info.hasMultiPlot());
         QCOMPARE(info.measuredParts, AnalysisPartLoudness | AnalysisPartMultiPlot);
         later->Finalize();
         const std::optional<LibraryRow> row = StoredRow(library, files.at(0));

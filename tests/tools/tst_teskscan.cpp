@@ -382,10 +382,9 @@ private slots:
     {
         const Run run = Scan({QStringLiteral("--help")});
         QCOMPARE(run.exitCode, 0);
-        for (const char* word :
-             {"--recursive", "--hidden", "--loudness", "--multi-plot", "--json", "--ucs-list",
-              "originatorReference", "timecode", "--library <PATH>", "--no-library",
-              "Exit status", "FOLDER"})
+        for (const char* word : {"--recursive", "--hidden", "--loudness", "--multi-plot", "--json",
+                                 "--ucs-list", "originatorReference", "timecode",
+                                 "--library <PATH>", "--no-library", "Exit status", "FOLDER"})
             QVERIFY2(run.out.contains(word), word);
         QVERIFY(run.out.contains(QFile::encodeName(SqliteAnalysisLibrary::DefaultPath())));
     }
@@ -487,7 +486,12 @@ private slots:
             Scan({QStringLiteral("-l"), QStringLiteral("--library"), library, folder});
         QCOMPARE(again.exitCode, 0);
         QVERIFY(again.err.isEmpty());
-        QCOMPARE(StoredKeys(library, folder).size(), 2000);
+        // The kill may have caught one file alone in its analysis: the journal
+        // then names it, and it shows as failed rather than being stored.
+        // Several caught at once are analysed again, one by one.
+        const int named = again.out.count(",ERROR,");
+        QVERIFY2(named <= 1, again.out.constData());
+        QCOMPARE(StoredKeys(library, folder).size(), 2000 - named);
     }
 
 private:
