@@ -1,6 +1,7 @@
 #include "SubThreadGetDetail.h"
 
 #include "AnalysisPass.h"
+#include "FreeMemory.h"
 #include "KrokManager.h"
 
 #include <QElapsedTimer>
@@ -111,10 +112,11 @@ void SubThreadGetDetail::run()
             pending = AnalyzedRows();
             sinceBatch.restart();
         }
-        if (complete && pending.isEmpty()) {
-            // Blocking-queued: every batch before it has been taken in when it returns.
-            emit SigEndGetDetailInfo();
-            return;
-        }
+        if (complete && pending.isEmpty())
+            break;
     }
+    // The pass's passing structures (batches, lookups) leave their memory free.
+    ReleaseFreeMemory();
+    // Blocking-queued: every batch before it has been taken in when it returns.
+    emit SigEndGetDetailInfo();
 }
