@@ -405,11 +405,12 @@ void WidgetTableBrowser::SlotRootPathChanged()
         columnWidthsInitialized = true;
     }
     headerTracked = true;
-    // While the list is analysed it stays in list order; the header keeps the
-    // user's sort column, which sorts the list once it is analysed.
+    // While the list is analysed it stays in list order (which is path
+    // order); the header keeps the user's sort column, which sorts the list
+    // once it is analysed.
     proxy->setDynamicSortFilter(false);
     view->setSortingEnabled(false);
-    proxy->sort(ColumnFullPath, Qt::AscendingOrder);
+    proxy->sort(-1);
 }
 
 void WidgetTableBrowser::SlotRowHeightChanged(int height)

@@ -294,6 +294,7 @@ void krokTableModel::clearRows()
     sortSpecActive = false;
     commonPrefix = 0;
     pathOrder.clear();
+    nameOrder.clear();
     endResetModel();
 }
 
@@ -325,7 +326,9 @@ void krokTableModel::setFilePathList(const QList<QString>& paths)
         rows.append(std::move(entry));
     }
     commonPrefix = prefix;
-    pathOrder.start(paths, prefix);
+    // The same order the list worker sorted the list in (PathRanking::sharedFolderLength).
+    pathOrder.start(paths, prefix > 0 ? first.lastIndexOf(QLatin1Char('/'), prefix - 1) + 1 : 0);
+    nameOrder.start(paths, 0);
     endInsertRows();
     hasFiles = true;
 }

@@ -66,6 +66,9 @@ public:
                         int role = Qt::DisplayRole) const override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
 
+    // What TableRoles::SortValue gives, without an index.
+    QVariant sortValue(int row, int column) const { return cellValue(row, column, true); }
+
     void setHeaderLabels(const QStringList& labels);
     void setFilePathList(const QList<QString>& paths);
     void clearRows();
@@ -96,6 +99,8 @@ public:
     // placeholder). Worked out off the GUI thread after the list arrives; asked
     // before that has finished, it is worked out at once.
     const QVector<int>& pathRanks() const { return pathOrder.ranks(); }
+    // Rank of each row's file name by FileNameCollator(), worked out the same way.
+    const QVector<int>& nameRanks() const { return nameOrder.ranks(); }
 
     QList<SortSpecEntry> applySortSpecification(const QList<SortSpecEntry>& entries);
     void resetSortSpecification();
@@ -140,6 +145,7 @@ private:
     bool sortSpecActive = false;
     int commonPrefix = 0;
     mutable PathRanking pathOrder;
+    mutable PathRanking nameOrder{PathRanking::Order::Name};
     std::shared_ptr<const UcsCatalog> ucsCatalog;
     struct FontKey
     {
