@@ -157,25 +157,27 @@ void AnalysisJournal::rebuildLocked(bool atOpen)
     };
     std::vector<Begun> begun;
     std::unordered_map<std::string, Stamp> failed;
+    std::unordered_map<std::string, Stamp> suspects;
     std::istringstream lines(text);
     std::string line;
     while (std::getline(lines, line)) {
         std::istringstream fields(line);
         char kind = 0;
         fields >> kind;
-        if (kind == 'F') {
+        if (kind == 'F' || kind == 'S') {
             Stamp stamp;
             fields >> stamp.size >> stamp.modifiedNs;
             fields.get();
             std::string path;
             std::getline(fields, path);
             if (fields || fields.eof())
-                failed[unescape(path)] = stamp;
+                (kind == 'F' ? failed : suspects)[unescape(path)] = stamp;
         } else if (kind == 'R') {
             fields.get();
             std::string path;
             std::getline(fields, path);
             failed.erase(unescape(path));
+            suspects.erase(unescape(path));
         } else if (kind == 'B') {
             Begun b;
             fields >> b.pid >> b.token >> b.stamp.size >> b.stamp.modifiedNs;
@@ -198,21 +200,33 @@ void AnalysisJournal::rebuildLocked(bool atOpen)
     }
     std::string kept;
     const long self = static_cast<long>(::getpid());
+    std::unordered_map<long, int> inFlightAtDeath;
     for (const Begun& b : begun) {
         const bool mine = b.pid == self && !atOpen && m_running.count(b.token) != 0;
-        if (mine || processAlive(b.pid))
+        if (!mine && !processAlive(b.pid))
+            ++inFlightAtDeath[b.pid];
+    }
+    for (const Begun& b : begun) {
+        const auto dead = inFlightAtDeath.find(b.pid);
+        if (dead == inFlightAtDeath.end() || (b.pid == self && !atOpen && m_running.count(b.token)))
             kept += b.line + '\n';
-        else
+        else if (dead->second == 1)
             failed[b.path] = b.stamp;
+        else if (failed.count(b.path) == 0)
+            suspects[b.path] = b.stamp;
     }
     std::string compacted;
     for (const auto& [path, stamp] : failed)
         compacted += "F " + std::to_string(stamp.size) + ' ' + std::to_string(stamp.modifiedNs) +
                      ' ' + escape(path) + '\n';
+    for (const auto& [path, stamp] : suspects)
+        compacted += "S " + std::to_string(stamp.size) + ' ' + std::to_string(stamp.modifiedNs) +
+                     ' ' + escape(path) + '\n';
     compacted += kept;
     if (::ftruncate(m_fd, 0) == 0)
         writeAll(m_fd, compacted);
     m_failed = std::move(failed);
+    m_suspects = std::move(suspects);
     m_linesSinceRebuild = 0;
 }
 
@@ -236,6 +250,58 @@ bool AnalysisJournal::isFailed(const std::string& path, std::int64_t size, std::
     if (m_fd >= 0)
         appendLocked("R " + escape(path) + '\n');
     return false;
+}
+
+bool AnalysisJournal::isSuspect(const std::string& path, std::int64_t size, std::int64_t modifiedNs)
+{
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    const auto it = m_suspects.find(path);
+    if (it == m_suspects.end())
+        return false;
+    if (it->second.size == size && it->second.modifiedNs == modifiedNs)
+        return true;
+    m_suspects.erase(it);
+    if (m_fd >= 0)
+        appendLocked("R " + escape(path) + '\n');
+    return false;
+}
+
+void AnalysisJournal::clear(const std::string& path)
+{
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    if (m_suspects.erase(path) != 0 && m_fd >= 0)
+        appendLocked("R " + escape(path) + '\n');
+}
+
+AnalysisJournal::Turn::Turn(AnalysisJournal& journal, bool alone)
+    : m_journal(journal)
+    , m_alone(alone)
+{
+    std::unique_lock<std::mutex> lock(journal.m_turnMutex);
+    if (!alone) {
+        // One waiting to go alone goes first, or it might wait for ever.
+        journal.m_turnChanged.wait(
+            lock, [&journal] { return !journal.m_aloneRunning && journal.m_aloneWaiting == 0; });
+        ++journal.m_sharedTurns;
+        return;
+    }
+    ++journal.m_aloneWaiting;
+    journal.m_turnChanged.wait(
+        lock, [&journal] { return !journal.m_aloneRunning && journal.m_sharedTurns == 0; });
+    --journal.m_aloneWaiting;
+    journal.m_aloneRunning = true;
+}
+
+AnalysisJournal::Turn::~Turn()
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_journal.m_turnMutex);
+        if (m_alone)
+            m_journal.m_aloneRunning = false;
+        else
+            --m_journal.m_sharedTurns;
+    }
+    m_journal.m_turnChanged.notify_all();
 }
 
 std::uint64_t AnalysisJournal::begin(const std::string& path, std::int64_t size,

@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include <condition_variable>
 #include <cstdint>
 #include <mutex>
 #include <set>
@@ -15,6 +16,11 @@
 // size or modification time changes. The window and tesk-scan share the file;
 // each process locks it (flock) for every write, and entries of processes
 // still running are left alone. Thread-safe.
+//
+// Several files may be in flight at once (one per analysis thread). When a
+// process dies with more than one, it cannot be told which took it down: each
+// becomes a suspect rather than a failure, and is analysed again alone (Turn),
+// so that a second crash names it and a suspect that passes is cleared.
 class AnalysisJournal final
 {
 public:
@@ -35,9 +41,31 @@ public:
     // A failed file that has changed is forgotten.
     bool isFailed(const std::string& path, std::int64_t size, std::int64_t modifiedNs);
 
+    // Whether the file was in flight beside others when a process died, and
+    // has not changed since. A suspect that has changed is forgotten.
+    bool isSuspect(const std::string& path, std::int64_t size, std::int64_t modifiedNs);
+    // A suspect analysed to its end is no longer one.
+    void clear(const std::string& path);
+
     // Records that the analysis of `path` starts; the token ends it.
     std::uint64_t begin(const std::string& path, std::int64_t size, std::int64_t modifiedNs);
     void end(std::uint64_t token);
+
+    // The right to analyse a file while the object lives: shared with the
+    // other analyses of this process, or alone (waiting until those in flight
+    // are done, and holding new ones back meanwhile).
+    class Turn final
+    {
+    public:
+        Turn(AnalysisJournal& journal, bool alone);
+        ~Turn();
+        Turn(const Turn&) = delete;
+        Turn& operator=(const Turn&) = delete;
+
+    private:
+        AnalysisJournal& m_journal;
+        bool m_alone;
+    };
 
 private:
     struct Stamp
@@ -52,8 +80,15 @@ private:
 
     std::mutex m_mutex;
     int m_fd = -1;
+    // The turns: analyses in flight, one waiting or running alone.
+    std::mutex m_turnMutex;
+    std::condition_variable m_turnChanged;
+    int m_sharedTurns = 0;
+    int m_aloneWaiting = 0;
+    bool m_aloneRunning = false;
     std::uint64_t m_nextToken = 1;
     std::set<std::uint64_t> m_running;
     std::unordered_map<std::string, Stamp> m_failed;
+    std::unordered_map<std::string, Stamp> m_suspects;
     int m_linesSinceRebuild = 0;
 };

@@ -1,9 +1,12 @@
 #pragma once
 
+#include "ModifyTime.h"
+#include "SharedText.h"
+
 #include <array>
 #include <cstdint>
 #include <memory>
-#include <string>
+#include <vector>
 
 class FileMetadata;
 
@@ -18,16 +21,18 @@ struct PlotPoint
 inline constexpr int kPlotPoints = 250;
 inline constexpr int kMaxPlotChannels = 8;
 
-// Everything the analysis learns about one file. A plain value, copied whole
-// between the registry, the detail worker and the table model; strings are UTF-8.
-// A default record stands for a file that has not been analysed.
+// Everything the analysis learns about one file. A default record stands for
+// a file that has not been analysed. Kept small (about 620 bytes): a 100,000
+// file folder holds one per file. Repeated texts are shared, the modification
+// time is a number, and the per-channel plot takes room only when it was
+// measured. The registry hands finished records out shared and immutable
+// (std::shared_ptr<const AudioFileInfo>), so the table reads them in place.
 struct AudioFileInfo
 {
     std::int32_t isValid = 1;
-    std::string reserved;
     std::int32_t isHeaderRead = 0;
     std::int64_t fileSize = 0;
-    std::string modifyTime;
+    ModifyTime modifyTime;
     std::int32_t samplingRate = 48000;
     std::int32_t channels = 1;
     std::int32_t samples = 0;
@@ -42,19 +47,36 @@ struct AudioFileInfo
     // decoded MP3 or Ogg may go above); -1 while unknown. For WAV and AIFF it is
     // found in the loudness pass, so it stays unknown while loudness is off.
     float samplePeak = -1.0f;
-    std::string format;
+    // "Unknown", "wav", "aiff", "MP3", "Vorbis".
+    SharedText format;
     std::array<PlotPoint, kPlotPoints> plot{};
-    std::int32_t isMultiPlotValid = 0;
-    // Channel-major: the 250 points of channel 0, then channel 1, ...
-    std::array<PlotPoint, kMaxPlotChannels * kPlotPoints> multiPlot{};
     // Descriptions, tags and the like (FileMetadata.h), shared between copies;
     // null when the file carries none.
     std::shared_ptr<const FileMetadata> metadata;
     // Why the row shows "ERROR" (English; shown translated); empty when fine.
-    std::string errorText;
+    SharedText errorText;
     // The optional parts the analysis was asked for (AnalysisPart bits), so that a
     // stored record tells what is still to be measured when more is wanted later.
     std::int32_t measuredParts = 0;
+
+    // The per-channel plot: kPlotPoints points for each of the file's first
+    // eight channels, channel-major. Absent unless it was measured.
+    bool hasMultiPlot() const { return m_multiPlot != nullptr; }
+    // Channels plotted (0 without the plot).
+    int multiPlotLanes() const { return m_multiPlot ? int(m_multiPlot->size()) / kPlotPoints : 0; }
+    // The kPlotPoints points of `channel`; null when that channel has none.
+    const PlotPoint* multiPlotLane(int channel) const
+    {
+        return channel >= 0 && channel < multiPlotLanes()
+                   ? m_multiPlot->data() + std::size_t(channel) * kPlotPoints
+                   : nullptr;
+    }
+    // Keeps `lanes` channels of channel-major points (copies share them).
+    void setMultiPlot(const PlotPoint* channelMajor, int lanes);
+    void clearMultiPlot() { m_multiPlot.reset(); }
+
+private:
+    std::shared_ptr<const std::vector<PlotPoint>> m_multiPlot;
 };
 
 // Optional parts of the analysis; the header fields and the mixed plot are always read.

@@ -107,7 +107,7 @@ QString FormatText(const AudioFileInfo& info)
 {
     if (IsFailedRecord(info))
         return QStringLiteral("ERROR");
-    return QString::fromStdString(info.format);
+    return QString::fromStdString(info.format.str());
 }
 
 QString ErrorReasonText(const AudioFileInfo& info)
@@ -132,7 +132,7 @@ QVariant RecordCellValue(int column, const AudioFileInfo& info, bool forSorting,
         return forSorting ? QVariant(static_cast<qlonglong>(info.fileSize))
                           : QVariant(FormatFileSize(info.fileSize));
     case ColumnModifyTime:
-        return QString::fromStdString(info.modifyTime);
+        return QString::fromStdString(info.modifyTime.text());
     case ColumnFormat:
         return FormatText(info);
     case ColumnSamplingRate:

@@ -1,5 +1,6 @@
 #include "CompressedFileAnalysis.h"
 
+#include "AnalysisStop.h"
 #include "AudioFileInfo.h"
 #include "LoudnessMeter.h"
 #include "Mp3SoundSource.h"
@@ -44,7 +45,7 @@ void AnalyzeFloatSource(SoundSource& source, AudioFileInfo& info, bool multiPlot
     std::int64_t done = 0;
     while (done < samples) {
         const std::int64_t want = std::min<std::int64_t>(kBlockFrames, samples - done);
-        const std::int64_t got = source.read(block.data(), want);
+        const std::int64_t got = AnalysisStopRequested() ? 0 : source.read(block.data(), want);
         if (got <= 0)
             break;
         const std::size_t values = std::size_t(got) * std::size_t(channels);
@@ -58,9 +59,7 @@ void AnalyzeFloatSource(SoundSource& source, AudioFileInfo& info, bool multiPlot
     // Shorter than stated: the rest is silence, plotted as such but not measured.
     if (done < samples)
         plot.silenceFrom(done);
-    plot.finish(info.plot.data(), multiPlotWanted ? info.multiPlot.data() : nullptr);
-    if (multiPlotWanted)
-        info.isMultiPlotValid = 1;
+    FinishPlots(plot, info, multiPlotWanted);
     info.samplePeak = std::isfinite(peak) ? peak : -1.0f;
     if (measuring) {
         const LoudnessResult result = meter.finish();

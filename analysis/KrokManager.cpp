@@ -3,6 +3,7 @@
 #include "AnalysisErrors.h"
 #include "AnalysisJournal.h"
 #include "AnalysisLibraryThread.h"
+#include "AnalysisStop.h"
 #include "CompressedFileAnalysis.h"
 #include "FileMetadataReader.h"
 #include "LoudnessMeter.h"
@@ -19,6 +20,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <ctime>
+#include <optional>
 
 KrokManager::KrokManager(PreviewPlayer* previewPlayer, QObject* parent)
     : QObject(parent)
@@ -116,14 +118,32 @@ bool HoldsParts(const AudioFileInfo& info, std::int32_t parts)
 
 } // namespace
 
+bool KrokManager::isCurrent(const Entry& entry) const
+{
+    return !entry.stale && entry.info->isHeaderRead != 0 && HoldsParts(*entry.info, wantedParts());
+}
+
 bool KrokManager::IsAnalyzed(const QString& path)
 {
     QMutexLocker lock(&mutex);
     if (!initialized)
         return false;
-    const auto it = records.find(path.toStdString());
-    return it != records.end() && !it->second.stale && it->second.info.isHeaderRead != 0 &&
-           HoldsParts(it->second.info, wantedParts());
+    const auto it = records.find(path);
+    return it != records.end() && isCurrent(it->second);
+}
+
+std::vector<KrokManager::Record> KrokManager::CurrentRecords(const QStringList& paths)
+{
+    std::vector<Record> current(std::size_t(paths.size()));
+    QMutexLocker lock(&mutex);
+    if (!initialized)
+        return current;
+    for (int i = 0; i < paths.size(); ++i) {
+        const auto it = records.find(paths.at(i));
+        if (it != records.end() && isCurrent(it->second))
+            current[std::size_t(i)] = it->second.info;
+    }
+    return current;
 }
 
 std::shared_ptr<AnalysisLibraryThread> KrokManager::currentLibrary()
@@ -132,50 +152,50 @@ std::shared_ptr<AnalysisLibraryThread> KrokManager::currentLibrary()
     return library;
 }
 
-void KrokManager::AnalyzeFile(const QString& path)
+KrokManager::Record KrokManager::AnalyzeFile(const QString& path)
 {
-    const std::string key = path.toStdString();
     std::int32_t wanted = 0;
     // Finds a record that is still current; a fresh analysis then gives the
     // stamp of what it read, so a file rewritten meanwhile is analysed again.
     FileStamp stamp = ReadFileStamp(path);
-    AudioFileInfo info;
-    bool current = false;
+    Record current;
     {
         QMutexLocker lock(&mutex);
         wanted = wantedParts();
-        const auto it = records.find(key);
+        const auto it = records.find(path);
         if (it != records.end() && !it->second.stale && stamp.exists() &&
             it->second.stamp == stamp) {
-            info = it->second.info;
-            current = true;
+            current = it->second.info;
         }
     }
+    AudioFileInfo info;
     if (current) {
-        const std::int32_t missing = wanted & ~info.measuredParts;
+        const std::int32_t missing = wanted & ~current->measuredParts;
         if (missing == 0)
-            return;
+            return current;
+        info = *current;
         MeasureAudioFileParts(path, info, missing, journal.get());
     } else {
         AnalyzeAudioFile(path, info, (wanted & AnalysisPartMultiPlot) != 0,
                          (wanted & AnalysisPartLoudness) != 0, journal.get(), &stamp);
         info.measuredParts = wanted;
     }
+    // A stopped analysis read only part of the file.
+    if (AnalysisStopRequested())
+        return nullptr;
+    Record record = std::make_shared<const AudioFileInfo>(std::move(info));
     std::shared_ptr<AnalysisLibraryThread> lib;
     {
         QMutexLocker lock(&mutex);
-        const auto it = records.find(key);
-        if (it == records.end()) {
-            records.try_emplace(key, AudioFileInfo(info), stamp);
-        } else {
-            it->second.info = info;
-            it->second.stamp = stamp;
-            it->second.stale = false;
-        }
+        Entry& entry = records[path];
+        entry.info = record;
+        entry.stamp = stamp;
+        entry.stale = false;
         lib = library;
     }
     if (lib && stamp.exists())
-        lib->Store(path, stamp, std::move(info));
+        lib->Store(path, stamp, *record);
+    return record;
 }
 
 void KrokManager::InvalidateFiles(const QStringList& paths)
@@ -184,11 +204,9 @@ void KrokManager::InvalidateFiles(const QStringList& paths)
     if (!initialized)
         return;
     for (const QString& path : paths) {
-        const auto it = records.find(path.toStdString());
-        if (it != records.end()) {
-            it->second.info.isHeaderRead = 0;
+        const auto it = records.find(path);
+        if (it != records.end())
             it->second.stale = true;
-        }
     }
 }
 
@@ -214,18 +232,16 @@ std::unique_ptr<KrokManager::Recall> KrokManager::BeginRecall(const QStringList&
         const std::int32_t wanted = wantedParts();
         for (int i = 0; i < paths.size(); ++i) {
             const FileStamp& stamp = stamps[std::size_t(i)];
-            std::string key = paths.at(i).toStdString();
-            const auto it = records.find(key);
+            const auto it = records.find(paths.at(i));
             if (it != records.end()) {
                 Entry& entry = it->second;
                 if (entry.stamp != stamp)
                     entry.stale = true;
-                else if (!entry.stale && HoldsParts(entry.info, wanted))
+                else if (!entry.stale && HoldsParts(*entry.info, wanted))
                     continue;
             }
             if (stamp.exists()) {
                 recall->keys << paths.at(i);
-                recall->stdKeys.push_back(std::move(key));
                 recall->stamps.push_back(stamp);
             }
         }
@@ -241,22 +257,24 @@ void KrokManager::EndRecall(Recall& recall)
     if (!recall.rows.valid())
         return;
     LibraryRows rows = recall.rows.get();
-    QMutexLocker lock(&mutex);
+    // The records are made before the lock is taken.
+    std::vector<Record> made(rows.size());
     for (std::size_t j = 0; j < rows.size(); ++j) {
+        if (rows[j] && rows[j]->stamp == recall.stamps[j])
+            made[j] = std::make_shared<const AudioFileInfo>(std::move(rows[j]->info));
+    }
+    QMutexLocker lock(&mutex);
+    for (std::size_t j = 0; j < made.size(); ++j) {
+        if (!made[j])
+            continue;
         const FileStamp& stamp = recall.stamps[j];
-        if (!rows[j] || rows[j]->stamp != stamp)
-            continue;
-        AudioFileInfo& stored = rows[j]->info;
-        // Built in place when new (a record is some kilobytes); left alone otherwise.
-        const auto [it, inserted] =
-            records.try_emplace(std::move(recall.stdKeys[j]), std::move(stored), stamp);
-        if (inserted)
-            continue;
+        const auto [it, inserted] = records.try_emplace(recall.keys.at(int(j)));
         Entry& entry = it->second;
         // A current record of this session that holds more parts than the row stays.
-        if (!entry.stale && entry.stamp == stamp && !HoldsParts(stored, entry.info.measuredParts))
+        if (!inserted && !entry.stale && entry.stamp == stamp &&
+            !HoldsParts(*made[j], entry.info->measuredParts))
             continue;
-        entry.info = std::move(stored);
+        entry.info = std::move(made[j]);
         entry.stamp = stamp;
         entry.stale = false;
     }
@@ -305,13 +323,19 @@ void KrokManager::FlushLibrary(bool catchUp)
         lib->Flush(catchUp);
 }
 
-AudioFileInfo KrokManager::GetFileInfo(const QString& path)
+KrokManager::Record KrokManager::FindRecord(const QString& path)
 {
     QMutexLocker lock(&mutex);
     if (!initialized)
-        return DefaultFileInfo();
-    const auto it = records.find(path.toStdString());
-    return it == records.end() ? DefaultFileInfo() : it->second.info;
+        return nullptr;
+    const auto it = records.find(path);
+    return it == records.end() ? nullptr : it->second.info;
+}
+
+AudioFileInfo KrokManager::GetFileInfo(const QString& path)
+{
+    const Record record = FindRecord(path);
+    return record ? *record : DefaultFileInfo();
 }
 
 std::shared_ptr<const FileMetadata> KrokManager::FindMetadata(const QString& path,
@@ -319,26 +343,20 @@ std::shared_ptr<const FileMetadata> KrokManager::FindMetadata(const QString& pat
 {
     if (samplingRate)
         *samplingRate = 0;
-    QMutexLocker lock(&mutex);
-    if (!initialized)
-        return nullptr;
-    const auto it = records.find(path.toStdString());
-    if (it == records.end())
+    const Record record = FindRecord(path);
+    if (!record)
         return nullptr;
     if (samplingRate)
-        *samplingRate = it->second.info.samplingRate;
-    return it->second.info.metadata;
+        *samplingRate = record->samplingRate;
+    return record->metadata;
 }
 
 bool KrokManager::FindFileInfo(const QString& path, AudioFileInfo& out)
 {
-    QMutexLocker lock(&mutex);
-    if (!initialized)
+    const Record record = FindRecord(path);
+    if (!record)
         return false;
-    const auto it = records.find(path.toStdString());
-    if (it == records.end())
-        return false;
-    out = it->second.info;
+    out = *record;
     return true;
 }
 
@@ -439,11 +457,10 @@ std::int64_t KrokManager::GetPlaybackPosition()
     const std::int64_t pos = player->GetPlayedSamples();
     // The detail worker may be inserting a record while we look, and an insert
     // can rehash the map; reading it without the lock would be a data race.
-    QMutexLocker lock(&mutex);
-    const auto it = records.find(playingPath.toStdString());
-    if (it == records.end() || playingRange)
+    const Record record = FindRecord(playingPath);
+    if (!record || playingRange)
         return pos;
-    const AudioFileInfo& info = it->second.info;
+    const AudioFileInfo& info = *record;
     const std::int64_t start = info.loopStart;
     const std::int64_t end = info.loopEnd;
     // Only the first loop counts; a position exactly at the loop end stays.
@@ -453,17 +470,6 @@ std::int64_t KrokManager::GetPlaybackPosition()
 }
 
 namespace {
-
-std::string modifyTimeText(std::time_t seconds)
-{
-    std::tm local{};
-    if (!localtime_r(&seconds, &local))
-        return "0000/00/00 00:00:00";
-    char text[80];
-    std::snprintf(text, sizeof text, "%04d/%02d/%02d %02d:%02d:%02d", local.tm_year + 1900,
-                  local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec);
-    return text;
-}
 
 struct StatResult
 {
@@ -497,7 +503,7 @@ StatResult stampOf(const QByteArray& localPath)
     return stamp;
 }
 
-void failWith(AudioFileInfo& info, const char* reason)
+void failWith(AudioFileInfo& info, SharedText reason)
 {
     AudioFileInfo failed;
     failed.fileSize = info.fileSize;
@@ -513,15 +519,10 @@ constexpr int kAnalysisAttempts = 3;
 
 } // namespace
 
-std::string ModifyTimeText(std::int64_t mtimeNs)
-{
-    return modifyTimeText(static_cast<std::time_t>(mtimeNs / 1000000000));
-}
-
-std::string FileModifyTimeText(const QString& path)
+ModifyTime FileModifyTime(const QString& path)
 {
     const StatResult stamp = stampOf(QFile::encodeName(path));
-    return stamp.ok ? modifyTimeText(stamp.seconds) : "0000/00/00 00:00:00";
+    return stamp.ok ? ModifyTime::FromSeconds(stamp.seconds) : ModifyTime::Unconverted();
 }
 
 void AnalyzeAudioFile(const QString& path, AudioFileInfo& info, bool multiPlotWanted,
@@ -553,7 +554,7 @@ void AnalyzeAudioFile(const QString& path, AudioFileInfo& info, bool multiPlotWa
     for (int attempt = 0; attempt < kAnalysisAttempts; ++attempt) {
         AudioFileInfo fresh;
         fresh.fileSize = stamp.size;
-        fresh.modifyTime = modifyTimeText(stamp.seconds);
+        fresh.modifyTime = ModifyTime::FromSeconds(stamp.seconds);
         if (!stamp.regular) {
             // A FIFO or a device would block or never end.
             info = std::move(fresh);
@@ -566,14 +567,27 @@ void AnalyzeAudioFile(const QString& path, AudioFileInfo& info, bool multiPlotWa
             return;
         }
         if (analyze) {
+            // A file that was in flight beside others when an analysis died is
+            // read alone, so that it alone is named if it happens again.
+            const bool suspect = journal && journal->isSuspect(key, stamp.size, stamp.modifiedNs);
+            std::optional<AnalysisJournal::Turn> turn;
+            if (journal)
+                turn.emplace(*journal, suspect);
             const std::uint64_t token =
                 journal ? journal->begin(key, stamp.size, stamp.modifiedNs) : 0;
             analyze(localPath.constData(), fresh, multiPlotWanted, loudnessWanted);
-            fresh.metadata = ReadFileMetadata(localPath.constData(), suffix.toStdString());
-            if (journal)
+            if (!AnalysisStopRequested())
+                fresh.metadata = ReadFileMetadata(localPath.constData(), suffix.toStdString());
+            if (journal) {
                 journal->end(token);
+                if (suspect && !AnalysisStopRequested())
+                    journal->clear(key);
+            }
         }
         info = std::move(fresh);
+        // Stopped half way: the caller throws the record away.
+        if (AnalysisStopRequested())
+            return;
         const StatResult after = stampOf(localPath);
         if (after == stamp) {
             if (analysedStamp && stamp.regular)
@@ -583,7 +597,7 @@ void AnalyzeAudioFile(const QString& path, AudioFileInfo& info, bool multiPlotWa
         stamp = after;
         if (!stamp.ok) {
             info.fileSize = 0;
-            info.modifyTime.clear();
+            info.modifyTime = ModifyTime();
             failWith(info, stamp.error == ENOENT ? kErrorNotFound : kErrorCannotOpen);
             return;
         }
@@ -614,8 +628,10 @@ void MeasureAudioFileParts(const QString& path, AudioFileInfo& info, std::int32_
             info.samplePeak = fresh.samplePeak;
         }
         if (parts & AnalysisPartMultiPlot) {
-            info.multiPlot = fresh.multiPlot;
-            info.isMultiPlotValid = fresh.isMultiPlotValid;
+            if (fresh.hasMultiPlot())
+                info.setMultiPlot(fresh.multiPlotLane(0), fresh.multiPlotLanes());
+            else
+                info.clearMultiPlot();
         }
     }
     info.measuredParts |= parts;

@@ -13,7 +13,6 @@
 #include <cstdint>
 #include <future>
 #include <memory>
-#include <string>
 #include <unordered_map>
 #include <vector>
 
@@ -23,11 +22,12 @@ class PreviewPlayer;
 
 // The "Analysis Library": one analysis record per audio file, keyed by full
 // path, filled on request by the per-file analysis, plus the preview player
-// that plays those files. The detail worker analyses; the table reads copies.
-// A record is valid while its file's size and modification time are
-// unchanged. With a persistent library attached, records are looked up there
-// before a file is analysed, and new ones are written back; every analysis
-// thread goes through here, so several may share the library.
+// that plays those files. The analysis workers fill it; records are handed out
+// shared and never change once stored (a new analysis stores a new one), so
+// the table reads them in place. A record is valid while its file's size and
+// modification time are unchanged. With a persistent library attached,
+// records are looked up there before a file is analysed, and new ones are
+// written back; any number of analysis threads may call at once.
 class KrokManager final : public QObject
 {
     Q_OBJECT
@@ -48,9 +48,12 @@ public:
     bool RegisterFiles(QStringList paths);
     // True when the record is current and holds every part now wanted.
     bool IsAnalyzed(const QString& path);
-    // Runs the analysis without holding the lock, then stores the record. A
-    // current record that lacks a wanted part gets only that part measured.
-    void AnalyzeFile(const QString& path);
+    using Record = std::shared_ptr<const AudioFileInfo>;
+    // Runs the analysis without holding the lock, then stores the record and
+    // returns it. A current record that lacks a wanted part gets only that
+    // part measured; one that holds every part is returned as it is. Null when
+    // the analysis was stopped (AnalysisStop.h): nothing is stored then.
+    Record AnalyzeFile(const QString& path);
     // The next analysis of these files starts afresh and replaces their rows.
     void InvalidateFiles(const QStringList& paths);
     // Checks the records of `paths` against their files and takes what the
@@ -63,7 +66,6 @@ public:
     struct Recall
     {
         QStringList keys;
-        std::vector<std::string> stdKeys;
         std::vector<FileStamp> stamps;
         std::future<LibraryRows> rows;
     };
@@ -84,6 +86,11 @@ public:
     // (see AnalysisLibraryThread::Flush for `catchUp`). Blocks; not for the
     // GUI thread.
     void FlushLibrary(bool catchUp = false);
+    // The stored record, shared; null when there is none.
+    Record FindRecord(const QString& path);
+    // For each path, its record when it is current and holds every part now
+    // wanted (what IsAnalyzed tells), else null. One lock for all.
+    std::vector<Record> CurrentRecords(const QStringList& paths);
     // A copy of the record, or the shared default record.
     AudioFileInfo GetFileInfo(const QString& path);
     // False (and `out` untouched) when the registry holds no record for the path.
@@ -122,18 +129,14 @@ signals:
 private:
     struct Entry
     {
-        Entry(AudioFileInfo&& record, const FileStamp& fileStamp)
-            : info(std::move(record))
-            , stamp(fileStamp)
-        {}
-
-        AudioFileInfo info;
+        Record info;
         FileStamp stamp;
         // Set when the file changed or a refresh was asked: analysed afresh next.
         bool stale = false;
     };
 
     std::int32_t wantedParts() const;
+    bool isCurrent(const Entry& entry) const;
     std::shared_ptr<AnalysisLibraryThread> currentLibrary();
 
     mutable QMutex mutex;
@@ -143,7 +146,8 @@ private:
     PreviewPlayer* player = nullptr;
     bool loudnessEnabled = false;
     bool multiPlotEnabled = false;
-    std::unordered_map<std::string, Entry> records;
+    // Keyed by the path the list gave, whose characters the table's rows share.
+    std::unordered_map<QString, Entry> records;
     std::shared_ptr<AnalysisLibraryThread> library;
     // Libraries turned off while a lookup may still use them; joined at Finalize.
     std::vector<std::shared_ptr<AnalysisLibraryThread>> retiredLibraries;
@@ -167,7 +171,6 @@ void AnalyzeAudioFile(const QString& path, AudioFileInfo& info, bool multiPlotWa
 void MeasureAudioFileParts(const QString& path, AudioFileInfo& info, std::int32_t parts,
                            AnalysisJournal* journal = nullptr);
 
-// "%04d/%02d/%02d %02d:%02d:%02d" in local time; "0000/00/00 00:00:00" when
-// the file's status cannot be read.
-std::string FileModifyTimeText(const QString& path);
-std::string ModifyTimeText(std::int64_t mtimeNs);
+// The file's modification time; ModifyTime::Unconverted() ("0000/00/00
+// 00:00:00") when its status cannot be read.
+ModifyTime FileModifyTime(const QString& path);

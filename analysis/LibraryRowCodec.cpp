@@ -6,6 +6,7 @@
 #include <QVariant>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 namespace {
@@ -20,7 +21,7 @@ enum Column
     Measured,
     IsValid,
     HeaderRead,
-    ModifyTime,
+    ModifyTimeText,
     SamplingRate,
     Channels,
     Samples,
@@ -56,6 +57,11 @@ void CopyPlot(const QByteArray& bytes, PlotPoint* points, int count)
 QString Text(const std::string& s)
 {
     return QString::fromStdString(s);
+}
+
+SharedText Shared(const QVariant& value)
+{
+    return SharedText(value.toString().toStdString());
 }
 
 } // namespace
@@ -103,7 +109,7 @@ void LibraryRowCodec::Bind(QSqlQuery& q, const LibraryRow& row, int analysisVers
     q.addBindValue(i.measuredParts);
     q.addBindValue(i.isValid);
     q.addBindValue(i.isHeaderRead);
-    q.addBindValue(Text(i.modifyTime));
+    q.addBindValue(Text(i.modifyTime.text()));
     q.addBindValue(i.samplingRate);
     q.addBindValue(i.channels);
     q.addBindValue(i.samples);
@@ -114,14 +120,13 @@ void LibraryRowCodec::Bind(QSqlQuery& q, const LibraryRow& row, int analysisVers
     q.addBindValue(i.loopStart);
     q.addBindValue(i.loopEnd);
     q.addBindValue(double(i.loudness));
-    q.addBindValue(Text(i.format));
+    q.addBindValue(Text(i.format.str()));
     q.addBindValue(PlotBytes(i.plot.data(), kPlotPoints));
     // Only the channels the file has, and only when they were plotted.
-    const int lanes = std::clamp(i.channels, 0, kMaxPlotChannels);
-    q.addBindValue(i.isMultiPlotValid != 0
-                       ? QVariant(PlotBytes(i.multiPlot.data(), lanes * kPlotPoints))
-                       : QVariant());
-    q.addBindValue(Text(i.errorText));
+    const int lanes = std::min(std::clamp(i.channels, 0, kMaxPlotChannels), i.multiPlotLanes());
+    q.addBindValue(i.hasMultiPlot() ? QVariant(PlotBytes(i.multiPlotLane(0), lanes * kPlotPoints))
+                                    : QVariant());
+    q.addBindValue(Text(i.errorText.str()));
     q.addBindValue(double(i.samplePeak));
     const std::string metadata = StoredMetadataBytes(i.metadata.get());
     q.addBindValue(metadata.empty() ? QVariant()
@@ -148,7 +153,7 @@ void LibraryRowCodec::Read(const QSqlQuery& q, LibraryRow& row)
     i.isValid = q.value(IsValid).toInt();
     i.isHeaderRead = q.value(HeaderRead).toInt();
     i.fileSize = row.stamp.size;
-    i.modifyTime = q.value(ModifyTime).toString().toStdString();
+    i.modifyTime = ModifyTime::FromText(q.value(ModifyTimeText).toString().toStdString());
     i.samplingRate = q.value(SamplingRate).toInt();
     i.channels = q.value(Channels).toInt();
     i.samples = q.value(Samples).toInt();
@@ -159,13 +164,15 @@ void LibraryRowCodec::Read(const QSqlQuery& q, LibraryRow& row)
     i.loopStart = q.value(LoopStart).toInt();
     i.loopEnd = q.value(LoopEnd).toInt();
     i.loudness = q.value(Loudness).toFloat();
-    i.format = q.value(Format).toString().toStdString();
+    i.format = Shared(q.value(Format));
     CopyPlot(q.value(Plot).toByteArray(), i.plot.data(), kPlotPoints);
     const QVariant multi = q.value(MultiPlot);
-    i.isMultiPlotValid = multi.isNull() ? 0 : 1;
-    if (i.isMultiPlotValid != 0)
-        CopyPlot(multi.toByteArray(), i.multiPlot.data(), kMaxPlotChannels * kPlotPoints);
-    i.errorText = q.value(ErrorText).toString().toStdString();
+    if (!multi.isNull()) {
+        std::array<PlotPoint, kMaxPlotChannels * kPlotPoints> lanes{};
+        CopyPlot(multi.toByteArray(), lanes.data(), kMaxPlotChannels * kPlotPoints);
+        i.setMultiPlot(lanes.data(), std::clamp(i.channels, 0, kMaxPlotChannels));
+    }
+    i.errorText = Shared(q.value(ErrorText));
     i.samplePeak = q.value(SamplePeak).toFloat();
     const QByteArray metadata = q.value(Metadata).toByteArray();
     i.metadata = metadata.isEmpty() ? nullptr

@@ -1,3 +1,4 @@
+#include "AnalysisStop.h"
 #include "LoudnessMeter.h"
 #include "WaveSoundSource.h"
 
@@ -28,7 +29,7 @@ bool MeasureFileLoudness(const char* localPath, float* out, float* samplePeak)
     float peak = 0.0f;
     for (std::int64_t done = 0; done < samples;) {
         const std::int64_t want = std::min(kBlockFrames, samples - done);
-        if (source.read(block.data(), want) != want)
+        if (AnalysisStopRequested() || source.read(block.data(), want) != want)
             return false;
         const std::size_t n = std::size_t(want) * std::size_t(channels);
         for (std::size_t i = 0; i < n; ++i)

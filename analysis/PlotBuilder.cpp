@@ -3,6 +3,7 @@
 #include "WaveHeaderReader.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
 
 namespace {
@@ -37,7 +38,29 @@ void forScannedFrames(const PlotGeometry& g, std::int64_t first, std::int64_t fr
     }
 }
 
+template<typename Builder>
+void finishInto(const Builder& builder, AudioFileInfo& info, bool multi)
+{
+    if (!multi) {
+        builder.finish(info.plot.data(), nullptr);
+        return;
+    }
+    std::array<PlotPoint, kMaxPlotChannels * kPlotPoints> lanes{};
+    builder.finish(info.plot.data(), lanes.data());
+    info.setMultiPlot(lanes.data(), std::clamp(info.channels, 0, kMaxPlotChannels));
+}
+
 } // namespace
+
+void FinishPlots(const FloatPlotBuilder& builder, AudioFileInfo& info, bool multi)
+{
+    finishInto(builder, info, multi);
+}
+
+void FinishPlots(const WavePlotBuilder& builder, AudioFileInfo& info, bool multi)
+{
+    finishInto(builder, info, multi);
+}
 
 FloatPlotBuilder::FloatPlotBuilder(int samples, int samplingRate, int channels, bool multi)
     : m_g(channels > 0 ? ComputePlotGeometry(samples, samplingRate) : PlotGeometry{})

@@ -57,3 +57,8 @@ private:
     std::vector<int> m_mixedMax, m_mixedMin;
     std::vector<std::int32_t> m_max, m_min; // per channel x bucket
 };
+
+// Writes the builder's plots into the record: the mixed plot, and, when
+// `multi`, the per-channel plot of the record's first eight channels.
+void FinishPlots(const FloatPlotBuilder& builder, AudioFileInfo& info, bool multi);
+void FinishPlots(const WavePlotBuilder& builder, AudioFileInfo& info, bool multi);

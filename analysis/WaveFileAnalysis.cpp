@@ -1,5 +1,6 @@
 #include "WaveFileAnalysis.h"
 
+#include "AnalysisStop.h"
 #include "LoudnessMeter.h"
 #include "PlotBuilder.h"
 #include "WaveSoundSource.h"
@@ -53,7 +54,8 @@ void streamWhole(WaveSoundSource& source, WavePlotBuilder& plot, AudioFileInfo& 
     bool complete = true;
     while (done < h.samples) {
         const std::int64_t want = std::min<std::int64_t>(kBlockFrames, h.samples - done);
-        const std::int64_t got = source.readLeftJustified(ints.data(), want);
+        const std::int64_t got =
+            AnalysisStopRequested() ? 0 : source.readLeftJustified(ints.data(), want);
         if (got <= 0) {
             complete = false;
             break;
@@ -85,7 +87,7 @@ void streamPlotFrames(WaveSoundSource& source, WavePlotBuilder& plot)
                                    std::size_t(channels));
     for (int i = 0; i < g.points; ++i) {
         const std::int64_t first = std::int64_t(i) * g.framesPerBucket;
-        if (!source.seek(first))
+        if (AnalysisStopRequested() || !source.seek(first))
             return;
         for (std::int64_t done = 0; done < g.scan;) {
             const std::int64_t want = std::min<std::int64_t>(kBlockFrames, g.scan - done);
@@ -118,7 +120,5 @@ void AnalyzeWaveFile(const char* localPath, AudioFileInfo& info, bool multiPlotW
         streamWhole(source, plot, info);
     else if (plot.active())
         streamPlotFrames(source, plot);
-    plot.finish(info.plot.data(), multiPlotWanted ? info.multiPlot.data() : nullptr);
-    if (multiPlotWanted)
-        info.isMultiPlotValid = 1;
+    FinishPlots(plot, info, multiPlotWanted);
 }

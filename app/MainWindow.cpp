@@ -1,5 +1,6 @@
 #include "MainWindow.h"
 
+#include "AnalysisPass.h"
 #include "BookmarkNameDialog.h"
 #include "CommandLineRoot.h"
 #include "DefaultWindowGeometry.h"
@@ -505,8 +506,10 @@ void MainWindow::SlotOpenSettingsForm()
                           manager->GetMatchLoudnessMaxBoost());
     form.setOutputDevices(manager->GetOutputDevices(), manager->GetOutputDevice());
     form.setUcsCatIdListPath(manager->GetUcsCatIdListPath());
+    form.setAnalysisThreads(manager->GetAnalysisThreads(), AnalysisPass::DefaultWorkerCount());
     if (form.exec() != QDialog::Accepted)
         return;
+    manager->SetAnalysisThreads(form.analysisThreads());
     manager->SetExternalTool(form.toolPath(), form.toolArgs());
     manager->SetSeekTimeMs(form.seekTimeMs());
     manager->SetMatchLoudnessLimits(form.matchTargetLufs(), form.matchMaxBoostDb());

@@ -14,6 +14,10 @@ inline constexpr int kMaxRowHeight = 200;
 inline constexpr int kMinSeekTimeMs = 100;
 inline constexpr int kMaxSeekTimeMs = 300000;
 
+// Analysis threads; 0 stands for one per processor core. More than any
+// processor of today has is taken as is.
+inline constexpr int kMaxAnalysisThreads = 256;
+
 inline constexpr int kMinFontPointSize = 1;
 inline constexpr int kMaxFontPointSize = 200;
 

@@ -68,6 +68,7 @@ const Key kKeys[] = {
     {"externalExecutePath", &StoredSettings::externalExecutePath, 0, kMaxSettingTextLength},
     {"externalExecuteArgs", &StoredSettings::externalExecuteArgs, 0, kMaxSettingTextLength},
     {"seekTimeMs", &StoredSettings::seekTimeMs, kMinSeekTimeMs, kMaxSeekTimeMs},
+    {"analysisThreads", &StoredSettings::analysisThreads, 0, kMaxAnalysisThreads},
     {"GACAddress", &StoredSettings::gacAddress, 1, kMaxSettingTextLength},
     {"GACPortNumber", &StoredSettings::gacPortNumber, kMinPortNumber, kMaxPortNumber},
     {"ColorTheme", &StoredSettings::colorTheme, 0, 2, false},

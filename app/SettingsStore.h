@@ -40,6 +40,8 @@ struct StoredSettings
     QString externalExecutePath;
     QString externalExecuteArgs;
     int seekTimeMs = 1000;
+    // Files analysed at once; 0: one per processor core.
+    int analysisThreads = 0;
     QString gacAddress = QStringLiteral("localhost");
     int gacPortNumber = 4444;
     int colorTheme = 0;

@@ -1,17 +1,27 @@
 #include "SubThreadGetDetail.h"
 
+#include "AnalysisPass.h"
+#include "FreeMemory.h"
 #include "KrokManager.h"
 
 #include <QElapsedTimer>
-#include <QMutexLocker>
 
 #include <algorithm>
-#include <memory>
+#include <chrono>
+
+namespace {
+
+constexpr qint64 kMinWaitMs = 5;
+
+} // namespace
 
 SubThreadGetDetail::SubThreadGetDetail(KrokManager* registryToDrive, QObject* parent)
     : QThread(parent)
     , registry(registryToDrive)
-{}
+    , wantedRows(AnalysisPass::kNoWantedRows)
+{
+    qRegisterMetaType<AnalyzedRows>("AnalyzedRows");
+}
 
 SubThreadGetDetail::~SubThreadGetDetail()
 {
@@ -21,44 +31,53 @@ SubThreadGetDetail::~SubThreadGetDetail()
 
 void SubThreadGetDetail::start(const QStringList& list)
 {
-    {
-        QMutexLocker lock(&cancelMutex);
-        cancelRequested = false;
-    }
+    stopRequested = false;
+    batchInFlight = false;
+    ++runNumber;
     fileList = list;
     QThread::start(QThread::InheritPriority);
 }
 
 void SubThreadGetDetail::cancel()
 {
-    QMutexLocker lock(&cancelMutex);
-    cancelRequested = true;
+    stopRequested = true;
 }
 
 void SubThreadGetDetail::requestInvalidate()
 {
-    QMutexLocker lock(&invalidateMutex);
     invalidateRequested = true;
 }
 
-bool SubThreadGetDetail::takeCancelRequest()
+void SubThreadGetDetail::setWorkerCount(int count)
 {
-    QMutexLocker lock(&cancelMutex);
-    const bool requested = cancelRequested;
-    cancelRequested = false;
-    return requested;
+    workers = std::max(count, 0);
+}
+
+int SubThreadGetDetail::workerCount() const
+{
+    const int count = workers.load();
+    return count > 0 ? count : AnalysisPass::DefaultWorkerCount();
+}
+
+void SubThreadGetDetail::setWantedRows(int first, int last)
+{
+    wantedRows = first >= 0 && first <= last ? AnalysisPass::WantedRows(first, last)
+                                             : AnalysisPass::kNoWantedRows;
+}
+
+void SubThreadGetDetail::rowsTaken()
+{
+    batchInFlight = false;
 }
 
 bool SubThreadGetDetail::takeInvalidateRequest()
 {
-    QMutexLocker lock(&invalidateMutex);
-    const bool requested = invalidateRequested;
-    invalidateRequested = false;
-    return requested;
+    return invalidateRequested.exchange(false);
 }
 
 void SubThreadGetDetail::run()
 {
+    const int runId = runNumber.load();
     const int n = fileList.size();
     if (n < 1) {
         emit SigEndGetDetailInfo();
@@ -70,47 +89,34 @@ void SubThreadGetDetail::run()
     if (refresh)
         registry->InvalidateFiles(fileList);
 
-    // The library reads the rows of the next files while this thread takes
-    // in the rows of the present ones.
-    int recalledTo = 0;
-    std::unique_ptr<KrokManager::Recall> nextRecall;
-    const auto beginRecall = [&](int at) {
-        nextRecall = registry->BeginRecall(fileList.mid(at, kRecallChunk));
-    };
-    if (!refresh)
-        beginRecall(0);
-    int from = 0;
+    AnalysisPass pass(*registry, fileList, workerCount(), refresh, stopRequested, wantedRows);
+    AnalyzedRows pending;
+    QElapsedTimer sinceBatch;
+    sinceBatch.start();
     for (;;) {
-        QElapsedTimer clock;
-        clock.start();
-        int last = from - 1;
-        for (int i = from; i < n; ++i) {
-            if (takeCancelRequest())
-                return;
-            if (!refresh && i >= recalledTo) {
-                const std::unique_ptr<KrokManager::Recall> recall = std::move(nextRecall);
-                recalledTo = std::min(n, i + kRecallChunk);
-                if (recalledTo < n)
-                    beginRecall(recalledTo);
-                registry->EndRecall(*recall);
-            }
-            const QString& path = fileList.at(i);
-            if (!registry->IsAnalyzed(path))
-                registry->AnalyzeFile(path);
-            last = i;
-            if (clock.elapsed() > kRangeBudgetMs)
-                break;
-        }
-        if (last >= from) {
-            if (takeCancelRequest())
-                return;
-            // Blocking-queued: returns once the GUI thread has taken the range in.
-            emit SigAnalyzedInfoAcquired(from, last);
-        }
-        if (last >= n - 1) {
-            emit SigEndGetDetailInfo();
+        // A batch the GUI has not taken yet holds the next back a little longer.
+        const qint64 left = std::max<qint64>(kMinWaitMs, kBatchIntervalMs - sinceBatch.elapsed());
+        for (AnalysisPass::Finished& done : pass.Collect(std::chrono::milliseconds(left)))
+            pending.append({done.index, fileList.at(done.index), std::move(done.record)});
+        // Cancelled: the pass stops its workers as it goes out of scope.
+        if (stopRequested)
             return;
+        const bool complete = pass.IsComplete();
+        // The GUI thread gets one batch at a time, so that it never has a queue of them.
+        if (!pending.isEmpty() &&
+            (complete || (sinceBatch.elapsed() >= kBatchIntervalMs && !batchInFlight))) {
+            std::sort(pending.begin(), pending.end(),
+                      [](const AnalyzedRow& a, const AnalyzedRow& b) { return a.row < b.row; });
+            batchInFlight = true;
+            emit SigAnalyzedRowsAcquired(pending, runId);
+            pending = AnalyzedRows();
+            sinceBatch.restart();
         }
-        from = last + 1;
+        if (complete && pending.isEmpty())
+            break;
     }
+    // The pass's passing structures (batches, lookups) leave their memory free.
+    ReleaseFreeMemory();
+    // Blocking-queued: every batch before it has been taken in when it returns.
+    emit SigEndGetDetailInfo();
 }

@@ -1,13 +1,19 @@
 #pragma once
 
-#include <QMutex>
+#include "AnalyzedRows.h"
+
 #include <QStringList>
 #include <QThread>
 
+#include <atomic>
+#include <cstdint>
+
 class KrokManager;
 
-// Has the registry analyse the listed files one by one and reports what is
-// done in ranges of about 250 ms of work. One object, reused for every run.
+// Has the registry analyse the listed files on a pool of worker threads
+// (AnalysisPass) and hands what is finished to the GUI thread in batches, at
+// most one every 100 ms, each once the previous one was taken in. The rows the
+// table shows go first. One object, reused for every run.
 class SubThreadGetDetail final : public QThread
 {
     Q_OBJECT
@@ -20,30 +26,41 @@ public:
     // Clears the cancel flag, keeps a copy of the list and starts the thread.
     // Must not be called while the thread runs.
     void start(const QStringList& list);
+    // Every worker stops within one block of audio; the run ends without a
+    // further signal.
     void cancel();
     // The next run invalidates its whole list first, so that every file is analysed afresh.
     void requestInvalidate();
+    // Worker threads for the next runs; 0 (the default) for one per processor core.
+    void setWorkerCount(int count);
+    int workerCount() const;
+    // The rows of the list the table shows now (first > last: none); they are
+    // analysed before the others. Any thread, any time.
+    void setWantedRows(int first, int last);
+    // The run a batch came from; batches of an earlier run are stale.
+    int currentRun() const { return runNumber.load(); }
+    // The GUI thread took the last batch in; the next may be sent.
+    void rowsTaken();
 
-    static constexpr qint64 kRangeBudgetMs = 250;
-    // Files checked against the persistent library in one lookup.
-    static constexpr int kRecallChunk = 512;
+    static constexpr qint64 kBatchIntervalMs = 100;
 
 signals:
-    void SigAnalyzedInfoAcquired(int i_from, int i_to);
+    // Queued: the files finished since the last batch.
+    void SigAnalyzedRowsAcquired(AnalyzedRows rows, int run);
     void SigEndGetDetailInfo();
 
 protected:
     void run() override;
 
 private:
-    // Reads and clears the cancel flag.
-    bool takeCancelRequest();
     bool takeInvalidateRequest();
 
-    QMutex cancelMutex;
-    QMutex invalidateMutex;
     KrokManager* registry;
-    bool cancelRequested = false;
-    bool invalidateRequested = false;
+    std::atomic<bool> stopRequested{false};
+    std::atomic<bool> invalidateRequested{false};
+    std::atomic<bool> batchInFlight{false};
+    std::atomic<int> workers{0};
+    std::atomic<int> runNumber{0};
+    std::atomic<std::int64_t> wantedRows;
     QStringList fileList;
 };

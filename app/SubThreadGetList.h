@@ -1,12 +1,15 @@
 #pragma once
 
 #include <QList>
-#include <QMutex>
 #include <QString>
 #include <QThread>
 
-// Walks the root folder and collects the supported audio files. One object,
-// reused for every run; the manager owns it.
+#include <atomic>
+
+// Walks the root folder and collects the supported audio files, in the
+// natural order of their paths (PathRanking), which is the order the table
+// shows while the files are analysed. One object, reused for every run; the
+// manager owns it.
 class SubThreadGetList final : public QThread
 {
     Q_OBJECT
@@ -28,11 +31,8 @@ protected:
     void run() override;
 
 private:
-    bool isCancelRequested();
-
-    QMutex mutex;
     QString rootPath;
     bool recursive = false;
     bool showHidden = false;
-    bool cancelRequested = false;
+    std::atomic<bool> cancelRequested{false};
 };

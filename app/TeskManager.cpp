@@ -34,6 +34,7 @@ TeskManager::TeskManager(QObject* parent)
     qRegisterMetaType<QList<QString>>("QList<QString>");
     qRegisterMetaType<SearchCriteriaStruct>("SearchCriteriaStruct");
     qRegisterMetaType<TeskManager::ColorTheme>("TeskManager::ColorTheme");
+    qRegisterMetaType<AnalyzedRows>("AnalyzedRows");
 
     // The registry owns the preview player. Without a sound card the engine runs
     // on SDL's dummy output, so positions and play ends still advance in time.
@@ -63,8 +64,10 @@ TeskManager::TeskManager(QObject* parent)
     connect(&rootWatcher, &QFileSystemWatcher::directoryChanged, this,
             &TeskManager::SlotRootFolderChanged);
 
-    connect(threadGetDetail, &SubThreadGetDetail::SigAnalyzedInfoAcquired, this,
-            &TeskManager::SlotAnalyzedInfoAcquired, Qt::BlockingQueuedConnection);
+    // Batches do not hold the workers up; the end waits until the GUI thread
+    // has taken it in, after every batch before it.
+    connect(threadGetDetail, &SubThreadGetDetail::SigAnalyzedRowsAcquired, this,
+            &TeskManager::SlotAnalyzedRowsAcquired, Qt::QueuedConnection);
     connect(threadGetDetail, &SubThreadGetDetail::SigEndGetDetailInfo, this,
             &TeskManager::SlotEndGetDetailInfo, Qt::BlockingQueuedConnection);
     connect(threadGetList, &SubThreadGetList::SigFileListCreated, this,
@@ -666,9 +669,28 @@ void TeskManager::StartListWorker()
 
 void TeskManager::StartDetailWorkerForUpdate()
 {
-    progressTotal = pendingUpdateFiles.size();
+    StartDetailWorker(pendingUpdateFiles);
+}
+
+void TeskManager::StartDetailWorker(const QStringList& files)
+{
+    progressTotal = files.size();
+    analysedRows.assign(std::size_t(files.size()), false);
+    analysedCount = 0;
+    analysedFront = 0;
     emit SigProgressChanged(0, progressTotal);
-    threadGetDetail->start(pendingUpdateFiles);
+    threadGetDetail->setWorkerCount(s.analysisThreads);
+    threadGetDetail->start(files);
+}
+
+void TeskManager::SetAnalysisThreads(int threads)
+{
+    s.analysisThreads = qBound(0, threads, kMaxAnalysisThreads);
+}
+
+void TeskManager::SetWantedRows(int first, int last)
+{
+    threadGetDetail->setWantedRows(first, last);
 }
 
 bool TeskManager::IsListingRoot() const
@@ -758,12 +780,10 @@ void TeskManager::SlotFileListAcquired(QList<QString> fileList)
             emit SigFileSelectionRequested(pendingSelection);
             pendingSelection.clear();
         }
-        progressTotal = fileList.size();
-        emit SigProgressChanged(0, progressTotal);
         emit SigSetStatusMessage(
             tr("Completed adding files to Analysis Library  Waiting for analyzed data..."));
         emit SigRestoreCursor();
-        threadGetDetail->start(fileList);
+        StartDetailWorker(fileList);
     } else {
         emit SigRestoreCursor();
         emit SigProgressEnded();
@@ -772,15 +792,32 @@ void TeskManager::SlotFileListAcquired(QList<QString> fileList)
     }
 }
 
-void TeskManager::SlotAnalyzedInfoAcquired(int i_from, int i_to)
+void TeskManager::SlotAnalyzedRowsAcquired(AnalyzedRows rows, int run)
 {
-    if (listCancelPending || detailCancelPending || rootMissing)
+    threadGetDetail->rowsTaken();
+    if (listCancelPending || detailCancelPending || rootMissing ||
+        run != threadGetDetail->currentRun())
         return;
-    emit SigAnalyzedInfoAcquired(i_from, i_to);
-    emit SigProgressChanged(i_to + 1, progressTotal);
+    emit SigAnalyzedRowsAcquired(rows);
+    for (const AnalyzedRow& row : qAsConst(rows)) {
+        if (row.row >= 0 && std::size_t(row.row) < analysedRows.size() &&
+            !analysedRows[std::size_t(row.row)]) {
+            analysedRows[std::size_t(row.row)] = true;
+            ++analysedCount;
+        }
+    }
+    emit SigProgressChanged(analysedCount, progressTotal);
+    // The status line follows the front of the list, as ranges in order.
+    const int from = analysedFront;
+    while (std::size_t(analysedFront) < analysedRows.size() &&
+           analysedRows[std::size_t(analysedFront)])
+        ++analysedFront;
+    if (analysedFront == from)
+        return;
+    emit SigAnalyzedInfoAcquired(from, analysedFront - 1);
     emit SigSetStatusMessage(tr("Completed data analysis from %1 to %2 of %3")
-                                 .arg(i_from + 1)
-                                 .arg(i_to + 1)
+                                 .arg(from + 1)
+                                 .arg(analysedFront)
                                  .arg(totalFileCount));
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AnalysisLibrarySettings.h"
+#include "AnalyzedRows.h"
 #include "Bookmark.h"
 #include "FontSettings.h"
 #include "SearchCriteriaStruct.h"
@@ -14,6 +15,8 @@
 #include <QStringList>
 #include <QTimer>
 
+#include <vector>
+
 class KrokManager;
 class LumoManager;
 class SubThreadGetDetail;
@@ -21,7 +24,7 @@ class SubThreadGetList;
 
 // The hub of the program: holds the user's state, owns the analysis registry
 // and the two workers, runs root folder -> file list -> registration ->
-// analysis in ranges, drives preview playback through the registry and
+// analysis in batches, drives preview playback through the registry and
 // announces every change through its signals. Lives on the GUI thread.
 class TeskManager final : public QObject
 {
@@ -125,6 +128,12 @@ public:
     // Kept for the next save; the table hands its header over before saving.
     void SetTableHeaderState(const QByteArray& state) { s.tableHeaderState = state; }
     void SetSeekTimeMs(int ms);
+    // Files analysed at once: 1 up to the number of processor cores; 0 for
+    // one per core. Takes effect with the next pass.
+    int GetAnalysisThreads() const { return s.analysisThreads; }
+    void SetAnalysisThreads(int threads);
+    // The rows of the current list the table shows; they are analysed first.
+    void SetWantedRows(int first, int last);
     // Moves the playing file one seek step forward or backward.
     void SeekPlayback(bool backward);
 
@@ -146,6 +155,10 @@ signals:
     void SigPlaylistFlagChanged(bool flag);
     void SigAnalysisLibraryChanged(bool flag);
     void SigFilePathListAcquired(QList<QString> pathList);
+    // Finished files of the list (rows in list order), as the workers hand them over.
+    void SigAnalyzedRowsAcquired(AnalyzedRows rows);
+    // The list is analysed from i_from to i_to now, with every row before: one
+    // range per advance of that front, in order.
     void SigAnalyzedInfoAcquired(int i_from, int i_to);
     void SigEndGetDetailInfo();
     void SigSetWaitCursor();
@@ -207,7 +220,7 @@ public slots:
     void SlotPlayListFlag(bool* flag);
     void SlotRootPathRequired(QString* path);
     void SlotFileListAcquired(QList<QString> fileList);
-    void SlotAnalyzedInfoAcquired(int i_from, int i_to);
+    void SlotAnalyzedRowsAcquired(AnalyzedRows rows, int run);
     void SlotEndGetDetailInfo();
     void SlotThreadGetListFinished();
     void SlotThreadGetDetailFinished();
@@ -227,6 +240,7 @@ private:
     void RestartAcquisition();
     void StartListWorker();
     void StartDetailWorkerForUpdate();
+    void StartDetailWorker(const QStringList& files);
     void StartPlaylistTimerIfWanted();
     // Sets the loudness-match gain for the file about to start and announces it.
     void PreparePreview(const QString& path);
@@ -241,8 +255,12 @@ private:
     // The persisted state, with the built-in defaults until the store is read.
     StoredSettings s;
     QString pendingSelection;
-    // Files in the analysis under way, for the progress.
+    // Files in the analysis under way, for the progress: which are done, how
+    // many, and the first not done.
     int progressTotal = 0;
+    std::vector<bool> analysedRows;
+    int analysedCount = 0;
+    int analysedFront = 0;
     QString lastPlayingPath;
     QTimer timerPlaylist;
     QTimer timerStatus;

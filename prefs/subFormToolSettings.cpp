@@ -112,6 +112,19 @@ subFormToolSettings::subFormToolSettings(const QString& toolPath, const QString&
     ucsLayout->addWidget(editCatIdList, 1, 0);
     ucsLayout->addWidget(buttonOpenCatIdList, 1, 1);
 
+    auto* groupAnalysis = new QGroupBox(tr("Analysis"), this);
+    spinAnalysisThreads = new QSpinBox(groupAnalysis);
+    spinAnalysisThreads->setObjectName(QStringLiteral("spinAnalysisThreads"));
+    spinAnalysisThreads->setRange(1, 1);
+    auto* analysisLayout = new QGridLayout(groupAnalysis);
+    auto* analysisHint = new QLabel(tr("Files analysed at once (one per processor core at most). "
+                                       "Fewer leave more of the computer to other programs "
+                                       "while a folder is analysed."),
+                                    groupAnalysis);
+    analysisHint->setWordWrap(true);
+    analysisLayout->addWidget(analysisHint, 0, 0);
+    analysisLayout->addWidget(spinAnalysisThreads, 1, 0);
+
     auto* buttons = new QDialogButtonBox(this);
     QPushButton* ok = buttons->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole);
     ok->setObjectName(QStringLiteral("buttonOk"));
@@ -123,6 +136,7 @@ subFormToolSettings::subFormToolSettings(const QString& toolPath, const QString&
     layout->addWidget(groupSeek);
     layout->addWidget(groupPreview);
     layout->addWidget(groupUcs);
+    layout->addWidget(groupAnalysis);
     layout->addStretch(1);
     layout->addWidget(buttons);
     resize(460, sizeHint().height());
@@ -154,6 +168,21 @@ QString subFormToolSettings::toolArgs() const
 int subFormToolSettings::seekTimeMs() const
 {
     return spinSeekTime->value();
+}
+
+void subFormToolSettings::setAnalysisThreads(int threads, int cores)
+{
+    const int most = std::max(cores, 1);
+    spinAnalysisThreads->setRange(1, most);
+    spinAnalysisThreads->setValue(threads <= 0 ? most : std::min(threads, most));
+}
+
+int subFormToolSettings::analysisThreads() const
+{
+    // Every core stays "every core" on a computer with more of them.
+    return spinAnalysisThreads->value() >= spinAnalysisThreads->maximum()
+               ? 0
+               : spinAnalysisThreads->value();
 }
 
 void subFormToolSettings::setMatchLoudness(bool on, double targetLufs, double maxBoostDb)

@@ -10,9 +10,10 @@ class QSpinBox;
 class QToolButton;
 
 // "Tool Settings": the external program that opens a file, its argument line
-// with "%FILEPATH%", the seek step of the 'R' and 'T' keys, and the preview:
-// loudness match (target and largest boost) and output device, and the UCS
-// CatID list. The caller stores the values when the dialog is accepted.
+// with "%FILEPATH%", the seek step of the 'R' and 'T' keys, the preview:
+// loudness match (target and largest boost) and output device, the UCS
+// CatID list, and how many files are analysed at once. The caller stores the
+// values when the dialog is accepted.
 class subFormToolSettings final : public QDialog
 {
     Q_OBJECT
@@ -38,6 +39,10 @@ public:
     void setOutputDevices(const QStringList& devices, const QString& current);
     // "" for the system default.
     QString outputDevice() const;
+    // Files analysed at once, 1 up to `cores`; 0 (and `cores`) for one per core.
+    void setAnalysisThreads(int threads, int cores);
+    // 0 when one per core is chosen.
+    int analysisThreads() const;
 
     // What OK says when nothing exists at the tool path ("%1" is the path).
     static QString missingToolText();
@@ -52,6 +57,7 @@ private:
     QToolButton* buttonOpenFile = nullptr;
     QLineEdit* editToolArgs = nullptr;
     QSpinBox* spinSeekTime = nullptr;
+    QSpinBox* spinAnalysisThreads = nullptr;
     QCheckBox* checkMatch = nullptr;
     QDoubleSpinBox* spinTarget = nullptr;
     QDoubleSpinBox* spinBoost = nullptr;

@@ -24,7 +24,7 @@ sanitize=(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=unde
 analysis=(WaveByteSource WaveChunkSupport RiffChunkParser FormChunkParser WaveHeaderReader
           LoudnessMeter LoudnessFileDriver WaveformPlot WaveFileAnalysis PlotBuilder
           WaveSoundSource Mp3FrameScanner Mp3SoundSource OggSoundSource CompressedFileAnalysis
-          SoundSource)
+          SoundSource AnalysisStop SharedText AudioFileInfo)
 objects=()
 for s in "${analysis[@]}"; do
     o="$out/obj/$s.o"

@@ -1,10 +1,13 @@
 #include "KrokTableSortModel.h"
 
+#include "AudioFileInfo.h"
+#include "PathRanking.h"
 #include "krokTableModel.h"
 
-#include <QLocale>
-
 namespace {
+
+// Past this many rows changing at once, the keys are taken afresh when next needed.
+constexpr int kManyChangedRows = 256;
 
 bool isNumber(const QVariant& v)
 {
@@ -42,14 +45,7 @@ int threeWay(T a, T b)
 
 KrokTableSortModel::KrokTableSortModel(QObject* parent)
     : QSortFilterProxyModel(parent)
-    , collator(QLocale::system())
-{
-    // The C locale collates by code point and ignores numeric mode; take2
-    // must still sort before take10 there, so it collates as English.
-    if (QLocale::system().language() == QLocale::C)
-        collator.setLocale(QLocale(QLocale::English));
-    collator.setNumericMode(true);
-}
+{}
 
 KrokTableSortModel::~KrokTableSortModel() = default;
 
@@ -59,11 +55,12 @@ void KrokTableSortModel::setSourceModel(QAbstractItemModel* model)
         disconnect(sourceModel(), nullptr, this, nullptr);
     dropKeys();
     table = qobject_cast<const krokTableModel*>(model);
-    // Connected before the base class so that the keys are gone by the time the
-    // proxy re-sorts in its own handlers.
+    // Connected before the base class so that the keys are current by the time
+    // the proxy re-sorts in its own handlers.
     if (model) {
         const auto drop = [this] { dropKeys(); };
-        connect(model, &QAbstractItemModel::dataChanged, this, drop);
+        connect(model, &QAbstractItemModel::dataChanged, this,
+                &KrokTableSortModel::sourceDataChanged);
         connect(model, &QAbstractItemModel::modelAboutToBeReset, this, drop);
         connect(model, &QAbstractItemModel::modelReset, this, drop);
         connect(model, &QAbstractItemModel::layoutChanged, this, drop);
@@ -82,52 +79,127 @@ void KrokTableSortModel::sort(int column, Qt::SortOrder order)
 
 void KrokTableSortModel::dropKeys()
 {
-    primary = Keys();
-    fullPaths = Keys();
-    names.reset();
+    keyColumn = -1;
+    keys = QVector<SortKey>();
 }
 
-const QVector<QVariant>& KrokTableSortModel::sortValues(int column) const
+void KrokTableSortModel::sourceDataChanged(const QModelIndex& topLeft,
+                                           const QModelIndex& bottomRight)
 {
-    Keys& keys = column == ColumnFullPath ? fullPaths : primary;
-    if (keys.column != column) {
-        const QAbstractItemModel* model = sourceModel();
-        const int rows = model->rowCount();
-        keys.column = column;
-        keys.values.clear();
-        keys.values.reserve(rows);
-        for (int row = 0; row < rows; ++row)
-            keys.values.append(model->index(row, column).data(sortRole()));
+    if (keyColumn < 0)
+        return;
+    const int first = topLeft.row();
+    const int last = bottomRight.row();
+    if (topLeft.column() > keyColumn || bottomRight.column() < keyColumn)
+        return;
+    if (last - first >= kManyChangedRows || last >= keys.size() || first < 0) {
+        dropKeys();
+        return;
     }
-    return keys.values;
+    // A row or two (a playing file's position, a refreshed file): read again.
+    for (int row = first; row <= last; ++row) {
+        if (keyColumn == ColumnModifyTime && table && table->hasRows()) {
+            keys[row] = modifyTimeKey(row);
+            continue;
+        }
+        SortKey key = keyOf(table ? table->sortValue(row, keyColumn)
+                                  : sourceModel()->index(row, keyColumn).data(sortRole()),
+                            keysWithText);
+        if (key.kind == SortKey::Text && !keysWithText) {
+            dropKeys();
+            return;
+        }
+        keys[row] = std::move(key);
+    }
 }
 
-const QVector<QCollatorSortKey>& KrokTableSortModel::nameKeys() const
+KrokTableSortModel::SortKey KrokTableSortModel::keyOf(const QVariant& value, bool withText)
 {
-    if (!names) {
-        const QAbstractItemModel* model = sourceModel();
-        const int rows = model->rowCount();
-        QVector<QCollatorSortKey> keys;
+    SortKey key;
+    if (isNumber(value)) {
+        if (isInteger(value)) {
+            key.kind = SortKey::Integer;
+            key.integer = value.toLongLong();
+        } else {
+            key.kind = SortKey::Real;
+        }
+        key.real = value.toDouble();
+        if (withText)
+            key.text = value.toString();
+    } else if (value.isValid()) {
+        key.kind = SortKey::Text;
+        key.text = value.toString();
+    }
+    return key;
+}
+
+int KrokTableSortModel::compareKeys(const SortKey& a, const SortKey& b)
+{
+    const bool aNumber = a.kind == SortKey::Integer || a.kind == SortKey::Real;
+    const bool bNumber = b.kind == SortKey::Integer || b.kind == SortKey::Real;
+    if (aNumber && bNumber) {
+        if (a.kind == SortKey::Integer && b.kind == SortKey::Integer)
+            return threeWay(a.integer, b.integer);
+        return threeWay(a.real, b.real);
+    }
+    // A blank cell (row not analysed) against a value: blanks first.
+    if (a.kind == SortKey::Blank || b.kind == SortKey::Blank)
+        return threeWay(a.kind != SortKey::Blank, b.kind != SortKey::Blank);
+    return a.text.compare(b.text);
+}
+
+const QVector<KrokTableSortModel::SortKey>& KrokTableSortModel::sortKeys(int column) const
+{
+    if (keyColumn == column)
+        return keys;
+    const QAbstractItemModel* model = sourceModel();
+    const int rows = model->rowCount();
+    if (column == ColumnModifyTime && table && table->hasRows()) {
+        // The time's text orders as its number does: compare the numbers.
+        keys.clear();
         keys.reserve(rows);
         for (int row = 0; row < rows; ++row)
-            keys.append(
-                collator.sortKey(model->index(row, ColumnFile).data(sortRole()).toString()));
-        names = std::move(keys);
+            keys.append(modifyTimeKey(row));
+        keysWithText = false;
+        keyColumn = column;
+        return keys;
     }
-    return *names;
+    QVector<QVariant> values;
+    values.reserve(rows);
+    bool anyText = false;
+    bool anyNumber = false;
+    for (int row = 0; row < rows; ++row) {
+        values.append(table ? table->sortValue(row, column)
+                            : model->index(row, column).data(sortRole()));
+        const QVariant& v = values.last();
+        anyNumber = anyNumber || isNumber(v);
+        anyText = anyText || (v.isValid() && !isNumber(v));
+    }
+    // Numbers are compared to texts as texts; only such a column keeps them.
+    keysWithText = anyText && anyNumber;
+    keys.clear();
+    keys.reserve(rows);
+    for (const QVariant& v : qAsConst(values))
+        keys.append(keyOf(v, keysWithText));
+    keyColumn = column;
+    return keys;
+}
+
+KrokTableSortModel::SortKey KrokTableSortModel::modifyTimeKey(int row) const
+{
+    // Blank where the cell is: a row not analysed, or a file whose status was not read.
+    SortKey key;
+    const AudioFileInfo* info = table->record(row);
+    if (info && !info->modifyTime.empty()) {
+        key.kind = SortKey::Integer;
+        key.integer = info->modifyTime.number();
+    }
+    return key;
 }
 
 int KrokTableSortModel::compareValues(const QVariant& a, const QVariant& b)
 {
-    if (isNumber(a) && isNumber(b)) {
-        if (isInteger(a) && isInteger(b))
-            return threeWay(a.toLongLong(), b.toLongLong());
-        return threeWay(a.toDouble(), b.toDouble());
-    }
-    // A blank cell (row not analysed) against a number: blanks first.
-    if (!a.isValid() || !b.isValid())
-        return threeWay(a.isValid(), b.isValid());
-    return a.toString().compare(b.toString());
+    return compareKeys(keyOf(a, true), keyOf(b, true));
 }
 
 bool KrokTableSortModel::filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const
@@ -137,6 +209,19 @@ bool KrokTableSortModel::filterAcceptsRow(int sourceRow, const QModelIndex& sour
         return false;
     }
     return table->isRowShown(sourceRow);
+}
+
+int KrokTableSortModel::compareNames(int l, int r) const
+{
+    if (table && table->hasRows()) {
+        const QVector<int>& ranks = table->nameRanks();
+        if (ranks.size() == table->rowCount())
+            return threeWay(ranks.at(l), ranks.at(r));
+    }
+    const QAbstractItemModel* model = sourceModel();
+    const QCollator collator = FileNameCollator();
+    return collator.compare(model->index(l, ColumnFile).data(sortRole()).toString(),
+                            model->index(r, ColumnFile).data(sortRole()).toString());
 }
 
 bool KrokTableSortModel::lessThan(const QModelIndex& left, const QModelIndex& right) const
@@ -152,22 +237,15 @@ bool KrokTableSortModel::lessThan(const QModelIndex& left, const QModelIndex& ri
         const int byPath = comparePaths(l, r);
         if (byPath != 0)
             return byPath < 0;
-    } else if (column == ColumnFile) {
-        const QVector<QCollatorSortKey>& keys = nameKeys();
-        const int byName = keys.at(l).compare(keys.at(r));
-        if (byName != 0)
-            return byName < 0;
     } else {
-        // Plot items have no order of their own: every pair ties, and building
-        // 100,000 of them only to find that out would cost a second.
-        if (column != ColumnPlots) {
-            const QVector<QVariant>& values = sortValues(column);
-            const int byValue = compareValues(values.at(l), values.at(r));
+        // Plot items have no order of their own: every pair ties.
+        if (column != ColumnFile && column != ColumnPlots) {
+            const QVector<SortKey>& values = sortKeys(column);
+            const int byValue = compareKeys(values.at(l), values.at(r));
             if (byValue != 0)
                 return byValue < 0;
         }
-        const QVector<QCollatorSortKey>& keys = nameKeys();
-        const int byName = keys.at(l).compare(keys.at(r));
+        const int byName = compareNames(l, r);
         if (byName != 0)
             return byName < 0;
     }
@@ -189,6 +267,7 @@ int KrokTableSortModel::comparePaths(int l, int r) const
         const int skip = table->commonPathPrefixLength();
         return table->filePathRef(l).midRef(skip).compare(table->filePathRef(r).midRef(skip));
     }
-    const QVector<QVariant>& paths = sortValues(ColumnFullPath);
-    return compareValues(paths.at(l), paths.at(r));
+    const QAbstractItemModel* model = sourceModel();
+    return compareValues(model->index(l, ColumnFullPath).data(sortRole()),
+                         model->index(r, ColumnFullPath).data(sortRole()));
 }

@@ -1,18 +1,24 @@
 #pragma once
 
-#include <QCollator>
-#include <QCollatorSortKey>
 #include <QSortFilterProxyModel>
+#include <QString>
 #include <QVariant>
 #include <QVector>
 
-#include <optional>
+#include <cstdint>
 
 class krokTableModel;
 
 // The proxy over the file table: hides the rows the model reports not shown
 // (search, sort specification) and sorts by the model's sort values, names
 // naturally (take2 before take10), ties by file name and then full path.
+//
+// Sorting 100,000 rows makes a couple of million comparisons, so none of them
+// touches a record or a string it has to build: the sort column's values are
+// taken once into plain keys (numbers as numbers, texts as texts), and names
+// and paths compare by ranks the model works out off the GUI thread when the
+// list arrives. Keys follow the model: a few changed rows are read again, a
+// larger change drops them.
 class KrokTableSortModel final : public QSortFilterProxyModel
 {
     Q_OBJECT
@@ -47,23 +53,34 @@ protected:
     bool lessThan(const QModelIndex& left, const QModelIndex& right) const override;
 
 private:
-    // A sort over 100,000 rows makes a couple of million comparisons; each
-    // would otherwise fetch two records from the registry and build two
-    // collation keys. The keys are taken once per column and dropped whenever
-    // the source model changes.
-    struct Keys
+    // A sort value as compareValues sees it.
+    struct SortKey
     {
-        int column = -1;
-        QVector<QVariant> values;
+        enum Kind : std::uint8_t
+        {
+            Blank,
+            Integer,
+            Real,
+            Text,
+        };
+        Kind kind = Blank;
+        qint64 integer = 0;
+        double real = 0.0;
+        // A text; in a column that holds texts beside numbers, also a number's
+        // text, which is what a number is compared to a text by.
+        QString text;
     };
-    const QVector<QVariant>& sortValues(int column) const;
-    const QVector<QCollatorSortKey>& nameKeys() const;
+    static SortKey keyOf(const QVariant& value, bool withText);
+    static int compareKeys(const SortKey& a, const SortKey& b);
+    const QVector<SortKey>& sortKeys(int column) const;
+    SortKey modifyTimeKey(int row) const;
+    void sourceDataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight);
     void dropKeys();
-    int comparePaths(int leftRow, int rightRow) const;
+    int compareNames(int left, int right) const;
+    int comparePaths(int left, int right) const;
 
     const krokTableModel* table = nullptr;
-    QCollator collator;
-    mutable Keys primary;
-    mutable Keys fullPaths;
-    mutable std::optional<QVector<QCollatorSortKey>> names;
+    mutable int keyColumn = -1;
+    mutable bool keysWithText = false;
+    mutable QVector<SortKey> keys;
 };

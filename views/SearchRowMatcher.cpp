@@ -1,40 +1,35 @@
 #include "SearchRowMatcher.h"
 
+#include "AudioFileInfo.h"
+#include "CellFormat.h"
 #include "krokTableModel.h"
+
+#include <string>
 
 namespace {
 
-QString cellText(const krokTableModel& model, int row, int column)
+std::uint32_t formatBit(std::string format)
 {
-    return model.data(model.index(row, column), Qt::DisplayRole).toString();
-}
-
-std::uint32_t formatBit(const QString& format)
-{
-    const QString f = format.toLower();
-    if (f == QLatin1String("wav")) {
+    for (char& c : format) {
+        if (c >= 'A' && c <= 'Z')
+            c = static_cast<char>(c - 'A' + 'a');
+    }
+    if (format == "wav") {
         return SearchCriteriaStruct::FormatWav;
     }
-    if (f == QLatin1String("aif") || f == QLatin1String("aiff")) {
+    if (format == "aif" || format == "aiff") {
         return SearchCriteriaStruct::FormatAiff;
     }
-    if (f == QLatin1String("mp3")) {
+    if (format == "mp3") {
         return SearchCriteriaStruct::FormatMp3;
     }
-    if (f == QLatin1String("ogg") || f == QLatin1String("vorbis")) {
+    if (format == "ogg" || format == "vorbis") {
         return SearchCriteriaStruct::FormatOgg;
     }
-    if (f == QLatin1String("error") || f.isEmpty()) {
+    if (format == "error" || format.empty()) {
         return SearchCriteriaStruct::FormatError;
     }
     return 0;
-}
-
-bool integerCellPasses(const krokTableModel& model, int row, int column, int limit, int mode)
-{
-    bool ok = false;
-    const int value = cellText(model, row, column).toInt(&ok);
-    return ok && SearchRowMatcher::compare(value, limit, mode);
 }
 
 } // namespace
@@ -61,9 +56,9 @@ bool SearchRowMatcher::parseDurationMs(const QString& text, int* ms)
     bool okMin = false;
     bool okSec = false;
     bool okMs = false;
-    const int minutes = text.left(colon).toInt(&okMin);
-    const int seconds = text.mid(colon + 1, 2).toInt(&okSec);
-    const int millis = text.mid(point + 1, 3).toInt(&okMs);
+    const int minutes = text.leftRef(colon).toInt(&okMin);
+    const int seconds = text.midRef(colon + 1, 2).toInt(&okSec);
+    const int millis = text.midRef(point + 1, 3).toInt(&okMs);
     if (!okMin || !okSec || !okMs) {
         return false;
     }
@@ -83,16 +78,24 @@ bool SearchRowMatcher::matches(const krokTableModel& model, int row,
     if (!criteria.useDetail) {
         return true;
     }
-    const std::uint32_t bit = formatBit(cellText(model, row, ColumnFormat));
+    // The fields are tested in the row's record, as its cells show them: a row
+    // not analysed shows no format (which counts as an error) and no numbers;
+    // a failed one shows "ERROR" and no numbers.
+    const bool analysed = model.hasRows() && model.isDetailAcquired(row);
+    const AudioFileInfo* info = analysed ? model.record(row) : nullptr;
+    const bool failed = !info || IsFailedRecord(*info);
+    const std::uint32_t bit = formatBit(!analysed ? std::string()
+                                        : failed  ? std::string("error")
+                                                  : info->format.str());
     if (bit == 0 || (criteria.formatMask & bit) == 0) {
         return false;
     }
     if (criteria.useRate &&
-        !integerCellPasses(model, row, ColumnSamplingRate, criteria.rate, criteria.rateMode)) {
+        (failed || !compare(info->samplingRate, criteria.rate, criteria.rateMode))) {
         return false;
     }
     if (criteria.useChannels &&
-        !integerCellPasses(model, row, ColumnChannels, criteria.channels, criteria.channelsMode)) {
+        (failed || !compare(info->channels, criteria.channels, criteria.channelsMode))) {
         return false;
     }
     if (!criteria.description.isEmpty() &&
@@ -101,7 +104,7 @@ bool SearchRowMatcher::matches(const krokTableModel& model, int row,
     }
     if (criteria.useTime) {
         int ms = 0;
-        if (!parseDurationMs(cellText(model, row, ColumnDuration), &ms) ||
+        if (failed || !parseDurationMs(FormatDuration(info->samples, info->samplingRate), &ms) ||
             !compare(ms, criteria.timeMs, criteria.timeMode)) {
             return false;
         }

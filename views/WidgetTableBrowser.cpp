@@ -17,6 +17,7 @@
 #include <QHeaderView>
 #include <QMenu>
 #include <QMimeData>
+#include <QScrollBar>
 #include <QStyle>
 #include <QVBoxLayout>
 
@@ -142,8 +143,13 @@ void WidgetTableBrowser::connectManager()
             &WidgetTableBrowser::SlotRootPathChanged);
     connect(manager, &TeskManager::SigFilePathListAcquired, this,
             &WidgetTableBrowser::SlotFilePathListAcquired);
-    connect(manager, &TeskManager::SigAnalyzedInfoAcquired, this,
-            &WidgetTableBrowser::SlotAnalyzedInfoAcquired);
+    connect(manager, &TeskManager::SigAnalyzedRowsAcquired, this,
+            &WidgetTableBrowser::SlotAnalyzedRowsAcquired);
+    // The rows in sight are analysed first.
+    connect(view->verticalScrollBar(), &QScrollBar::valueChanged, this,
+            &WidgetTableBrowser::reportWantedRows);
+    connect(view->verticalScrollBar(), &QScrollBar::rangeChanged, this,
+            &WidgetTableBrowser::reportWantedRows);
     connect(manager, &TeskManager::SigRowHeightChanged, this,
             &WidgetTableBrowser::SlotRowHeightChanged);
     connect(manager, &TeskManager::SigLoudnessVoltModeChanged, this,
@@ -399,11 +405,12 @@ void WidgetTableBrowser::SlotRootPathChanged()
         columnWidthsInitialized = true;
     }
     headerTracked = true;
-    // While the list is analysed it stays in list order; the header keeps the
-    // user's sort column, which sorts the list once it is analysed.
+    // While the list is analysed it stays in list order (which is path
+    // order); the header keeps the user's sort column, which sorts the list
+    // once it is analysed.
     proxy->setDynamicSortFilter(false);
     view->setSortingEnabled(false);
-    proxy->sort(ColumnFullPath, Qt::AscendingOrder);
+    proxy->sort(-1);
 }
 
 void WidgetTableBrowser::SlotRowHeightChanged(int height)
@@ -416,6 +423,7 @@ void WidgetTableBrowser::SlotFilePathListAcquired(QList<QString> pathList)
 {
     model->setFilePathList(pathList);
     rowDurations.fill(kUnread, pathList.size());
+    reportWantedRows();
 }
 
 void WidgetTableBrowser::SlotAnalyzedInfoAcquired(int i_from, int i_to)
@@ -430,6 +438,78 @@ void WidgetTableBrowser::SlotAnalyzedInfoAcquired(int i_from, int i_to)
         }
     }
     model->refreshRows(qMax(i_from, 0), last);
+}
+
+int WidgetTableBrowser::rowOfPath(const QString& path) const
+{
+    for (int row = 0; row < model->rowCount(); ++row) {
+        if (model->filePathRef(row) == path) {
+            return row;
+        }
+    }
+    return -1;
+}
+
+void WidgetTableBrowser::SlotAnalyzedRowsAcquired(AnalyzedRows rows)
+{
+    if (!model->hasRows()) {
+        return;
+    }
+    const int count = model->rowCount();
+    // Only the rows that changed are announced, one notice per run of
+    // neighbouring rows.
+    int runFirst = -1;
+    int runLast = -1;
+    for (const AnalyzedRow& analysed : qAsConst(rows)) {
+        int row = analysed.row;
+        // The rows of a pass over selected files are found by their paths.
+        if (row < 0 || row >= count || model->filePathRef(row) != analysed.path) {
+            row = rowOfPath(analysed.path);
+            if (row < 0) {
+                continue;
+            }
+        }
+        model->setRecord(row, analysed.record);
+        if (row < rowDurations.size()) {
+            rowDurations[row] = kUnread;
+            rowDuration(row);
+        }
+        if (runFirst >= 0 && row == runLast + 1) {
+            runLast = row;
+            continue;
+        }
+        if (runFirst >= 0) {
+            model->refreshRows(runFirst, runLast);
+        }
+        runFirst = runLast = row;
+    }
+    if (runFirst >= 0) {
+        model->refreshRows(runFirst, runLast);
+    }
+}
+
+void WidgetTableBrowser::reportWantedRows()
+{
+    if (!manager) {
+        return;
+    }
+    if (!model->hasRows() || view->isSortingEnabled()) {
+        manager->SetWantedRows(-1, -1);
+        return;
+    }
+    const int top = view->rowAt(0);
+    int bottom = view->rowAt(view->viewport()->height() - 1);
+    if (top < 0) {
+        manager->SetWantedRows(-1, -1);
+        return;
+    }
+    if (bottom < 0) {
+        bottom = proxy->rowCount() - 1;
+    }
+    // While a list is analysed the proxy keeps the list's order.
+    const int first = proxy->mapToSource(proxy->index(top, 0)).row();
+    const int last = proxy->mapToSource(proxy->index(bottom, 0)).row();
+    manager->SetWantedRows(qMin(first, last), qMax(first, last));
 }
 
 void WidgetTableBrowser::SlotGetDetailEnded()

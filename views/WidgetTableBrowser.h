@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AnalyzedRows.h"
 #include "SearchCriteriaStruct.h"
 #include "SubWidgetTableView.h"
 #include "krokTableModel.h"
@@ -68,7 +69,10 @@ public slots:
     void SlotRootPathChanged();
     void SlotRowHeightChanged(int height);
     void SlotFilePathListAcquired(QList<QString> pathList);
+    // Rows from..to analysed: their records are taken from the registry.
     void SlotAnalyzedInfoAcquired(int i_from, int i_to);
+    // Finished files as the workers hand them over, records included.
+    void SlotAnalyzedRowsAcquired(AnalyzedRows rows);
     void SlotGetDetailEnded();
     void SlotSearchExecute(SearchCriteriaStruct criteria);
     void SlotSelectNextItem();
@@ -100,6 +104,9 @@ protected:
 
 private:
     void connectManager();
+    // Tells the manager which rows of the list the view shows, to be analysed first.
+    void reportWantedRows();
+    int rowOfPath(const QString& path) const;
     void resortByPath();
     void setDefaultColumnWidths();
     QString currentPath() const;

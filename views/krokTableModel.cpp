@@ -17,6 +17,7 @@
 #include <QSharedPointer>
 
 #include <algorithm>
+#include <array>
 
 namespace {
 
@@ -171,13 +172,13 @@ QVariant krokTableModel::cellValue(int row, int column, bool forSorting) const
     if (IsMetadataColumn(column)) {
         return metadataValue(row, column, forSorting ? TableRoles::SortValue : Qt::DisplayRole);
     }
-    if (!entry.detailAcquired || !registry) {
+    if (!entry.detailAcquired) {
         return {};
     }
-    AudioFileInfo info;
-    if (!registry->FindFileInfo(entry.path, info)) {
+    if (!entry.record) {
         return column == ColumnFormat ? QVariant(QStringLiteral("ERROR")) : QVariant();
     }
+    const AudioFileInfo& info = *entry.record;
     if (column == ColumnPlots) {
         // A failed row has no waveform to show, not even a flat one.
         return IsFailedRecord(info) ? QVariant() : plotItem(info, row);
@@ -185,21 +186,26 @@ QVariant krokTableModel::cellValue(int row, int column, bool forSorting) const
     return RecordCellValue(column, info, forSorting, loudnessVoltMode);
 }
 
+const FileMetadata* krokTableModel::metadataOf(int row, std::int32_t* samplingRate) const
+{
+    const AudioFileInfo* info = hasFiles ? record(row) : nullptr;
+    if (samplingRate) {
+        *samplingRate = info ? info->samplingRate : 0;
+    }
+    return info ? info->metadata.get() : nullptr;
+}
+
 QVariant krokTableModel::metadataValue(int row, int column, int role) const
 {
     // UCS blocks come from the name and show before the file is analysed.
     const UcsName ucs = IsUcsColumn(column) ? ucsName(row) : UcsName();
     std::int32_t samplingRate = 0;
-    FileMetadataPtr metadata;
-    if (rows[row].detailAcquired && registry) {
-        metadata = registry->FindMetadata(rows[row].path, &samplingRate);
-    }
+    const FileMetadata* metadata = metadataOf(row, &samplingRate);
     if (role == Qt::ToolTipRole) {
-        const QString tip = MetadataToolTip(column, metadata.get(), samplingRate, ucs);
+        const QString tip = MetadataToolTip(column, metadata, samplingRate, ucs);
         return tip.isEmpty() ? QVariant() : QVariant(tip);
     }
-    return MetadataCellValue(column, metadata.get(), samplingRate, ucs,
-                             role == TableRoles::SortValue);
+    return MetadataCellValue(column, metadata, samplingRate, ucs, role == TableRoles::SortValue);
 }
 
 void krokTableModel::setUcsCatalog(std::shared_ptr<const UcsCatalog> catalog)
@@ -214,24 +220,24 @@ UcsName krokTableModel::ucsName(int row) const
 
 bool krokTableModel::metadataContains(int row, const QString& needle) const
 {
-    if (!hasFiles || !rows[row].detailAcquired || !registry) {
+    if (!hasFiles || !rows[row].detailAcquired) {
         return false;
     }
-    const FileMetadataPtr metadata = registry->FindMetadata(rows[row].path);
+    const FileMetadata* metadata = metadataOf(row);
     // Without a list the UCS blocks are all in the name, which the name filter reads.
     const UcsName ucs = ucsCatalog ? ucsName(row) : UcsName();
-    return MetadataContains(metadata.get(), ucs, needle);
+    return MetadataContains(metadata, ucs, needle);
 }
 
 bool krokTableModel::metadataColumnContains(int row, int column, const QString& needle) const
 {
-    if (!hasFiles || !rows[row].detailAcquired || !registry) {
+    if (!hasFiles || !rows[row].detailAcquired) {
         return false;
     }
     std::int32_t samplingRate = 0;
-    const FileMetadataPtr metadata = registry->FindMetadata(rows[row].path, &samplingRate);
+    const FileMetadata* metadata = metadataOf(row, &samplingRate);
     const UcsName ucs = IsUcsColumn(column) ? ucsName(row) : UcsName();
-    for (const MetadataItem& item : MetadataItems(column, metadata.get(), samplingRate, ucs)) {
+    for (const MetadataItem& item : MetadataItems(column, metadata, samplingRate, ucs)) {
         if (item.text.contains(needle, Qt::CaseInsensitive)) {
             return true;
         }
@@ -242,12 +248,11 @@ bool krokTableModel::metadataColumnContains(int row, int column, const QString& 
 QVariant krokTableModel::errorToolTip(int row) const
 {
     // A failed row says why on every cell.
-    AudioFileInfo info;
-    if (!hasFiles || !rows[row].detailAcquired || !registry ||
-        !registry->FindFileInfo(rows[row].path, info)) {
+    const AudioFileInfo* info = hasFiles ? record(row) : nullptr;
+    if (!info) {
         return {};
     }
-    const QString reason = ErrorReasonText(info);
+    const QString reason = ErrorReasonText(*info);
     return reason.isEmpty() ? QVariant() : QVariant(reason);
 }
 
@@ -255,13 +260,15 @@ QVariant krokTableModel::plotItem(const AudioFileInfo& info, int row) const
 {
     const double position = rows[row].path == playPath ? playPosition : 0.0;
     QSharedPointer<WaveformStyledItem> item;
-    if (multiPlot && info.isMultiPlotValid != 0) {
+    if (multiPlot && info.hasMultiPlot()) {
         // The record has room for eight channels; a wider file shows its first eight.
+        static const std::array<PlotPoint, kPlotPoints> flat{};
         const int channels = std::clamp(info.channels, 0, kMaxPlotChannels);
         QVector<QVector<std::int8_t>> lanes;
         lanes.reserve(channels);
         for (int k = 0; k < channels; ++k) {
-            lanes.append(plotBytes(info.multiPlot.data() + k * kPlotPoints, kPlotPoints));
+            const PlotPoint* lane = info.multiPlotLane(k);
+            lanes.append(plotBytes(lane ? lane : flat.data(), kPlotPoints));
         }
         item = QSharedPointer<WaveformStyledItem>::create(std::move(lanes), position);
     } else {
@@ -287,6 +294,7 @@ void krokTableModel::clearRows()
     sortSpecActive = false;
     commonPrefix = 0;
     pathOrder.clear();
+    nameOrder.clear();
     endResetModel();
 }
 
@@ -318,7 +326,9 @@ void krokTableModel::setFilePathList(const QList<QString>& paths)
         rows.append(std::move(entry));
     }
     commonPrefix = prefix;
-    pathOrder.start(paths, prefix);
+    // The same order the list worker sorted the list in (PathRanking::sharedFolderLength).
+    pathOrder.start(paths, prefix > 0 ? first.lastIndexOf(QLatin1Char('/'), prefix - 1) + 1 : 0);
+    nameOrder.start(paths, 0);
     endInsertRows();
     hasFiles = true;
 }
@@ -326,6 +336,13 @@ void krokTableModel::setFilePathList(const QList<QString>& paths)
 void krokTableModel::setDetailAcquired(int row, bool acquired)
 {
     rows[row].detailAcquired = acquired;
+    rows[row].record = acquired && registry ? registry->FindRecord(rows[row].path) : nullptr;
+}
+
+void krokTableModel::setRecord(int row, std::shared_ptr<const AudioFileInfo> record)
+{
+    rows[row].detailAcquired = true;
+    rows[row].record = std::move(record);
 }
 
 void krokTableModel::setRowMatched(int row, bool matched)

@@ -15,25 +15,28 @@
 #include <memory>
 #include <optional>
 
+class FileMetadata;
 class KrokManager;
 class TeskManager;
 class UcsCatalog;
 struct AudioFileInfo;
 struct UcsName;
 
-// One row of the file table: the path and the flags of search and sort
-// specification. Analysed values are never kept here; each cell request reads
-// the file's record from the registry.
+// One row of the file table: the path, the file's analysis record and the
+// flags of search and sort specification. The record is the registry's own,
+// shared and never changed (a new analysis hands over a new one), so cells
+// read it in place: no copy, no lock, no lookup.
 struct FileRowEntry
 {
-    bool detailAcquired = false;
     QString path;
-    bool matched = true;
-    bool inSortSpec = false;
-    std::int32_t sortIndex = -1;
     QString sortComment;
+    std::shared_ptr<const AudioFileInfo> record;
+    std::int32_t sortIndex = -1;
     // Where the file name starts in path, so that name sorting needs no search.
     std::int32_t nameStart = 0;
+    bool detailAcquired = false;
+    bool matched = true;
+    bool inSortSpec = false;
 };
 
 // A sort specification entry as the CSV reader delivers it: file path, comment.
@@ -63,10 +66,23 @@ public:
                         int role = Qt::DisplayRole) const override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
 
+    // What TableRoles::SortValue gives, without an index.
+    QVariant sortValue(int row, int column) const { return cellValue(row, column, true); }
+
     void setHeaderLabels(const QStringList& labels);
     void setFilePathList(const QList<QString>& paths);
     void clearRows();
+    // Marks the row analysed and takes its record from the registry.
     void setDetailAcquired(int row, bool acquired);
+    // Marks the row analysed with the record a worker handed over.
+    void setRecord(int row, std::shared_ptr<const AudioFileInfo> record);
+    // The row's record; null before the row is analysed, or when the registry
+    // had none for it.
+    const AudioFileInfo* record(int row) const
+    {
+        return rows[row].detailAcquired ? rows[row].record.get() : nullptr;
+    }
+    bool isDetailAcquired(int row) const { return rows[row].detailAcquired; }
     void setRowMatched(int row, bool matched);
     bool isRowMatched(int row) const { return rows[row].matched; }
     bool isRowShown(int row) const;
@@ -83,6 +99,8 @@ public:
     // placeholder). Worked out off the GUI thread after the list arrives; asked
     // before that has finished, it is worked out at once.
     const QVector<int>& pathRanks() const { return pathOrder.ranks(); }
+    // Rank of each row's file name by FileNameCollator(), worked out the same way.
+    const QVector<int>& nameRanks() const { return nameOrder.ranks(); }
 
     QList<SortSpecEntry> applySortSpecification(const QList<SortSpecEntry>& entries);
     void resetSortSpecification();
@@ -111,6 +129,7 @@ private:
     QVariant metadataValue(int row, int column, int role) const;
     QVariant errorToolTip(int row) const;
     QVariant plotItem(const AudioFileInfo& info, int row) const;
+    const FileMetadata* metadataOf(int row, std::int32_t* samplingRate = nullptr) const;
     QVariant tableFont() const;
 
     TeskManager* manager;
@@ -126,6 +145,7 @@ private:
     bool sortSpecActive = false;
     int commonPrefix = 0;
     mutable PathRanking pathOrder;
+    mutable PathRanking nameOrder{PathRanking::Order::Name};
     std::shared_ptr<const UcsCatalog> ucsCatalog;
     struct FontKey
     {

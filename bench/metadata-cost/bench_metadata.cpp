@@ -174,7 +174,7 @@ void analyseWithoutMetadata(const QString& path, bool loudness)
     AudioFileInfo info;
     const QFileInfo fileInfo(path);
     info.fileSize = static_cast<std::int32_t>(fileInfo.size());
-    info.modifyTime = FileModifyTimeText(path);
+    info.modifyTime = FileModifyTime(path);
     const QString suffix = fileInfo.suffix().toLower();
     const QByteArray local = QFile::encodeName(path);
     if (suffix == QLatin1String("mp3"))

@@ -1456,5 +1456,13 @@
         <source>Specified CatID list cannot be found. %1</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Analysis</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Files analysed at once (one per processor core at most). Fewer leave more of the computer to other programs while a folder is analysed.</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 </TS>

@@ -1460,5 +1460,13 @@
         <source>Specified CatID list cannot be found. %1</source>
         <translation>指定されたCatIDリストが見つかりません。%1</translation>
     </message>
+    <message>
+        <source>Analysis</source>
+        <translation>解析</translation>
+    </message>
+    <message>
+        <source>Files analysed at once (one per processor core at most). Fewer leave more of the computer to other programs while a folder is analysed.</source>
+        <translation>同時に解析するファイル数（最大でプロセッサのコア数）。少なくすると、フォルダーの解析中も他のプログラムがコンピューターをより多く使えます。</translation>
+    </message>
 </context>
 </TS>

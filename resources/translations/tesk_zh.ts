@@ -1460,5 +1460,13 @@
         <source>Specified CatID list cannot be found. %1</source>
         <translation>找不到指定的 CatID 列表。%1</translation>
     </message>
+    <message>
+        <source>Analysis</source>
+        <translation>分析</translation>
+    </message>
+    <message>
+        <source>Files analysed at once (one per processor core at most). Fewer leave more of the computer to other programs while a folder is analysed.</source>
+        <translation>同时分析的文件数（最多为处理器核心数）。数值越小，分析文件夹时留给其他程序的计算资源越多。</translation>
+    </message>
 </context>
 </TS>

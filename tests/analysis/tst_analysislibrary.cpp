@@ -180,7 +180,7 @@ private slots:
                                        full.key});
         QCOMPARE(int(rows.size()), 4);
         QVERIFY(rows[0] && !rows[1] && !rows[2] && rows[3]);
-        QCOMPARE(rows[0]->info.isMultiPlotValid, 0);
+        QVERIFY(!rows[0]->info.hasMultiPlot());
         QCOMPARE(rows[0]->info.samplePeak, -1.0f);
         QVERIFY(!rows[0]->info.metadata);
         QCOMPARE(fixtures::LibraryRowFields(*rows[3]), fixtures::LibraryRowFields(full));
@@ -298,7 +298,7 @@ private slots:
         QCOMPARE(info.loudness, fresh.loudness);
         // The plots were not measured again: the marker and the per-channel plot stay.
         QVERIFY(HasMarker(info));
-        QCOMPARE(info.isMultiPlotValid, 1);
+        QVERIFY(info.hasMultiPlot());
         QCOMPARE(info.measuredParts, AnalysisPartLoudness | AnalysisPartMultiPlot);
         later->Finalize();
         const std::optional<LibraryRow> row = StoredRow(library, files.at(0));

@@ -111,7 +111,7 @@ private slots:
     {
         AudioFileInfo info;
         info.fileSize = 2048;
-        info.modifyTime = "2024/03/05 07:08:09";
+        info.modifyTime = ModifyTime::FromText("2024/03/05 07:08:09");
         info.format = "MP3";
         info.samplingRate = 44100;
         info.channels = 2;
@@ -156,10 +156,10 @@ private slots:
             QCOMPARE(RecordCellValue(column, broken, false, false).toString(), QString());
             QVERIFY(!RecordCellValue(column, broken, true, false).isValid());
         }
-        QCOMPARE(ErrorReasonText(broken), QString::fromStdString(broken.errorText));
+        QCOMPARE(ErrorReasonText(broken), QString::fromStdString(broken.errorText.str()));
         QVERIFY(ErrorReasonText(info).isEmpty());
         // Without the file's status, size and time are unknown, not zero.
-        broken.modifyTime.clear();
+        broken.modifyTime = ModifyTime();
         QCOMPARE(RecordCellValue(ColumnSize, broken, false, false).toString(), QString());
         QCOMPARE(RecordCellValue(ColumnModifyTime, broken, false, false).toString(), QString());
     }

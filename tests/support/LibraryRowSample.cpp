@@ -3,6 +3,7 @@
 #include "FileMetadata.h"
 
 #include <tuple>
+#include <vector>
 
 namespace fixtures {
 
@@ -12,16 +13,18 @@ LibraryRow FullLibraryRow(const LibraryKey& key)
     AudioFileInfo& i = full.info;
     std::tie(i.isValid, i.isHeaderRead, i.fileSize, i.samplingRate, i.channels, i.samples,
              i.loopCount, i.markerCount, i.bitDepthOrMinKbps, i.bitDepthOrMaxKbps, i.loopStart,
-             i.loopEnd, i.loudness, i.samplePeak, i.isMultiPlotValid) =
+             i.loopEnd, i.loudness, i.samplePeak) =
         std::make_tuple(0, 1, full.stamp.size, 96000, 3, 123456, 2, 5, 32, 320, 10, 2000, -23.25f,
-                        0.5f, 1);
-    i.modifyTime = "2024/01/02 03:04:05";
+                        0.5f);
+    i.modifyTime = ModifyTime::FromText("2024/01/02 03:04:05");
     i.format = "MP3";
     i.errorText = "E2006110803 : File size is too small.";
+    std::vector<PlotPoint> lanes(3 * kPlotPoints);
     for (int k = 0; k < 3 * kPlotPoints; ++k) {
         i.plot[std::size_t(k % kPlotPoints)] = {std::int8_t(k % 100), std::int8_t(-(k % 90))};
-        i.multiPlot[std::size_t(k)] = {std::int8_t(k % 101), std::int8_t(-(k % 7))};
+        lanes[std::size_t(k)] = {std::int8_t(k % 101), std::int8_t(-(k % 7))};
     }
+    i.setMultiPlot(lanes.data(), 3);
     i.measuredParts = AnalysisPartLoudness | AnalysisPartMultiPlot;
     FileMetadata m;
     m.setText(MetadataKey::Description, "Old oak door \xE2\x80\x94 slow creak");
@@ -36,8 +39,8 @@ QStringList LibraryRowFields(const LibraryRow& row)
 {
     const AudioFileInfo& i = row.info;
     QStringList fields;
-    fields << row.key.root << row.key.path << QString::fromStdString(i.modifyTime)
-           << QString::fromStdString(i.format) << QString::fromStdString(i.errorText)
+    fields << row.key.root << row.key.path << QString::fromStdString(i.modifyTime.text())
+           << QString::fromStdString(i.format.str()) << QString::fromStdString(i.errorText.str())
            << QString::number(double(i.loudness)) << QString::number(double(i.samplePeak));
     for (const std::int64_t value :
          {row.stamp.size, row.stamp.mtimeNs, i.fileSize, std::int64_t(i.isValid),
@@ -45,14 +48,15 @@ QStringList LibraryRowFields(const LibraryRow& row)
           std::int64_t(i.samples), std::int64_t(i.loopCount), std::int64_t(i.markerCount),
           std::int64_t(i.bitDepthOrMinKbps), std::int64_t(i.bitDepthOrMaxKbps),
           std::int64_t(i.loopStart), std::int64_t(i.loopEnd), std::int64_t(i.measuredParts),
-          std::int64_t(i.isMultiPlotValid)})
+          std::int64_t(i.multiPlotLanes())})
         fields << QString::number(value);
     fields
         << QString::fromLatin1(
                QByteArray(reinterpret_cast<const char*>(i.plot.data()), int(sizeof i.plot)).toHex())
-        << QString::fromLatin1(QByteArray(reinterpret_cast<const char*>(i.multiPlot.data()),
-                                          int(sizeof i.multiPlot))
-                                   .toHex())
+        << QString::fromLatin1(
+               QByteArray(reinterpret_cast<const char*>(i.multiPlotLane(0)),
+                          int(i.multiPlotLanes() * kPlotPoints * sizeof(PlotPoint)))
+                   .toHex())
         << QString::fromLatin1(
                QByteArray::fromStdString(StoredMetadataBytes(i.metadata.get())).toHex());
     return fields;

@@ -41,9 +41,9 @@ Stamp StampOf(const QString& path)
             std::int64_t(status.st_mtim.tv_sec) * 1000000000 + status.st_mtim.tv_nsec};
 }
 
-// A process that enters `path` in the journal and then dies (or, with
-// `stayAlive`, waits until it is killed) without ending the entry.
-pid_t CrashDuringAnalysis(const QString& journal, const QString& path, bool stayAlive)
+// A process that enters `paths` in the journal and then dies (or, with
+// `stayAlive`, waits until it is killed) without ending the entries.
+pid_t CrashDuringAnalysis(const QString& journal, const QStringList& paths, bool stayAlive)
 {
     int ready[2];
     if (::pipe(ready) != 0)
@@ -51,9 +51,12 @@ pid_t CrashDuringAnalysis(const QString& journal, const QString& path, bool stay
     const pid_t child = ::fork();
     if (child == 0) {
         AnalysisJournal j;
-        const Stamp stamp = StampOf(path);
-        if (j.open(journal))
-            j.begin(path.toStdString(), stamp.size, stamp.modifiedNs);
+        if (j.open(journal)) {
+            for (const QString& path : paths) {
+                const Stamp stamp = StampOf(path);
+                j.begin(path.toStdString(), stamp.size, stamp.modifiedNs);
+            }
+        }
         const char byte = 1;
         (void)::write(ready[1], &byte, 1);
         while (stayAlive)
@@ -91,7 +94,7 @@ private slots:
 
     void deadProcessMarksItsFileFailed()
     {
-        CrashDuringAnalysis(journal, file, false);
+        CrashDuringAnalysis(journal, {file}, false);
         const Stamp stamp = StampOf(file);
         {
             AnalysisJournal j;
@@ -113,7 +116,7 @@ private slots:
 
     void runningProcessKeepsItsEntries()
     {
-        const pid_t child = CrashDuringAnalysis(journal, file, true);
+        const pid_t child = CrashDuringAnalysis(journal, {file}, true);
         QVERIFY(child > 0);
         const Stamp stamp = StampOf(file);
         {
@@ -133,7 +136,7 @@ private slots:
 
     void registryShowsTheCrashUntilTheFileChanges()
     {
-        CrashDuringAnalysis(journal, file, false);
+        CrashDuringAnalysis(journal, {file}, false);
         KrokManager registry;
         registry.SetJournalPath(journal);
         registry.Initialize();
@@ -152,10 +155,53 @@ private slots:
         registry.Finalize();
     }
 
+    void severalInFlightAreAnalysedAgainAlone()
+    {
+        // Two files in flight when the process died: neither is known to be
+        // the culprit, so both are suspects, analysed again (alone). One that
+        // takes the process down on its own then is named; one that passes is
+        // cleared.
+        // Out of the folder that the scanner test lists.
+        QVERIFY(QDir().mkpath(dir.filePath(QStringLiteral("elsewhere"))));
+        const QString other = dir.filePath(QStringLiteral("elsewhere/other.wav"));
+        QVERIFY(fixtures::writeSineWav(other, 44100, 1, 4410));
+        CrashDuringAnalysis(journal, {file, other}, false);
+        const Stamp stamp = StampOf(file);
+        const Stamp otherStamp = StampOf(other);
+        {
+            AnalysisJournal j;
+            QVERIFY(j.open(journal));
+            QVERIFY(!j.isFailed(file.toStdString(), stamp.size, stamp.modifiedNs));
+            QVERIFY(j.isSuspect(file.toStdString(), stamp.size, stamp.modifiedNs));
+            QVERIFY(j.isSuspect(other.toStdString(), otherStamp.size, otherStamp.modifiedNs));
+        }
+        CrashDuringAnalysis(journal, {file}, false);
+        {
+            AnalysisJournal j;
+            QVERIFY(j.open(journal));
+            QVERIFY(j.isFailed(file.toStdString(), stamp.size, stamp.modifiedNs));
+            QVERIFY(j.isSuspect(other.toStdString(), otherStamp.size, otherStamp.modifiedNs));
+        }
+        KrokManager registry;
+        registry.SetJournalPath(journal);
+        registry.Initialize();
+        registry.AnalyzeFile(other);
+        AudioFileInfo info;
+        QVERIFY(registry.FindFileInfo(other, info));
+        QCOMPARE(info.isValid, 1);
+        QCOMPARE(info.samples, 4410);
+        registry.Finalize();
+        AnalysisJournal after;
+        QVERIFY(after.open(journal));
+        QVERIFY(!after.isSuspect(other.toStdString(), otherStamp.size, otherStamp.modifiedNs));
+        QVERIFY(!after.isFailed(other.toStdString(), otherStamp.size, otherStamp.modifiedNs));
+        QVERIFY(after.isFailed(file.toStdString(), stamp.size, stamp.modifiedNs));
+    }
+
     void scannerHonoursTheSameJournal()
     {
         const QString cache = dir.filePath(QStringLiteral("xdg"));
-        CrashDuringAnalysis(cache + QStringLiteral("/Orvane Works/Tesk/analysis-journal"), file,
+        CrashDuringAnalysis(cache + QStringLiteral("/Orvane Works/Tesk/analysis-journal"), {file},
                             false);
         QProcess scan;
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();

@@ -386,7 +386,8 @@ private slots:
         for (const char* word :
              {"--recursive", "--hidden", "--loudness", "--multi-plot", "--json", "--ucs-list",
               "originatorReference", "timecode", "--library <PATH|URL>", "--no-library",
-              "--root <NAME=FOLDER>", "postgresql://", "PGPASSFILE", "Exit status", "FOLDER"})
+              "--root <NAME=FOLDER>", "postgresql://", "PGPASSFILE", "--threads <N>", "Exit status",
+              "FOLDER"})
             QVERIFY2(run.out.contains(word), word);
         QVERIFY(run.out.contains(QFile::encodeName(SqliteAnalysisLibrary::DefaultPath())));
     }
@@ -488,10 +489,12 @@ private slots:
             Scan({QStringLiteral("-l"), QStringLiteral("--library"), library, folder});
         QCOMPARE(again.exitCode, 0);
         QVERIFY(again.err.isEmpty());
-        // The file being read when the scan was killed stands in the crash
-        // journal as a suspect, and is not read again (nor stored) until it changes.
-        const int after = int(StoredKeys(library, folder).size());
-        QVERIFY2(after == 2000 || after == 1999, qPrintable(QString::number(after)));
+        // The kill may have caught one file alone in its analysis: the journal
+        // then names it, and it shows as failed rather than being stored.
+        // Several caught at once are analysed again, one by one.
+        const int named = again.out.count(",ERROR,");
+        QVERIFY2(named <= 1, again.out.constData());
+        QCOMPARE(StoredKeys(library, folder).size(), 2000 - named);
     }
 
 private:

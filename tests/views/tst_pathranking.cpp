@@ -41,6 +41,8 @@ class TestPathRanking : public QObject
 private slots:
     void ranksInNaturalOrder_data();
     void ranksInNaturalOrder();
+    void sharedFolderEndsAtASlash_data();
+    void sharedFolderEndsAtASlash();
     void poolThreadDeliversTheSameRanks();
     void askedEarlyWorksThemOutAtOnce();
     void clearedOrReplacedListForgetsTheOldRanks();
@@ -87,6 +89,30 @@ void TestPathRanking::ranksInNaturalOrder()
     QFETCH(int, skip);
     QFETCH(QVector<int>, ranks);
     QCOMPARE(PathRanking::rank(paths, skip), ranks);
+}
+
+void TestPathRanking::sharedFolderEndsAtASlash_data()
+{
+    QTest::addColumn<QStringList>("paths");
+    QTest::addColumn<int>("length");
+    QTest::addColumn<QVector<int>>("ranks");
+    QTest::newRow("none") << QStringList() << 0 << QVector<int>();
+    QTest::newRow("nothing shared")
+        << QStringList{QStringLiteral("a/x"), QStringLiteral("b/x")} << 0 << QVector<int>{0, 1};
+    // The names share "x1"; skipping it would put 9 (of x19) after 000 (of x1000).
+    QTest::newRow("names start alike")
+        << QStringList{QStringLiteral("/r/x19.wav"), QStringLiteral("/r/x1000.wav")} << 3
+        << QVector<int>{0, 1};
+    QTest::newRow("one path") << QStringList{QStringLiteral("/r/s/a.wav")} << 5 << QVector<int>{0};
+}
+
+void TestPathRanking::sharedFolderEndsAtASlash()
+{
+    QFETCH(QStringList, paths);
+    QFETCH(int, length);
+    QFETCH(QVector<int>, ranks);
+    QCOMPARE(PathRanking::sharedFolderLength(paths), length);
+    QCOMPARE(PathRanking::rank(paths, length), ranks);
 }
 
 void TestPathRanking::poolThreadDeliversTheSameRanks()

@@ -13,6 +13,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <array>
 
 namespace {
 
@@ -126,7 +127,7 @@ QByteArray ScanReport::JsonObject(const QString& path, const AudioFileInfo& info
     o.insert(QStringLiteral("isValid"), info.isValid);
     o.insert(QStringLiteral("isHeaderRead"), info.isHeaderRead);
     o.insert(QStringLiteral("fileSize"), static_cast<qint64>(info.fileSize));
-    o.insert(QStringLiteral("modifyTime"), QString::fromStdString(info.modifyTime));
+    o.insert(QStringLiteral("modifyTime"), QString::fromStdString(info.modifyTime.text()));
     o.insert(QStringLiteral("samplingRate"), info.samplingRate);
     o.insert(QStringLiteral("channels"), info.channels);
     o.insert(QStringLiteral("samples"), info.samples);
@@ -137,17 +138,21 @@ QByteArray ScanReport::JsonObject(const QString& path, const AudioFileInfo& info
     o.insert(QStringLiteral("loopStart"), info.loopStart);
     o.insert(QStringLiteral("loopEnd"), info.loopEnd);
     o.insert(QStringLiteral("loudness"), double(info.loudness));
-    o.insert(QStringLiteral("format"), QString::fromStdString(info.format));
+    o.insert(QStringLiteral("format"), QString::fromStdString(info.format.str()));
     o.insert(QStringLiteral("plot"), PlotArray(info.plot.data()));
-    o.insert(QStringLiteral("isMultiPlotValid"), info.isMultiPlotValid);
+    o.insert(QStringLiteral("isMultiPlotValid"), info.hasMultiPlot() ? 1 : 0);
+    // One array per channel (the first eight), zeros where none was plotted.
+    static const std::array<PlotPoint, kPlotPoints> kFlat{};
     QJsonArray multi;
     const int channels = std::clamp(info.channels, 0, kMaxPlotChannels);
-    for (int c = 0; c < channels; ++c)
-        multi.append(PlotArray(info.multiPlot.data() + c * kPlotPoints));
+    for (int c = 0; c < channels; ++c) {
+        const PlotPoint* lane = info.multiPlotLane(c);
+        multi.append(PlotArray(lane ? lane : kFlat.data()));
+    }
     o.insert(QStringLiteral("multiPlot"), multi);
     o.insert(QStringLiteral("metadata"), MetadataObject(info));
     o.insert(QStringLiteral("ucs"), UcsObject(ParseUcsName(QFileInfo(path).fileName(), catalog)));
-    o.insert(QStringLiteral("errorText"), QString::fromStdString(info.errorText));
+    o.insert(QStringLiteral("errorText"), QString::fromStdString(info.errorText.str()));
     o.insert(QStringLiteral("samplePeak"), double(info.samplePeak));
     return QJsonDocument(o).toJson(QJsonDocument::Compact);
 }

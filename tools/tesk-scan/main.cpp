@@ -1,6 +1,7 @@
 // tesk-scan: lists a folder with the file table's rules, analyses every file
 // as the table does and prints one row per file (CSV, or JSON with --json).
 
+#include "AnalysisPass.h"
 #include "AudioFileInfo.h"
 #include "AudioFileLister.h"
 #include "FallbackAnalysisLibrary.h"
@@ -17,9 +18,13 @@
 #include <QElapsedTimer>
 #include <QFileInfo>
 
+#include <atomic>
+#include <chrono>
 #include <cstdio>
+#include <memory>
 #include <optional>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -105,7 +110,9 @@ int main(int argc, char** argv)
             "creatorId, sourceId, userCategory, userData} and is empty for any other name.\n"
             "\n"
             "Loudness is integrated loudness in LUFS; -96 (shown as ---) means not measured.\n"
-            "A progress bar goes to standard error when it is a terminal.\n"
+            "Files are analysed on one thread per processor core (--threads to use fewer);\n"
+            "rows come out in the listing's order whatever the number of threads, with the\n"
+            "same values. A progress bar goes to standard error when it is a terminal.\n"
             "\n"
             "A file that cannot be read gets a row that shows ERROR and no values; JSON gives\n"
             "the reason in \"errorText\". Like Tesk, tesk-scan enters each file in the crash\n"
@@ -160,8 +167,14 @@ int main(int argc, char** argv)
                        "columns): only its CatIDs count as UCS names, and their category names "
                        "are shown."),
         QStringLiteral("FILE"));
+    const QCommandLineOption threadsOption(
+        QStringLiteral("threads"),
+        QStringLiteral("Analyse N files at once (default: one per processor core, here %1).")
+            .arg(AnalysisPass::DefaultWorkerCount()),
+        QStringLiteral("N"));
     parser.addOptions({recursiveOption, hiddenOption, loudnessOption, multiPlotOption, voltOption,
-                       jsonOption, ucsListOption, libraryOption, noLibraryOption, rootOption});
+                       jsonOption, ucsListOption, libraryOption, noLibraryOption, rootOption,
+                       threadsOption});
     parser.addPositionalArgument(QStringLiteral("FOLDER"), QStringLiteral("The folder to scan."));
 
     if (!parser.parse(QCoreApplication::arguments())) {
@@ -225,6 +238,17 @@ int main(int argc, char** argv)
         }
     }
 
+    int threads = AnalysisPass::DefaultWorkerCount();
+    if (parser.isSet(threadsOption)) {
+        bool ok = false;
+        threads = parser.value(threadsOption).toInt(&ok);
+        if (!ok || threads < 1) {
+            std::fprintf(stderr, "tesk-scan: --threads takes a number of 1 or more\n\n%s",
+                         qPrintable(parser.helpText()));
+            return kUsageError;
+        }
+    }
+
     const bool json = parser.isSet(jsonOption);
     const bool voltMode = parser.isSet(voltOption);
     const QList<QString> files = ListAudioFiles(
@@ -253,33 +277,38 @@ int main(int argc, char** argv)
                                     files);
     }
     registry.RegisterFiles(files);
-    constexpr int kRecallChunk = 512;
-    std::unique_ptr<KrokManager::Recall> nextRecall =
-        registry.BeginRecall(files.mid(0, kRecallChunk));
+
+    // The pass finishes files in any order; rows are printed in the listing's
+    // order as soon as every row before them is in.
+    std::atomic<bool> stop{false};
+    const std::atomic<std::int64_t> noWantedRows{AnalysisPass::kNoWantedRows};
+    auto pass = std::make_unique<AnalysisPass>(registry, files, threads, false, stop, noWantedRows);
+    std::vector<KrokManager::Record> records(std::size_t(files.size()));
+    int finished = 0;
 
     const bool progress = ::isatty(STDERR_FILENO) != 0;
     QElapsedTimer sinceProgress;
     sinceProgress.start();
     bool ok = Write(json ? QByteArrayLiteral("[") : (ScanReport::CsvHeader() + '\n').toUtf8());
     for (int i = 0; i < files.size() && ok; ++i) {
-        // The library reads the next rows while these are analysed and printed.
-        if (i % kRecallChunk == 0) {
-            const std::unique_ptr<KrokManager::Recall> recall = std::move(nextRecall);
-            if (i + kRecallChunk < files.size())
-                nextRecall = registry.BeginRecall(files.mid(i + kRecallChunk, kRecallChunk));
-            registry.EndRecall(*recall);
+        while (!records[std::size_t(i)]) {
+            for (AnalysisPass::Finished& done : pass->Collect(std::chrono::milliseconds(100))) {
+                records[std::size_t(done.index)] = std::move(done.record);
+                ++finished;
+            }
+            if (progress && sinceProgress.elapsed() >= 100) {
+                PrintProgress(finished, files.size());
+                sinceProgress.restart();
+            }
         }
         const QString& path = files.at(i);
-        if (!registry.IsAnalyzed(path))
-            registry.AnalyzeFile(path);
-        AudioFileInfo info = registry.GetFileInfo(path);
+        AudioFileInfo info = *records[std::size_t(i)];
+        records[std::size_t(i)].reset();
         // The library may know more than was asked for; the output shows what was asked.
         if (!loudness)
             info.loudness = -96.0f;
-        if (!multiPlot) {
-            info.isMultiPlotValid = 0;
-            info.multiPlot = {};
-        }
+        if (!multiPlot)
+            info.clearMultiPlot();
         const QString shownPath = QDir::toNativeSeparators(path);
         if (json)
             ok = Write((i == 0 ? QByteArrayLiteral("\n") : QByteArrayLiteral(",\n")) +
@@ -287,15 +316,16 @@ int main(int argc, char** argv)
         else
             ok = Write(
                 (ScanReport::CsvRow(shownPath, info, voltMode, catalog.get()) + '\n').toUtf8());
-        if (progress && (sinceProgress.elapsed() >= 100 || i + 1 == files.size())) {
-            PrintProgress(i + 1, files.size());
-            sinceProgress.restart();
-        }
+        if (progress && i + 1 == files.size())
+            PrintProgress(finished, files.size());
     }
     if (ok && json)
         ok = Write(QByteArrayLiteral("\n]\n"));
     if (progress && !files.isEmpty())
         std::fprintf(stderr, "\n");
+    // Output that cannot be written ends the scan early.
+    stop = true;
+    pass.reset();
     // Rows an earlier scan kept for the server go to it now that it is here.
     registry.FlushLibrary(true);
     registry.Finalize();
