@@ -114,47 +114,31 @@ private slots:
         QTest::addColumn<QString>("folder");
         QTest::addColumn<QString>("file");
         QTest::addColumn<int>("refusal");
-        // Relative to the sandbox, which is the working folder and the home folder.
-        const int ok = RootRequest::Accepted;
-        QTest::newRow("dot") << "."
-                             << ""
-                             << "" << ok;
-        QTest::newRow("trailing slash") << "lib/"
-                                        << "lib"
-                                        << "" << ok;
-        QTest::newRow("doubled slashes and dots") << "./lib//sub/..///"
-                                                  << "lib"
-                                                  << "" << ok;
-        QTest::newRow("blanks around") << "  lib  "
-                                       << "lib"
-                                       << "" << ok;
-        QTest::newRow("tilde") << "~"
-                               << ""
-                               << "" << ok;
-        QTest::newRow("tilde slash") << "~/lib/sub/"
-                                     << "lib/sub"
-                                     << "" << ok;
-        QTest::newRow("audio file") << "lib/sub/Take 2.WAV"
-                                    << "lib/sub"
-                                    << "lib/sub/Take 2.WAV" << ok;
-        QTest::newRow("other file") << "lib/notes.txt"
-                                    << ""
-                                    << "" << int(RootRequest::NotAudio);
-        QTest::newRow("missing, kept normalised") << "lib/gone/"
-                                                  << "lib/gone"
-                                                  << "" << int(RootRequest::Missing);
-        QTest::newRow("missing audio file") << "lib/gone.wav"
-                                            << "lib/gone.wav"
-                                            << "" << int(RootRequest::Missing);
-        QTest::newRow("empty") << ""
-                               << "-"
-                               << "" << int(RootRequest::Empty);
-        QTest::newRow("blank") << "   "
-                               << "-"
-                               << "" << int(RootRequest::Empty);
-        QTest::newRow("tilde of another user is a name") << "~nobody"
-                                                         << "~nobody"
-                                                         << "" << int(RootRequest::Missing);
+        // Relative to the sandbox, which is the working folder and the home
+        // folder; "-" is no folder at all.
+        const int ok = RootRequest::Accepted, missing = RootRequest::Missing;
+        const struct
+        {
+            const char *typed, *folder, *file;
+            int refusal;
+        } cases[] = {
+            {".", "", "", ok},
+            {"lib/", "lib", "", ok},
+            {"./lib//sub/..///", "lib", "", ok},
+            {"  lib  ", "lib", "", ok},
+            {"~", "", "", ok},
+            {"~/lib/sub/", "lib/sub", "", ok},
+            {"lib/sub/Take 2.WAV", "lib/sub", "lib/sub/Take 2.WAV", ok},
+            {"lib/notes.txt", "", "", RootRequest::NotAudio},
+            {"lib/gone/", "lib/gone", "", missing},
+            {"lib/gone.wav", "lib/gone.wav", "", missing},
+            {"", "-", "", RootRequest::Empty},
+            {"   ", "-", "", RootRequest::Empty},
+            // The home of another user is a name like any other.
+            {"~nobody", "~nobody", "", missing},
+        };
+        for (const auto& c : cases)
+            QTest::addRow("'%s'", c.typed) << c.typed << c.folder << c.file << c.refusal;
     }
     void rootInput()
     {
