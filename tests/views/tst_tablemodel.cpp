@@ -1,8 +1,7 @@
-// The file table's model and its sort proxy over files written and analysed
+// The file table's model over files written and analysed
 // for real: cell texts and sort values, the sort specification, the plot cell,
 // alignment, flags and the table font.
 #include "KrokManager.h"
-#include "KrokTableSortModel.h"
 #include "TeskManager.h"
 #include "WaveBuilder.h"
 #include "WaveformStyledItem.h"
@@ -38,7 +37,6 @@ private slots:
     void cellsBlankUntilAnalysed();
     void analysedValues_data();
     void analysedValues();
-    void numbersSortAsNumbers();
     void alignmentAndFlags();
     void missingRecordShowsError();
     void plotCellAndPosition();
@@ -157,34 +155,6 @@ void TestTableModel::analysedValues()
         QCOMPARE(sortValue.toString(), sort.toString());
     QCOMPARE(sortValue.userType() == QMetaType::QString, sort.userType() == QMetaType::QString);
     QCOMPARE(m->index(0, 0).data(258).toString(), QStringLiteral("wav"));
-}
-
-void TestTableModel::numbersSortAsNumbers()
-{
-    // As text 720044 would come before 88244.
-    auto m = model({wav(QStringLiteral("ninety.wav")), wav(QStringLiteral("one_second.wav")),
-                    wav(QStringLiteral("tiny.wav"))},
-                   true);
-    KrokTableSortModel proxy;
-    proxy.setSortRole(256);
-    proxy.setSourceModel(m.get());
-    proxy.sort(ColumnSize, Qt::AscendingOrder);
-    QCOMPARE(columnOf(proxy, 0), (QStringList{"tiny.wav", "one_second.wav", "ninety.wav"}));
-    proxy.sort(ColumnDuration, Qt::DescendingOrder);
-    QCOMPARE(columnOf(proxy, 0), (QStringList{"ninety.wav", "one_second.wav", "tiny.wav"}));
-    // Rows of the specification sort by place, the rest after them: 2 before
-    // 10 and both before the rows outside.
-    QList<SortSpecEntry> spec;
-    for (int k = 0; k < 11; ++k)
-        spec << SortSpecEntry{QStringLiteral("/none%1.wav").arg(k), QString()};
-    spec[2].first = wav(QStringLiteral("tiny.wav"));
-    spec[10].first = wav(QStringLiteral("ninety.wav"));
-    m->applySortSpecification(spec);
-    proxy.refilter();
-    proxy.sort(ColumnSortSpecification, Qt::AscendingOrder);
-    QCOMPARE(columnOf(proxy, 0), (QStringList{"tiny.wav", "ninety.wav"}));
-    m->setFilePathList({wav(QStringLiteral("one_second.wav")), wav(QStringLiteral("tiny.wav"))});
-    QCOMPARE(proxy.rowCount(), 2);
 }
 
 void TestTableModel::alignmentAndFlags()

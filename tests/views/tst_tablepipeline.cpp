@@ -26,7 +26,6 @@ class TestTablePipeline : public QObject
 private slots:
     void fillsRowsRangeByRange();
     void clickInPlotSeeks();
-    void statusLineSumsShownRows();
 };
 
 void TestTablePipeline::fillsRowsRangeByRange()
@@ -117,41 +116,6 @@ void TestTablePipeline::clickInPlotSeeks()
     QTest::mouseClick(view->viewport(), Qt::LeftButton, Qt::NoModifier,
                       QPoint(header->sectionViewportPosition(0) + 5, y));
     QCOMPARE(seek.count(), 2);
-}
-
-void TestTablePipeline::statusLineSumsShownRows()
-{
-    QTemporaryDir dir;
-    // 1.5 s, 0.25 s and 2 s; the search hides the last.
-    QVERIFY(writeSilence(dir.filePath(QStringLiteral("a.wav")), 12000));
-    QVERIFY(writeSilence(dir.filePath(QStringLiteral("b.wav")), 2000));
-    QVERIFY(writeSilence(dir.filePath(QStringLiteral("skip.wav")), 16000));
-    TeskManager manager;
-    WidgetTableBrowser browser(&manager, {});
-    QSignalSpy end(&manager, &TeskManager::SigEndGetDetailInfo);
-    QSignalSpy message(&browser, &WidgetTableBrowser::SigSendMessage);
-    emit browser.SigChangeRootPathCalled(dir.path());
-    QVERIFY(end.wait(30000));
-    QVERIFY(!message.isEmpty());
-    QCOMPARE(message.last().at(0).toString(),
-             QStringLiteral("Number of audio files displayed: 3 Total time: 0hr00min03.750sec"));
-
-    SearchCriteriaStruct criteria;
-    criteria.useDetail = true;
-    criteria.useTime = true;
-    criteria.timeMs = 1500;
-    criteria.timeMode = SearchCriteriaStruct::LessOrEqual;
-    browser.SlotSearchExecute(criteria);
-    QCOMPARE(message.last().at(0).toString(),
-             QStringLiteral("Number of audio files displayed: 2 Total time: 0hr00min01.750sec"));
-    QCOMPARE(browser.sortModel()->rowCount(), 2);
-
-    // Whole minutes and empty lists leave the previous message standing.
-    criteria.name = QStringLiteral("nothing matches");
-    const int before = message.count();
-    browser.SlotSearchExecute(criteria);
-    QCOMPARE(message.count(), before);
-    QCOMPARE(browser.sortModel()->rowCount(), 0);
 }
 
 QTEST_MAIN(TestTablePipeline)
