@@ -9,7 +9,6 @@
 #include <QMenu>
 #include <QSettings>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QtTest>
 
 namespace {
@@ -63,122 +62,78 @@ private slots:
         store.sync();
     }
 
-    void twelveRecentFoldersShowTen()
-    {
-        MainWindow window;
-        QMenu* folder = menuTitled(window.GetMenuBar(), QStringLiteral("Folder"));
-        QVERIFY(folder);
-        // The store keeps the ten newest of a longer hand-made list.
-        QCOMPARE(window.GetManager()->GetRecentFolders(), twelve.mid(0, 10));
-        emit folder->aboutToShow();
-        const QList<QAction*>& recent = window.GetMenuBar()->recentFolderActions();
-        QCOMPARE(recent.size(), 10);
-        QCOMPARE(visibleTexts(recent), twelve.mid(0, 10));
-
-        // Choosing one makes it the root.
-        recent.at(3)->trigger();
-        QCOMPARE(window.GetManager()->GetRootPath(), twelve.at(3));
-    }
-
-    void columnTogglesEmitTheFullMask()
+    // The Folder, View, Preview and Bookmark menus as they open.
+    void menusFollowTheState()
     {
         MainWindow window;
         MenuBar* bar = window.GetMenuBar();
+        TeskManager* manager = window.GetManager();
+        // The store keeps the ten newest of a longer hand-made list; one
+        // chosen becomes the root.
+        emit menuTitled(bar, QStringLiteral("Folder"))->aboutToShow();
+        QCOMPARE(visibleTexts(bar->recentFolderActions()), twelve.mid(0, 10));
+        bar->recentFolderActions().at(3)->trigger();
+        QCOMPARE(manager->GetRootPath(), twelve.at(3));
+
+        // A loaded column mask ticks the entries and is not sent back; a
+        // toggle sends the whole mask.
         const QList<QAction*>& columns = bar->columnVisibilityActions();
-        QCOMPARE(columns.size(), krokTableModel::columnHeaderLabels().size());
         QCOMPARE(columns.size(), int(TableColumnCount));
         QCOMPARE(columns.at(ColumnLoudness)->text(), QStringLiteral("Loudness"));
         QSignalSpy mask(bar, &MenuBar::SigColumnVisiblityChanged);
-
-        bar->ColumnVisibleStateLoaded(0x7FFF);
-        QCOMPARE(mask.count(), 0);
-        columns.at(3)->trigger();
-        columns.at(3)->trigger();
-        QCOMPARE(mask.count(), 2);
-        QCOMPARE(mask.at(0).at(0).toInt(), 0x7FFF & ~(1 << 3));
-        QCOMPARE(mask.at(1).at(0).toInt(), 0x7FFF);
-        QCOMPARE(window.GetManager()->GetColumnVisibleState(), 0x7FFF);
-
         bar->ColumnVisibleStateLoaded(0b101);
-        QCOMPARE(mask.count(), 2);
-        QVERIFY(columns.at(0)->isChecked());
-        QVERIFY(!columns.at(1)->isChecked());
-        QVERIFY(columns.at(2)->isChecked());
-        QVERIFY(!columns.at(14)->isChecked());
+        for (int column = 0; column < 15; ++column)
+            QCOMPARE(columns.at(column)->isChecked(), column == 0 || column == 2);
         columns.at(14)->trigger();
-        QCOMPARE(mask.last().at(0).toInt(), 0b101 | (1 << 14));
-    }
+        columns.at(0)->trigger();
+        QCOMPARE(mask.count(), 2);
+        QCOMPARE(mask.at(0).at(0).toInt(), 0b101 | (1 << 14));
+        QCOMPARE(manager->GetColumnVisibleState(), 0b100 | (1 << 14));
 
-    void previewMenuSeekEntries()
-    {
-        MainWindow window;
-        MenuBar* bar = window.GetMenuBar();
+        // Seeking is offered from the open Preview menu only while playing.
         QMenu* preview = menuTitled(bar, QStringLiteral("Preview"));
-        QVERIFY(preview);
-        QVERIFY(!window.GetManager()->GetKrokManager()->IsPlaying());
+        QVERIFY(!manager->GetKrokManager()->IsPlaying());
         emit preview->aboutToShow();
-        QVERIFY(!bar->seekForwardAction()->isEnabled());
-        QVERIFY(!bar->seekBackwardAction()->isEnabled());
+        QVERIFY(!bar->seekForwardAction()->isEnabled() && !bar->seekBackwardAction()->isEnabled());
         emit preview->aboutToHide();
-        QVERIFY(bar->seekForwardAction()->isEnabled());
-        QVERIFY(bar->seekBackwardAction()->isEnabled());
-    }
+        QVERIFY(bar->seekForwardAction()->isEnabled() && bar->seekBackwardAction()->isEnabled());
 
-    void bookmarkEntriesAndNuendoStatus()
-    {
-        MainWindow window;
-        MenuBar* bar = window.GetMenuBar();
-        QCOMPARE(bar->nuendoStatusAction()->text(), QStringLiteral("(getting status)"));
-        bar->SetNuendoStatusText(QStringLiteral("[Connected]"));
-        QCOMPARE(bar->nuendoStatusAction()->text(), QStringLiteral("[Connected]"));
-
-        window.GetManager()->SetBookmarks({{QStringLiteral("/sfx/doors"), QStringLiteral("Doors")},
-                                           {QStringLiteral("/sfx/rain"), QStringLiteral("Rain")}});
-        QMenu* menu = menuTitled(bar, QStringLiteral("Bookmark"));
-        QVERIFY(menu);
-        emit menu->aboutToShow();
-        QAction* rain = nullptr;
-        for (QAction* action : menu->actions()) {
-            if (action->text() == QStringLiteral("Rain") && action->isVisible())
-                rain = action;
-        }
-        QVERIFY(rain);
-        QCOMPARE(rain->data().toString(), QStringLiteral("/sfx/rain"));
-        rain->trigger();
-        QCOMPARE(window.GetManager()->GetRootPath(), QStringLiteral("/sfx/rain"));
-
-        // One bookmark fewer hides the extra entry.
-        window.GetManager()->SetBookmarks(
-            {{QStringLiteral("/sfx/doors"), QStringLiteral("Doors")}});
-        emit menu->aboutToShow();
-        QVERIFY(!rain->isVisible());
+        // One entry a bookmark; one bookmark fewer hides the extra entry.
+        QMenu* bookmarks = menuTitled(bar, QStringLiteral("Bookmark"));
+        manager->SetBookmarks({{"/sfx/doors", "Doors"}, {"/sfx/rain", "Rain"}});
+        emit bookmarks->aboutToShow();
+        const QList<QAction*> entries = bookmarks->actions();
+        const auto rain = std::find_if(entries.cbegin(), entries.cend(), [](QAction* a) {
+            return a->text() == QLatin1String("Rain") && a->isVisible();
+        });
+        QVERIFY(rain != entries.cend());
+        (*rain)->trigger();
+        QCOMPARE(manager->GetRootPath(), QStringLiteral("/sfx/rain"));
+        manager->SetBookmarks({{"/sfx/doors", "Doors"}});
+        emit bookmarks->aboutToShow();
+        QVERIFY(!(*rain)->isVisible());
     }
 
     void everyShortcutReachesItsEntry_data()
     {
         QTest::addColumn<QKeySequence>("keys");
         QTest::addColumn<QString>("entry");
-        QTest::newRow("Ctrl+O") << QKeySequence(Qt::CTRL | Qt::Key_O)
-                                << QStringLiteral("Select a folder...");
-        QTest::newRow("Ctrl+Shift+O") << QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O)
-                                      << QStringLiteral("Show in File Manager");
-        QTest::newRow("Ctrl++") << QKeySequence(Qt::CTRL | Qt::Key_Plus)
-                                << QStringLiteral("Enlarge");
-        QTest::newRow("Ctrl+-") << QKeySequence(Qt::CTRL | Qt::Key_Minus)
-                                << QStringLiteral("Shrink");
-        QTest::newRow("Ctrl+0") << QKeySequence(Qt::CTRL | Qt::Key_0)
-                                << QStringLiteral("Reset to Default Settings");
-        QTest::newRow("Space") << QKeySequence(Qt::Key_Space) << QStringLiteral("Playback");
-        QTest::newRow("Esc") << QKeySequence(Qt::Key_Escape) << QStringLiteral("Stop");
-        QTest::newRow("T") << QKeySequence(Qt::Key_T) << QStringLiteral("Seek forward");
-        QTest::newRow("R") << QKeySequence(Qt::Key_R) << QStringLiteral("Seek backward");
-        QTest::newRow("Ctrl+S") << QKeySequence(Qt::CTRL | Qt::Key_S)
-                                << QStringLiteral("Play selected tracks");
-        QTest::newRow("Ctrl+P") << QKeySequence(Qt::CTRL | Qt::Key_P)
-                                << QStringLiteral("Enable Playlist Playback");
-        QTest::newRow("Ctrl+D") << QKeySequence(Qt::CTRL | Qt::Key_D)
-                                << QStringLiteral("Add to Bookmarks");
-        QTest::newRow("Ctrl+Q") << QKeySequence(Qt::CTRL | Qt::Key_Q) << QStringLiteral("Exit");
+        const std::pair<const char*, const char*> rows[] = {
+            {"Ctrl+O", "Select a folder..."},
+            {"Ctrl+Shift+O", "Show in File Manager"},
+            {"Ctrl++", "Enlarge"},
+            {"Ctrl+-", "Shrink"},
+            {"Ctrl+0", "Reset to Default Settings"},
+            {"Space", "Playback"},
+            {"Esc", "Stop"},
+            {"T", "Seek forward"},
+            {"R", "Seek backward"},
+            {"Ctrl+S", "Play selected tracks"},
+            {"Ctrl+P", "Enable Playlist Playback"},
+            {"Ctrl+D", "Add to Bookmarks"},
+            {"Ctrl+Q", "Exit"}};
+        for (const auto& [keys, entry] : rows)
+            QTest::newRow(keys) << QKeySequence(QLatin1String(keys)) << QString::fromLatin1(entry);
     }
 
     void everyShortcutReachesItsEntry()
@@ -200,37 +155,20 @@ private slots:
         QVERIFY(action->isEnabled());
 
         QSignalSpy triggered(action, &QAction::triggered);
-        QSignalSpy folderDialog(bar, &MenuBar::SigShowRootPathSelectDialog);
-        QSignalSpy playback(bar, &MenuBar::SigStartPlayback);
-        QSignalSpy rowHeight(manager, &TeskManager::SigRowHeightChanged);
-        QSignalSpy autoPlay(manager, &TeskManager::SigAutoPlaybackFlagChanged);
-        QSignalSpy playlist(manager, &TeskManager::SigPlaylistFlagChanged);
         const int height = manager->GetRowHeight();
-        if (QString::fromLatin1(QTest::currentDataTag()) == QLatin1String("Esc")) {
+        const QString name = QString::fromLatin1(QTest::currentDataTag());
+        if (name == QLatin1String("Esc")) {
             // Playlist mode arms its timer on a play request; Stop disarms it.
             manager->SlotChangePlaylistFlagCalled(true);
             manager->SlotStartPlaybackCalled(QStringLiteral("/no/such/file.wav"));
             QVERIFY(manager->GetPlaylistTimer()->isActive());
         }
-
         QTest::keySequence(&window, keys);
         QCOMPARE(triggered.count(), 1);
-
-        const QString name = QString::fromLatin1(QTest::currentDataTag());
-        if (name == QLatin1String("Ctrl+O"))
-            QCOMPARE(folderDialog.count(), 1);
-        else if (name == QLatin1String("Space"))
-            QCOMPARE(playback.count(), 1);
-        else if (name == QLatin1String("Ctrl++"))
+        if (name == QLatin1String("Ctrl++"))
             QCOMPARE(manager->GetRowHeight(), height + 2);
         else if (name == QLatin1String("Ctrl+-"))
             QCOMPARE(manager->GetRowHeight(), qMax(height - 2, 10));
-        else if (name == QLatin1String("Ctrl+0"))
-            QCOMPARE(rowHeight.count(), 1);
-        else if (name == QLatin1String("Ctrl+S"))
-            QCOMPARE(autoPlay.count(), 1);
-        else if (name == QLatin1String("Ctrl+P"))
-            QCOMPARE(playlist.count(), 1);
         else if (name == QLatin1String("Ctrl+Q"))
             QTRY_VERIFY(!window.isVisible());
         else if (name == QLatin1String("Esc"))

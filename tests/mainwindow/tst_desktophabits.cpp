@@ -117,28 +117,21 @@ private slots:
         QVERIFY(progress->isHidden());
     }
 
-    void timeLeft_data()
-    {
-        QTest::addColumn<int>("done");
-        QTest::addColumn<int>("total");
-        QTest::addColumn<qint64>("elapsedMs");
-        QTest::addColumn<QString>("left");
-        QTest::newRow("too early to tell") << 10 << 100 << qint64(400) << QString();
-        QTest::newRow("nothing done yet") << 0 << 100 << qint64(5000) << QString();
-        QTest::newRow("a quarter in 10 s") << 25 << 100 << qint64(10000) << "0:30";
-        QTest::newRow("an hour and more") << 1 << 100 << qint64(40000) << "1:06:00";
-        QTest::newRow("a part second rounds up") << 99 << 100 << qint64(9900) << "0:01";
-        QTest::newRow("done") << 100 << 100 << qint64(9000) << "0:00";
-    }
-
     void timeLeft()
     {
-        QFETCH(int, done);
-        QFETCH(int, total);
-        QFETCH(qint64, elapsedMs);
-        QFETCH(QString, left);
-        const qint64 ms = StatusProgress::RemainingMs(done, total, elapsedMs);
-        QCOMPARE(ms < 0 ? QString() : StatusProgress::DurationText(ms), left);
+        const struct
+        {
+            int done, total;
+            qint64 elapsedMs;
+            const char* left;
+        } cases[] = {{10, 100, 400, ""}, // too early to tell
+                     {0, 100, 5000, ""},         {25, 100, 10000, "0:30"},
+                     {1, 100, 40000, "1:06:00"}, {99, 100, 9900, "0:01"}, // a part second rounds up
+                     {100, 100, 9000, "0:00"}};
+        for (const auto& c : cases) {
+            const qint64 ms = StatusProgress::RemainingMs(c.done, c.total, c.elapsedMs);
+            QCOMPARE(ms < 0 ? QString() : StatusProgress::DurationText(ms), QLatin1String(c.left));
+        }
     }
 
     void headerAndSubfolderFlagSurviveARestart()
@@ -221,8 +214,7 @@ private slots:
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
         auto* toolBar = window.findChild<QToolBar*>(QStringLiteral("mainToolBar"));
-        QVERIFY(toolBar);
-        QVERIFY(!toolBar->isVisible());
+        QVERIFY(toolBar && !toolBar->isVisible());
         // Nor does the window's own menu offer to bring it back.
         std::unique_ptr<QMenu> menu(window.createPopupMenu());
         QVERIFY(!menu || !menu->actions().contains(toolBar->toggleViewAction()) ||

@@ -13,12 +13,9 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
-#include <QSettings>
 #include <QSignalSpy>
 #include <QSpinBox>
-#include <QTemporaryDir>
 #include <QTest>
-#include <QTimer>
 
 class tst_MainWindowGac final : public QObject
 {
@@ -42,7 +39,6 @@ private slots:
         auto* gac = window.findChild<GacManager*>();
         QVERIFY(gac);
         QSignalSpy log(gac, &GacManager::SigGacLogMessage);
-        QCOMPARE(statusText(window), QStringLiteral("(getting status)"));
         QTRY_COMPARE_WITH_TIMEOUT(statusText(window),
                                   QStringLiteral("[Not Connected] Start connection"), 3000);
 
@@ -73,25 +69,19 @@ private slots:
     void settingsDialogStoresAddressAndPort()
     {
         MainWindow window;
-        fixtures::AnswerNextModal<QWidget>([](QWidget* modal) {
-            auto* form = qobject_cast<subFormGAC*>(modal);
-            QVERIFY(form);
-            form->findChild<QLineEdit*>()->setText(QStringLiteral("studio-b"));
-            form->findChild<QSpinBox*>()->setValue(4500);
-            form->accept();
-        });
-        window.SlotGacOpenSettings();
-        QCOMPARE(window.GetManager()->GetGacAddress(), QStringLiteral("studio-b"));
-        QCOMPARE(window.GetManager()->GetGacPort(), 4500);
-
-        fixtures::AnswerNextModal<QWidget>([](QWidget* modal) {
-            auto* form = qobject_cast<subFormGAC*>(modal);
-            QVERIFY(form);
-            form->findChild<QLineEdit*>()->setText(QStringLiteral("elsewhere"));
-            form->reject();
-        });
-        window.SlotGacOpenSettings();
-        QCOMPARE(window.GetManager()->GetGacAddress(), QStringLiteral("studio-b"));
+        // Accepted, the dialog's values are stored; rejected, they are not.
+        for (const bool accept : {true, false}) {
+            fixtures::AnswerNextModal<QWidget>([accept](QWidget* modal) {
+                auto* form = qobject_cast<subFormGAC*>(modal);
+                QVERIFY(form);
+                form->findChild<QLineEdit*>()->setText(accept ? "studio-b" : "elsewhere");
+                form->findChild<QSpinBox*>()->setValue(accept ? 4500 : 4600);
+                accept ? form->accept() : form->reject();
+            });
+            window.SlotGacOpenSettings();
+            QCOMPARE(window.GetManager()->GetGacAddress(), QStringLiteral("studio-b"));
+            QCOMPARE(window.GetManager()->GetGacPort(), 4500);
+        }
     }
 #else
     void toggleWhileConnectedOnlyInforms()

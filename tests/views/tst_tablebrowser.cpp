@@ -1,5 +1,8 @@
+// The table browser as the user drives it: drops, selection and playback,
+// sorting (natural, case-blind, stable after the list ends), the search bar,
+// the status line, the first column widths, and the view's keys, context menu
+// and clipboard lists.
 #include "KrokTableSortModel.h"
-#include "SearchRowMatcher.h"
 #include "SubWidgetTableView.h"
 #include "WidgetTableBrowser.h"
 
@@ -20,17 +23,34 @@
 #include <QtTest>
 
 #include <algorithm>
+#include <memory>
 #include <random>
 
 namespace {
 
-QStringList paths(const QTemporaryDir& dir, int count)
+QStringList takes(int count)
 {
     QStringList list;
-    for (int k = 0; k < count; ++k) {
-        list << dir.filePath(QStringLiteral("take%1.wav").arg(k));
-    }
+    for (int k = 0; k < count; ++k)
+        list << QStringLiteral("/lib/take%1.wav").arg(k);
     return list;
+}
+
+QStringList columnOf(const QAbstractItemModel* model, int column)
+{
+    QStringList values;
+    for (int row = 0; row < model->rowCount(); ++row)
+        values << model->index(row, column).data().toString();
+    return values;
+}
+
+// Answers the browser's questions about the auto playback and playlist flags.
+void setFlags(WidgetTableBrowser& browser, const bool* autoPlayback, bool playlist)
+{
+    QObject::connect(&browser, &WidgetTableBrowser::SigAutoPlaybackFlagRequired, &browser,
+                     [autoPlayback](bool* flag) { *flag = *autoPlayback; });
+    QObject::connect(&browser, &WidgetTableBrowser::SigPlayListFlagRequired, &browser,
+                     [playlist](bool* flag) { *flag = playlist; });
 }
 
 } // namespace
@@ -39,175 +59,69 @@ class TestTableBrowser : public QObject
 {
     Q_OBJECT
 private slots:
-    void viewSetUp();
-    void dropFileSelectsItsFolder();
-    void dropFolderAndNonsense();
-    void updateInformationListsSelectedPaths();
-    void statusLineText_data();
+    void drops();
     void statusLineText();
-    void seekRatio_data();
-    void seekRatio();
     void nextItemSkipsHiddenRows();
-    void nextItemAtTheEndChangesNothing();
-    void autoPlaybackOnSelection();
-    void activationPlaysButNotFromPlotColumn();
-    void columnVisibilityMask();
-    void sortsByPathAndName();
+    void selectionAndActivationPlay();
+    void columnVisibilityAndRefresh();
     void endOfListOrderEqualsAFreshSort_data();
     void endOfListOrderEqualsAFreshSort();
-    void durationCellParsing_data();
-    void durationCellParsing();
     void nameSearchIgnoresCase();
-    void loudnessVoltModeRefreshesEveryCell();
     void firstRootChangeSetsDefaultWidthsOnce();
     void userSortSurvivesARootChange();
     void namedFileIsSelectedWithoutPlaying();
+    void viewKeys_data();
+    void viewKeys();
+    void menuByConnectionState_data();
+    void menuByConnectionState();
+    void copyPutsEncodedFileListsOnClipboard();
+    void tabFocusSelectsFirstRow();
 };
 
-void TestTableBrowser::viewSetUp()
-{
-    WidgetTableBrowser browser(nullptr, {});
-    SubWidgetTableView* view = browser.tableView();
-    QVERIFY(!view->showGrid());
-    QCOMPARE(view->selectionBehavior(), QAbstractItemView::SelectRows);
-    QCOMPARE(view->selectionMode(), QAbstractItemView::ExtendedSelection);
-    QVERIFY(view->horizontalHeader()->sectionsMovable());
-    QVERIFY(!view->verticalHeader()->isVisible() || view->verticalHeader()->isHidden());
-    QCOMPARE(view->dragDropMode(), QAbstractItemView::DragOnly);
-    QCOMPARE(browser.sortModel()->sortRole(), 256);
-    QVERIFY(browser.acceptDrops());
-    QCOMPARE(browser.tableModel()->columnCount(), int(TableColumnCount));
-    // The metadata columns are there but wait to be asked for.
-    for (int column = 0; column < TableColumnCount; ++column)
-        QCOMPARE(view->isColumnHidden(column), column >= kFirstMetadataColumn);
-    QCOMPARE(view->focusPolicy(), Qt::StrongFocus);
-}
-
-void TestTableBrowser::dropFileSelectsItsFolder()
+void TestTableBrowser::drops()
 {
     QTemporaryDir dir;
-    QVERIFY(dir.isValid());
     QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("sub")));
     const QString file = dir.filePath(QStringLiteral("sub/a.wav"));
     const QString text = dir.filePath(QStringLiteral("sub/notes.txt"));
-    for (const QString& path : {file, text}) {
-        QFile f(path);
-        QVERIFY(f.open(QIODevice::WriteOnly));
-    }
+    for (const QString& path : {file, text})
+        QVERIFY(QFile(path).open(QIODevice::WriteOnly));
     WidgetTableBrowser browser(nullptr, {});
     QSignalSpy root(&browser, &WidgetTableBrowser::SigChangeRootPathCalled);
-    QMimeData mime;
-    // Only the first URL counts: the second names another existing folder. An
-    // audio file is handed on as it is (its folder is listed, the file selected).
-    mime.setUrls({QUrl::fromLocalFile(file), QUrl::fromLocalFile(dir.path())});
-    QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
-    static_cast<QObject*>(&browser)->event(&drop);
-    QCOMPARE(root.count(), 1);
+    const auto drop = [&browser](const QList<QUrl>& urls) {
+        QMimeData mime;
+        mime.setUrls(urls);
+        QDropEvent event(QPointF(5, 5), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+        event.setAccepted(false);
+        static_cast<QObject*>(&browser)->event(&event);
+        return event.isAccepted();
+    };
+    // Only the first URL counts. An audio file is handed on as it is (its
+    // folder listed, the file selected); any other file names its folder.
+    QVERIFY(drop({QUrl::fromLocalFile(file), QUrl::fromLocalFile(dir.path())}));
+    QVERIFY(drop({QUrl::fromLocalFile(text)}));
+    QVERIFY(drop({QUrl::fromLocalFile(dir.path())}));
+    QVERIFY(!drop({QUrl::fromLocalFile(dir.filePath(QStringLiteral("gone.wav")))}));
+    QCOMPARE(root.count(), 3);
     QCOMPARE(root.at(0).at(0).toString(), file);
-    QVERIFY(drop.isAccepted());
-    QCOMPARE(drop.dropAction(), Qt::IgnoreAction);
-    // Any other file names its folder.
-    mime.setUrls({QUrl::fromLocalFile(text)});
-    QDropEvent other(QPointF(5, 5), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
-    static_cast<QObject*>(&browser)->event(&other);
-    QCOMPARE(root.count(), 2);
     QCOMPARE(root.at(1).at(0).toString(), dir.filePath(QStringLiteral("sub")));
-}
-
-void TestTableBrowser::dropFolderAndNonsense()
-{
-    QTemporaryDir dir;
-    WidgetTableBrowser browser(nullptr, {});
-    QSignalSpy root(&browser, &WidgetTableBrowser::SigChangeRootPathCalled);
-    QMimeData folder;
-    folder.setUrls({QUrl::fromLocalFile(dir.path())});
-    QDropEvent dropFolder(QPointF(5, 5), Qt::CopyAction, &folder, Qt::LeftButton, Qt::NoModifier);
-    static_cast<QObject*>(&browser)->event(&dropFolder);
-    QCOMPARE(root.count(), 1);
-    QCOMPARE(root.at(0).at(0).toString(), dir.path());
-
-    QMimeData missing;
-    missing.setUrls({QUrl::fromLocalFile(dir.filePath(QStringLiteral("gone.wav")))});
-    QDropEvent dropMissing(QPointF(5, 5), Qt::CopyAction, &missing, Qt::LeftButton, Qt::NoModifier);
-    dropMissing.setAccepted(false);
-    static_cast<QObject*>(&browser)->event(&dropMissing);
-    QCOMPARE(root.count(), 1);
-    QVERIFY(!dropMissing.isAccepted());
-}
-
-void TestTableBrowser::updateInformationListsSelectedPaths()
-{
-    QTemporaryDir dir;
-    WidgetTableBrowser browser(nullptr, {});
-    const QStringList list = paths(dir, 4);
-    browser.tableModel()->setFilePathList(list);
-    QSignalSpy update(&browser, &WidgetTableBrowser::SigUpdateFilesCalled);
-    SubWidgetTableView* view = browser.tableView();
-    view->selectionModel()->select(browser.sortModel()->index(1, 0),
-                                   QItemSelectionModel::Select | QItemSelectionModel::Rows);
-    view->selectionModel()->select(browser.sortModel()->index(3, 0),
-                                   QItemSelectionModel::Select | QItemSelectionModel::Rows);
-    view->SlotUpdate();
-    QCOMPARE(update.count(), 1);
-    QStringList files = update.at(0).at(0).toStringList();
-    files.sort();
-    QCOMPARE(files, (QStringList{list[1], list[3]}));
-}
-
-void TestTableBrowser::statusLineText_data()
-{
-    QTest::addColumn<int>("count");
-    QTest::addColumn<float>("total");
-    QTest::addColumn<bool>("sent");
-    QTest::addColumn<QString>("time");
-    QTest::newRow("hour, minutes, fraction")
-        << 7 << 3725.5f << true << QStringLiteral("1hr02min05.500sec");
-    QTest::newRow("exactly two minutes")
-        << 2 << 120.0f << false << QStringLiteral("0hr02min00.000sec");
-    QTest::newRow("nothing shown") << 0 << 0.0f << false << QStringLiteral("0hr00min00.000sec");
-    QTest::newRow("half a second") << 1 << 0.5f << true << QStringLiteral("0hr00min00.500sec");
-    QTest::newRow("ten hours and a bit")
-        << 3 << 36061.25f << true << QStringLiteral("10hr01min01.250sec");
+    QCOMPARE(root.at(2).at(0).toString(), dir.path());
 }
 
 void TestTableBrowser::statusLineText()
 {
-    QFETCH(int, count);
-    QFETCH(float, total);
-    QFETCH(bool, sent);
-    QFETCH(QString, time);
+    // Sent only when the total is not whole minutes (the end of a run of plays).
     QString message;
-    QCOMPARE(WidgetTableBrowser::statusMessage(count, total, &message), sent);
-    QCOMPARE(
-        message,
-        QStringLiteral("Number of audio files displayed: %1 Total time: %2").arg(count).arg(time));
-}
-
-void TestTableBrowser::seekRatio_data()
-{
-    QTest::addColumn<int>("x");
-    QTest::addColumn<int>("width");
-    QTest::addColumn<double>("ratio");
-    QTest::newRow("middle") << 60 << 120 << 0.5;
-    QTest::newRow("left edge") << 0 << 120 << 0.0;
-    QTest::newRow("left of the cell") << -4 << 120 << 0.0;
-    QTest::newRow("zero width") << 10 << 0 << 0.0;
-    QTest::newRow("one pixel in") << 1 << 100 << 0.01;
-}
-
-void TestTableBrowser::seekRatio()
-{
-    QFETCH(int, x);
-    QFETCH(int, width);
-    QFETCH(double, ratio);
-    QCOMPARE(WidgetTableBrowser::seekRatio(x, width), ratio);
+    QVERIFY(WidgetTableBrowser::statusMessage(3, 36061.25f, &message));
+    QCOMPARE(message, "Number of audio files displayed: 3 Total time: 10hr01min01.250sec");
+    QVERIFY(!WidgetTableBrowser::statusMessage(2, 3720.0f, &message));
+    QCOMPARE(message, "Number of audio files displayed: 2 Total time: 1hr02min00.000sec");
 }
 
 void TestTableBrowser::nextItemSkipsHiddenRows()
 {
-    QTemporaryDir dir;
     WidgetTableBrowser browser(nullptr, {});
-    const QStringList list = paths(dir, 5);
+    const QStringList list = takes(5);
     browser.tableModel()->setFilePathList(list);
     browser.tableModel()->setRowMatched(1, false);
     browser.tableModel()->setRowMatched(2, false);
@@ -216,87 +130,159 @@ void TestTableBrowser::nextItemSkipsHiddenRows()
     SubWidgetTableView* view = browser.tableView();
     view->setCurrentIndex(browser.sortModel()->index(0, 0));
     bool autoPlayback = false;
-    connect(&browser, &WidgetTableBrowser::SigAutoPlaybackFlagRequired, this,
-            [&autoPlayback](bool* flag) { *flag = autoPlayback; });
-    connect(&browser, &WidgetTableBrowser::SigPlayListFlagRequired, this,
-            [](bool* flag) { *flag = true; });
+    setFlags(browser, &autoPlayback, true);
     QSignalSpy play(&browser, &WidgetTableBrowser::SigStartPlaybackCalled);
     browser.SlotSelectNextItem();
     QCOMPARE(play.count(), 1);
     QCOMPARE(play.at(0).at(0).toString(), list[3]);
-    const QModelIndexList selected = view->selectionModel()->selectedRows(1);
-    QCOMPARE(selected.size(), 1);
-    QCOMPARE(selected.first().data().toString(), list[3]);
-
+    QCOMPARE(view->selectionModel()->selectedRows(1).size(), 1);
+    QCOMPARE(view->selectionModel()->selectedRows(1).first().data().toString(), list[3]);
     // With auto playback on, the selection change starts the file, once.
     autoPlayback = true;
-    play.clear();
     browser.SlotSelectNextItem();
-    QCOMPARE(play.count(), 1);
-    QCOMPARE(play.at(0).at(0).toString(), list[4]);
+    QCOMPARE(play.count(), 2);
+    QCOMPARE(play.at(1).at(0).toString(), list[4]);
+    // At the end nothing changes.
+    browser.SlotSelectNextItem();
+    QCOMPARE(play.count(), 2);
+    QCOMPARE(view->currentIndex().row(), 2);
 }
 
-void TestTableBrowser::nextItemAtTheEndChangesNothing()
+void TestTableBrowser::selectionAndActivationPlay()
 {
-    QTemporaryDir dir;
     WidgetTableBrowser browser(nullptr, {});
-    const QStringList list = paths(dir, 3);
-    browser.tableModel()->setFilePathList(list);
-    browser.tableModel()->setRowMatched(2, false);
-    browser.sortModel()->refilter();
-    browser.tableView()->selectRow(1);
-    connect(&browser, &WidgetTableBrowser::SigPlayListFlagRequired, this,
-            [](bool* flag) { *flag = true; });
-    QSignalSpy play(&browser, &WidgetTableBrowser::SigStartPlaybackCalled);
-    browser.SlotSelectNextItem();
-    QCOMPARE(play.count(), 0);
-    QCOMPARE(browser.tableView()->currentIndex().row(), 1);
-}
-
-void TestTableBrowser::autoPlaybackOnSelection()
-{
-    QTemporaryDir dir;
-    WidgetTableBrowser browser(nullptr, {});
-    const QStringList list = paths(dir, 3);
+    const QStringList list = takes(3);
     browser.tableModel()->setFilePathList(list);
     bool autoPlayback = false;
-    connect(&browser, &WidgetTableBrowser::SigAutoPlaybackFlagRequired, this,
-            [&autoPlayback](bool* flag) { *flag = autoPlayback; });
+    setFlags(browser, &autoPlayback, false);
     QSignalSpy play(&browser, &WidgetTableBrowser::SigStartPlaybackCalled);
-    browser.tableView()->selectRow(1);
-    QCOMPARE(play.count(), 0);
-    autoPlayback = true;
-    browser.tableView()->selectRow(2);
-    QCOMPARE(play.count(), 1);
-    QCOMPARE(play.at(0).at(0).toString(), list[2]);
-    // Clearing the selection selects nothing new and plays nothing.
-    browser.tableView()->clearSelection();
-    QCOMPARE(play.count(), 1);
-}
-
-void TestTableBrowser::activationPlaysButNotFromPlotColumn()
-{
-    QTemporaryDir dir;
-    WidgetTableBrowser browser(nullptr, {});
-    const QStringList list = paths(dir, 2);
-    browser.tableModel()->setFilePathList(list);
-    QSignalSpy play(&browser, &WidgetTableBrowser::SigStartPlaybackCalled);
-    browser.tableView()->setCurrentIndex(browser.sortModel()->index(1, 10));
+    // Enter plays the current row, but not from the plot column, whose clicks seek.
+    browser.tableView()->setCurrentIndex(browser.sortModel()->index(1, ColumnPlots));
     browser.SlotSelectedItemPlaybackCalled();
     QCOMPARE(play.count(), 0);
     browser.tableView()->setCurrentIndex(browser.sortModel()->index(1, 3));
     browser.SlotSelectedItemPlaybackCalled();
     QCOMPARE(play.count(), 1);
     QCOMPARE(play.at(0).at(0).toString(), list[1]);
+    // A selection plays only with auto playback on; clearing it plays nothing.
+    browser.tableView()->selectRow(0);
+    QCOMPARE(play.count(), 1);
+    autoPlayback = true;
+    browser.tableView()->selectRow(2);
+    QCOMPARE(play.count(), 2);
+    QCOMPARE(play.at(1).at(0).toString(), list[2]);
+    browser.tableView()->clearSelection();
+    QCOMPARE(play.count(), 2);
 }
 
-void TestTableBrowser::columnVisibilityMask()
+void TestTableBrowser::columnVisibilityAndRefresh()
 {
     WidgetTableBrowser browser(nullptr, {});
     browser.SlotColumnVisibleChanged((1 << 15) - 1 - (1 << 1) - (1 << 14));
-    for (int column = 0; column < 15; ++column) {
+    for (int column = 0; column < 15; ++column)
         QCOMPARE(browser.tableView()->isColumnHidden(column), column == 1 || column == 14);
+    // The metadata columns wait to be asked for.
+    QVERIFY(browser.tableView()->isColumnHidden(kFirstMetadataColumn));
+
+    browser.tableModel()->setFilePathList(takes(3));
+    QSignalSpy changed(browser.tableModel(), &QAbstractItemModel::dataChanged);
+    browser.SlotLoudnessVoltModeChanged(true);
+    QCOMPARE(changed.count(), 1);
+    QCOMPARE(changed.at(0).at(0).toModelIndex(), browser.tableModel()->index(0, 0));
+    QCOMPARE(changed.at(0).at(1).toModelIndex(),
+             browser.tableModel()->index(2, TableColumnCount - 1));
+    // An analysed range, one row long too, is repainted whole.
+    browser.SlotAnalyzedInfoAcquired(1, 1);
+    QCOMPARE(changed.count(), 2);
+    QCOMPARE(changed.at(1).at(0).toModelIndex(), browser.tableModel()->index(1, 0));
+    QCOMPARE(changed.at(1).at(1).toModelIndex(),
+             browser.tableModel()->index(1, TableColumnCount - 1));
+}
+
+void TestTableBrowser::endOfListOrderEqualsAFreshSort_data()
+{
+    QTest::addColumn<int>("count");
+    QTest::addColumn<bool>("replaceListFirst");
+    QTest::addColumn<bool>("letThePoolFinish");
+    QTest::newRow("small, ended at once") << 7 << false << false;
+    QTest::newRow("large, ended at once") << 30000 << false << false;
+    QTest::newRow("ranks ready") << 3000 << false << true;
+    QTest::newRow("a second folder replaced the first") << 2000 << true << true;
+}
+
+void TestTableBrowser::endOfListOrderEqualsAFreshSort()
+{
+    QFETCH(int, count);
+    QFETCH(bool, replaceListFirst);
+    QFETCH(bool, letThePoolFinish);
+    QStringList listed;
+    const char* folders[] = {"Foley", "foley", "foley/sub", "foley"};
+    for (int k = 0; k < count; ++k)
+        listed << QStringLiteral("/lib/%1/take%2.wav").arg(QLatin1String(folders[k % 4])).arg(k);
+    std::mt19937 random(static_cast<unsigned>(count));
+    std::shuffle(listed.begin(), listed.end(), random);
+
+    WidgetTableBrowser browser(nullptr, {});
+    if (replaceListFirst) {
+        browser.SlotRootPathChanged();
+        browser.SlotFilePathListAcquired({"/old/z.wav", "/old/a.wav", "/old/m.wav"});
     }
+    browser.SlotRootPathChanged();
+    browser.SlotFilePathListAcquired(listed);
+    if (letThePoolFinish)
+        QTRY_VERIFY(browser.tableModel()->pathRanks().size() == count);
+    KrokTableSortModel* proxy = browser.sortModel();
+    // While analysed the table keeps the listed order.
+    QCOMPARE(proxy->index(0, 1).data().toString(), listed.first());
+    browser.SlotAnalyzedInfoAcquired(0, count / 2);
+    browser.SlotAnalyzedInfoAcquired(count / 2 + 1, count - 1);
+    browser.SlotGetDetailEnded();
+    browser.SlotSearchExecute(SearchCriteriaStruct());
+
+    // Natural and case-blind: Foley and foley are one folder, its subfolder
+    // "sub" sorts before its "take" files, and takes go by number.
+    QStringList expected = listed;
+    const auto take = [](const QString& path) {
+        return path.midRef(path.lastIndexOf(QLatin1String("take")) + 4).chopped(4).toInt();
+    };
+    std::sort(expected.begin(), expected.end(), [&](const QString& a, const QString& b) {
+        const bool subA = a.contains(QLatin1String("/sub/"));
+        const bool subB = b.contains(QLatin1String("/sub/"));
+        return subA != subB ? subA : take(a) < take(b);
+    });
+    QCOMPARE(columnOf(proxy, 1), expected);
+    // A click on another header and back re-sorts from scratch.
+    browser.tableView()->sortByColumn(0, Qt::AscendingOrder);
+    browser.tableView()->sortByColumn(1, Qt::AscendingOrder);
+    QCOMPARE(columnOf(proxy, 1), expected);
+    browser.tableView()->sortByColumn(1, Qt::DescendingOrder);
+    std::reverse(expected.begin(), expected.end());
+    QCOMPARE(columnOf(proxy, 1), expected);
+}
+
+void TestTableBrowser::nameSearchIgnoresCase()
+{
+    WidgetTableBrowser browser(nullptr, {});
+    browser.tableModel()->setFilePathList(
+        {"/lib/take_01.wav", "/lib/Take_02.wav", "/Take/other.wav"});
+    browser.SlotGetDetailEnded();
+    SearchCriteriaStruct criteria;
+    criteria.name = QStringLiteral("tAKE_");
+    browser.SlotSearchExecute(criteria);
+    // The file name only, in any case: the folder "Take" does not count.
+    browser.sortModel()->sort(ColumnFile);
+    QCOMPARE(columnOf(browser.sortModel(), 0), (QStringList{"take_01.wav", "Take_02.wav"}));
+    // Unanalysed rows have a blank format, which only the "Error" box admits.
+    criteria.name.clear();
+    criteria.useDetail = true;
+    browser.SlotSearchExecute(criteria);
+    QCOMPARE(browser.sortModel()->rowCount(), 3);
+    criteria.formatMask = SearchCriteriaStruct::FormatWav;
+    browser.SlotSearchExecute(criteria);
+    QCOMPARE(browser.sortModel()->rowCount(), 0);
+    criteria.useDetail = false;
+    browser.SlotSearchExecute(criteria);
+    QCOMPARE(browser.sortModel()->rowCount(), 3);
 }
 
 void TestTableBrowser::firstRootChangeSetsDefaultWidthsOnce()
@@ -311,18 +297,18 @@ void TestTableBrowser::firstRootChangeSetsDefaultWidthsOnce()
     const int margin = header->style()->pixelMetric(QStyle::PM_HeaderMargin, nullptr, header);
     const QFontMetrics cellText(browser.tableView()->font());
     const QStringList labels = krokTableModel::columnHeaderLabels();
-    const QStringList values{QStringLiteral("bassdrum_acoustic01.ogg"),
-                             QString(),
-                             QStringLiteral("123.45 KB"),
-                             QStringLiteral("2020/07/04 11:58:46"),
-                             QStringLiteral("Vorbis"),
-                             QStringLiteral("192000"),
-                             QString(),
-                             QStringLiteral("12345678"),
-                             QStringLiteral("42 - 160"),
-                             QStringLiteral("12:34.567"),
-                             QString(),
-                             QStringLiteral("-23.45")};
+    const QStringList values{"bassdrum_acoustic01.ogg",
+                             "",
+                             "123.45 KB",
+                             "2020/07/04 11:58:46",
+                             "Vorbis",
+                             "192000",
+                             "",
+                             "12345678",
+                             "42 - 160",
+                             "12:34.567",
+                             "",
+                             "-23.45"};
     for (int column = 0; column < labels.size(); ++column) {
         if (header->isSectionHidden(column))
             continue;
@@ -330,7 +316,7 @@ void TestTableBrowser::firstRootChangeSetsDefaultWidthsOnce()
         QVERIFY2(width >= headerText.horizontalAdvance(labels[column]) + 4 * margin +
                               header->sizeHint().height() / 2,
                  qPrintable(labels[column]));
-        if (column < values.size() && !values[column].isEmpty())
+        if (column < values.size())
             QVERIFY2(width >= cellText.horizontalAdvance(values[column]) + 4,
                      qPrintable(values[column]));
     }
@@ -342,225 +328,41 @@ void TestTableBrowser::firstRootChangeSetsDefaultWidthsOnce()
     QCOMPARE(header->sectionSize(0), 77);
     browser.SlotGetDetailEnded();
     QVERIFY(browser.tableView()->isSortingEnabled());
-    QVERIFY(browser.sortModel()->dynamicSortFilter());
 }
 
 void TestTableBrowser::userSortSurvivesARootChange()
 {
     WidgetTableBrowser browser(nullptr, {});
-    const QStringList first{QStringLiteral("/a/take2.wav"), QStringLiteral("/a/take10.wav"),
-                            QStringLiteral("/a/Take1.wav")};
     browser.SlotRootPathChanged();
-    browser.SlotFilePathListAcquired(first);
+    browser.SlotFilePathListAcquired({"/a/take2.wav", "/a/take10.wav", "/a/Take1.wav"});
     browser.SlotGetDetailEnded();
     KrokTableSortModel* proxy = browser.sortModel();
-    auto names = [proxy] {
-        QStringList values;
-        for (int row = 0; row < proxy->rowCount(); ++row)
-            values << proxy->index(row, ColumnFile).data().toString();
-        return values;
-    };
     // Finished lists come in natural path order until the user sorts otherwise.
-    QCOMPARE(names(), (QStringList{"Take1.wav", "take2.wav", "take10.wav"}));
-    browser.tableView()->horizontalHeader()->setSortIndicator(ColumnFile, Qt::DescendingOrder);
-    QCOMPARE(names(), (QStringList{"take10.wav", "take2.wav", "Take1.wav"}));
+    QCOMPARE(columnOf(proxy, 0), (QStringList{"Take1.wav", "take2.wav", "take10.wav"}));
+    QHeaderView* header = browser.tableView()->horizontalHeader();
+    header->setSortIndicator(ColumnFile, Qt::DescendingOrder);
+    QCOMPARE(columnOf(proxy, 0), (QStringList{"take10.wav", "take2.wav", "Take1.wav"}));
 
     // Another folder: listed in the order found, then sorted the user's way.
     browser.SlotRootPathChanged();
-    browser.SlotFilePathListAcquired(
-        {QStringLiteral("/b/b3.wav"), QStringLiteral("/b/B20.wav"), QStringLiteral("/b/a1.wav")});
-    QCOMPARE(browser.tableView()->horizontalHeader()->sortIndicatorSection(), int(ColumnFile));
-    QCOMPARE(names(), (QStringList{"b3.wav", "B20.wav", "a1.wav"}));
+    browser.SlotFilePathListAcquired({"/b/b3.wav", "/b/B20.wav", "/b/a1.wav"});
+    QCOMPARE(header->sortIndicatorSection(), int(ColumnFile));
+    QCOMPARE(columnOf(proxy, 0), (QStringList{"b3.wav", "B20.wav", "a1.wav"}));
     browser.SlotGetDetailEnded();
-    QCOMPARE(names(), (QStringList{"B20.wav", "b3.wav", "a1.wav"}));
-    QCOMPARE(browser.tableView()->horizontalHeader()->sortIndicatorOrder(), Qt::DescendingOrder);
-}
-
-void TestTableBrowser::loudnessVoltModeRefreshesEveryCell()
-{
-    QTemporaryDir dir;
-    WidgetTableBrowser browser(nullptr, {});
-    browser.tableModel()->setFilePathList(paths(dir, 3));
-    QSignalSpy changed(browser.tableModel(), &QAbstractItemModel::dataChanged);
-    browser.SlotLoudnessVoltModeChanged(true);
-    QCOMPARE(changed.count(), 1);
-    QCOMPARE(changed.at(0).at(0).toModelIndex(), browser.tableModel()->index(0, 0));
-    QCOMPARE(changed.at(0).at(1).toModelIndex(),
-             browser.tableModel()->index(2, TableColumnCount - 1));
-    // The plot mode waits for the next repaint.
-    browser.SlotMultiPlotFlagChanged(true);
-    QCOMPARE(changed.count(), 1);
-}
-
-void TestTableBrowser::durationCellParsing_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<bool>("ok");
-    QTest::addColumn<int>("ms");
-    QTest::newRow("1.5 s") << QStringLiteral("0:01.500") << true << 1500;
-    QTest::newRow("1.499 s") << QStringLiteral("0:01.499") << true << 1499;
-    QTest::newRow("long") << QStringLiteral("123:59.999") << true << (123 * 60 + 59) * 1000 + 999;
-    QTest::newRow("blank cell") << QString() << false << 0;
-    QTest::newRow("no minutes") << QStringLiteral(":01.500") << false << 0;
-    QTest::newRow("text") << QStringLiteral("a:bc.def") << false << 0;
-}
-
-void TestTableBrowser::durationCellParsing()
-{
-    QFETCH(QString, text);
-    QFETCH(bool, ok);
-    QFETCH(int, ms);
-    int parsed = -1;
-    QCOMPARE(SearchRowMatcher::parseDurationMs(text, &parsed), ok);
-    if (ok) {
-        QCOMPARE(parsed, ms);
-        QVERIFY(SearchRowMatcher::compare(parsed, 1500, SearchCriteriaStruct::GreaterOrEqual) ==
-                (ms >= 1500));
-    }
-}
-
-void TestTableBrowser::nameSearchIgnoresCase()
-{
-    WidgetTableBrowser browser(nullptr, {});
-    browser.tableModel()->setFilePathList({QStringLiteral("/lib/take_01.wav"),
-                                           QStringLiteral("/lib/Take_02.wav"),
-                                           QStringLiteral("/Take/other.wav")});
-    browser.SlotGetDetailEnded();
-    SearchCriteriaStruct criteria;
-    criteria.name = QStringLiteral("tAKE_");
-    browser.SlotSearchExecute(criteria);
-    // The file name only, in any case: the folder "Take" does not count.
-    QCOMPARE(browser.sortModel()->rowCount(), 2);
-    browser.sortModel()->sort(ColumnFile);
-    QCOMPARE(browser.sortModel()->index(0, 0).data().toString(), QStringLiteral("take_01.wav"));
-    QCOMPARE(browser.sortModel()->index(1, 0).data().toString(), QStringLiteral("Take_02.wav"));
-    // Unanalysed rows have a blank format, which only the "Error" box admits.
-    criteria.name.clear();
-    criteria.useDetail = true;
-    browser.SlotSearchExecute(criteria);
-    QCOMPARE(browser.sortModel()->rowCount(), 3);
-    criteria.formatMask = SearchCriteriaStruct::FormatWav;
-    browser.SlotSearchExecute(criteria);
-    QCOMPARE(browser.sortModel()->rowCount(), 0);
-    criteria.useDetail = false;
-    browser.SlotSearchExecute(criteria);
-    QCOMPARE(browser.sortModel()->rowCount(), 3);
-}
-
-void TestTableBrowser::sortsByPathAndName()
-{
-    WidgetTableBrowser browser(nullptr, {});
-    browser.tableModel()->setFilePathList(
-        {QStringLiteral("/lib2/x.wav"), QStringLiteral("/lib/z/d.wav"),
-         QStringLiteral("/lib/a.wav"), QStringLiteral("/lib/b/c.wav"), QStringLiteral("/lib")});
-    browser.SlotGetDetailEnded();
-    KrokTableSortModel* proxy = browser.sortModel();
-    auto column = [proxy](int c) {
-        QStringList values;
-        for (int row = 0; row < proxy->rowCount(); ++row) {
-            values << proxy->index(row, c).data().toString();
-        }
-        return values;
-    };
-    browser.tableView()->sortByColumn(1, Qt::AscendingOrder);
-    QCOMPARE(column(1), (QStringList{QStringLiteral("/lib"), QStringLiteral("/lib/a.wav"),
-                                     QStringLiteral("/lib/b/c.wav"), QStringLiteral("/lib/z/d.wav"),
-                                     QStringLiteral("/lib2/x.wav")}));
-    browser.tableView()->sortByColumn(0, Qt::DescendingOrder);
-    QCOMPARE(column(0),
-             (QStringList{QStringLiteral("x.wav"), QStringLiteral("lib"), QStringLiteral("d.wav"),
-                          QStringLiteral("c.wav"), QStringLiteral("a.wav")}));
-}
-
-void TestTableBrowser::endOfListOrderEqualsAFreshSort_data()
-{
-    QTest::addColumn<int>("count");
-    QTest::addColumn<bool>("replaceListFirst");
-    QTest::addColumn<bool>("letThePoolFinish");
-    QTest::newRow("small, ended at once") << 7 << false << false;
-    QTest::newRow("large, ended at once") << 30000 << false << false;
-    QTest::newRow("large, ranks ready") << 30000 << false << true;
-    QTest::newRow("a second folder replaced the first") << 5000 << true << true;
-}
-
-void TestTableBrowser::endOfListOrderEqualsAFreshSort()
-{
-    QFETCH(int, count);
-    QFETCH(bool, replaceListFirst);
-    QFETCH(bool, letThePoolFinish);
-    QStringList listed;
-    for (int k = 0; k < count; ++k) {
-        listed << QStringLiteral("/lib/%1/take%2.wav")
-                      .arg(QLatin1String(k % 4 == 0 ? "Foley"
-                                                    : (k % 4 == 1 ? "foley" : "foley/sub")))
-                      .arg(k);
-    }
-    std::mt19937 random(static_cast<unsigned>(count));
-    std::shuffle(listed.begin(), listed.end(), random);
-
-    WidgetTableBrowser browser(nullptr, {});
-    if (replaceListFirst) {
-        browser.SlotRootPathChanged();
-        browser.SlotFilePathListAcquired({QStringLiteral("/old/z.wav"),
-                                          QStringLiteral("/old/a.wav"),
-                                          QStringLiteral("/old/m.wav")});
-    }
-    browser.SlotRootPathChanged();
-    browser.SlotFilePathListAcquired(listed);
-    if (letThePoolFinish) {
-        QTRY_VERIFY(browser.tableModel()->pathRanks().size() == count);
-    }
-    KrokTableSortModel* proxy = browser.sortModel();
-    // While analysed the table keeps the listed order.
-    QCOMPARE(proxy->index(0, 1).data().toString(), listed.first());
-    browser.SlotAnalyzedInfoAcquired(0, count / 2);
-    browser.SlotAnalyzedInfoAcquired(count / 2 + 1, count - 1);
-    browser.SlotGetDetailEnded();
-    browser.SlotSearchExecute(SearchCriteriaStruct());
-
-    auto shownPaths = [proxy] {
-        QStringList values;
-        for (int row = 0; row < proxy->rowCount(); ++row) {
-            values << proxy->index(row, 1).data().toString();
-        }
-        return values;
-    };
-    // Natural and case-blind: Foley and foley are one folder, its subfolder
-    // "sub" sorts before its "take" files, and takes go by number.
-    QStringList expected = listed;
-    const auto take = [](const QString& path) {
-        return path.midRef(path.lastIndexOf(QLatin1String("take")) + 4)
-            .toString()
-            .chopped(4)
-            .toInt();
-    };
-    std::sort(expected.begin(), expected.end(), [&](const QString& a, const QString& b) {
-        const bool subA = a.contains(QLatin1String("/sub/"));
-        const bool subB = b.contains(QLatin1String("/sub/"));
-        return subA != subB ? subA : take(a) < take(b);
-    });
-    const QStringList afterEnd = shownPaths();
-    QCOMPARE(afterEnd, expected);
-    // A click on another header and back re-sorts from scratch.
-    browser.tableView()->sortByColumn(0, Qt::AscendingOrder);
-    browser.tableView()->sortByColumn(1, Qt::AscendingOrder);
-    QCOMPARE(shownPaths(), afterEnd);
-    browser.tableView()->sortByColumn(1, Qt::DescendingOrder);
-    std::reverse(expected.begin(), expected.end());
-    QCOMPARE(shownPaths(), expected);
+    QCOMPARE(columnOf(proxy, 0), (QStringList{"B20.wav", "b3.wav", "a1.wav"}));
+    QCOMPARE(header->sortIndicatorOrder(), Qt::DescendingOrder);
 }
 
 void TestTableBrowser::namedFileIsSelectedWithoutPlaying()
 {
     WidgetTableBrowser browser(nullptr, {});
     // Auto playback is on: a selection by hand would start the file.
-    connect(&browser, &WidgetTableBrowser::SigAutoPlaybackFlagRequired, this,
-            [](bool* flag) { *flag = true; });
+    const bool autoPlayback = true;
+    setFlags(browser, &autoPlayback, false);
     QSignalSpy play(&browser, &WidgetTableBrowser::SigStartPlaybackCalled);
-    QStringList listed;
     // Found in reverse: the row moves when the finished list is sorted.
-    for (int k = 399; k >= 0; --k)
-        listed << QStringLiteral("/lib/take%1.wav").arg(k);
+    QStringList listed = takes(400);
+    std::reverse(listed.begin(), listed.end());
     browser.resize(600, 200);
     browser.show();
     QVERIFY(QTest::qWaitForWindowExposed(&browser));
@@ -578,6 +380,150 @@ void TestTableBrowser::namedFileIsSelectedWithoutPlaying()
     // A later selection by hand plays as before.
     view->selectRow(0);
     QCOMPARE(play.count(), 1);
+}
+
+void TestTableBrowser::viewKeys_data()
+{
+    QTest::addColumn<int>("key");
+    QTest::addColumn<int>("modifiers");
+    QTest::addColumn<int>("signal");
+    const int none = Qt::NoModifier, alt = Qt::AltModifier, ctrl = Qt::ControlModifier,
+              shift = Qt::ShiftModifier;
+    // Signals by index: Esc, Space, Right, Alt+Up, Alt+Down, explorer, external, update.
+    QTest::newRow("period is Esc") << int(Qt::Key_Period) << none << 0;
+    QTest::newRow("Space") << int(Qt::Key_Space) << none << 1;
+    QTest::newRow("Right") << int(Qt::Key_Right) << none << 2;
+    QTest::newRow("Alt+Up") << int(Qt::Key_Up) << alt << 3;
+    QTest::newRow("Alt+Down") << int(Qt::Key_Down) << alt << 4;
+    QTest::newRow("Alt+Shift+Up") << int(Qt::Key_Up) << (alt | shift) << -1;
+    QTest::newRow("Ctrl+E") << int(Qt::Key_E) << ctrl << 5;
+    QTest::newRow("Ctrl+Shift+E") << int(Qt::Key_E) << (ctrl | shift) << 6;
+    QTest::newRow("Ctrl+R") << int(Qt::Key_R) << ctrl << 7;
+    QTest::newRow("Ctrl+Shift+R") << int(Qt::Key_R) << (ctrl | shift) << -1;
+}
+
+void TestTableBrowser::viewKeys()
+{
+    QFETCH(int, key);
+    QFETCH(int, modifiers);
+    QFETCH(int, signal);
+    SubWidgetTableView view({});
+    QStandardItemModel model(2, 2);
+    view.setModel(&model);
+    QSignalSpy esc(&view, &SubWidgetTableView::SigPressEscKey);
+    QSignalSpy space(&view, &SubWidgetTableView::SigPressSpaceKey);
+    QSignalSpy right(&view, &SubWidgetTableView::SigPressRightKey);
+    QSignalSpy altUp(&view, &SubWidgetTableView::SigPressAltUpKey);
+    QSignalSpy altDown(&view, &SubWidgetTableView::SigPressAltDownKey);
+    QSignalSpy explorer(&view, &SubWidgetTableView::SigShowInExplorer);
+    QSignalSpy external(&view, &SubWidgetTableView::SigOpenByUsingExternal);
+    QSignalSpy update(&view, &SubWidgetTableView::SigUpdateFilesCalled);
+    const QSignalSpy* spies[] = {&esc,     &space,    &right,    &altUp,
+                                 &altDown, &explorer, &external, &update};
+    // Ctrl+R only while updating is offered.
+    view.setUpdateInformationEnabled(false);
+    QTest::keyClick(&view, Qt::Key_R, Qt::ControlModifier);
+    view.setUpdateInformationEnabled(true);
+    QTest::keyClick(&view, static_cast<Qt::Key>(key), Qt::KeyboardModifiers(modifiers));
+    for (int k = 0; k < 8; ++k)
+        QVERIFY2(spies[k]->count() == (k == signal ? 1 : 0), qPrintable(QString::number(k)));
+}
+
+void TestTableBrowser::menuByConnectionState_data()
+{
+    QTest::addColumn<int>("state");
+    QTest::addColumn<QString>("format");
+    QTest::addColumn<bool>("nuendo");
+    QTest::newRow("connected wav") << 2 << "wav" << true;
+    QTest::newRow("connected aiff") << 2 << "aiff" << false;
+    QTest::newRow("connected WAV upper") << 2 << "WAV" << false;
+    QTest::newRow("waiting wav") << 1 << "wav" << false;
+}
+
+void TestTableBrowser::menuByConnectionState()
+{
+    QFETCH(int, state);
+    QFETCH(QString, format);
+    QFETCH(bool, nuendo);
+    SubWidgetTableView view([state] { return state; });
+    QStandardItemModel model(1, 2);
+    model.setData(model.index(0, 0), format, 258);
+    view.setModel(&model);
+    view.setCurrentIndex(model.index(0, 0));
+    std::unique_ptr<QMenu> menu(view.createContextMenu(nullptr));
+    QStringList expected = {"Show in File Manager\tCtrl+E",
+                            "Open with an external tool\tCtrl+Shift+E", "Copy to Clipboard\tCtrl+C",
+                            "Update information\tCtrl+R"};
+    if (nuendo)
+        expected << QStringLiteral("Open with Nuendo\t");
+    QStringList texts;
+    for (QAction* action : menu->actions())
+        texts << action->text() + QLatin1Char('\t') + action->shortcut().toString();
+    QCOMPARE(texts, expected);
+}
+
+void TestTableBrowser::copyPutsEncodedFileListsOnClipboard()
+{
+    // Names a file manager must get back exactly: blanks, #, %, Japanese.
+    const QStringList files = {QStringLiteral("/lib/door #2 100%.wav"),
+                               QStringLiteral("/lib/c.wav"),
+                               QStringLiteral("/lib/\u30c9\u30a2 \u9589\u307e\u308b.wav")};
+    QStandardItemModel model(3, 2);
+    for (int row = 0; row < 3; ++row)
+        model.setData(model.index(row, 1), files[row]);
+    SubWidgetTableView view({});
+    view.setModel(&model);
+    view.setSelectionBehavior(QAbstractItemView::SelectRows);
+    view.setSelectionMode(QAbstractItemView::ExtendedSelection);
+    // Nothing selected: the clipboard keeps what it had.
+    QApplication::clipboard()->setText(QStringLiteral("before"));
+    view.SlotCopyToClip();
+    QCOMPARE(QApplication::clipboard()->text(), QStringLiteral("before"));
+
+    for (int row : {0, 2})
+        view.selectionModel()->select(model.index(row, 0),
+                                      QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    QTest::keyClick(&view, Qt::Key_C, Qt::ControlModifier);
+    const QMimeData* mime = QApplication::clipboard()->mimeData();
+    QVERIFY(mime);
+    QList<QUrl> urls = mime->urls();
+    std::sort(urls.begin(), urls.end());
+    QCOMPARE(urls, (QList<QUrl>{QUrl::fromLocalFile(files[0]), QUrl::fromLocalFile(files[2])}));
+#ifndef Q_OS_WIN
+    // GNOME-family file managers paste from their own list: "copy", then one
+    // encoded URI a line.
+    QList<QByteArray> gnome =
+        mime->data(QStringLiteral("x-special/gnome-copied-files")).split('\n');
+    QCOMPARE(gnome.takeFirst(), QByteArray("copy"));
+    std::sort(gnome.begin(), gnome.end());
+    QCOMPARE(gnome,
+             (QList<QByteArray>{"file:///lib/%E3%83%89%E3%82%A2%20%E9%96%89%E3%81%BE%E3%82%8B.wav",
+                                "file:///lib/door%20%232%20100%25.wav"}));
+    QStringList text = mime->text().split(QLatin1Char('\n'));
+    std::sort(text.begin(), text.end());
+    QCOMPARE(text, (QStringList{files[0], files[2]}));
+#endif
+}
+
+void TestTableBrowser::tabFocusSelectsFirstRow()
+{
+    QWidget window;
+    auto* other = new QLineEdit(&window);
+    auto* view = new SubWidgetTableView({}, &window);
+    QStandardItemModel model(3, 2);
+    view->setModel(&model);
+    auto* layout = new QVBoxLayout(&window);
+    layout->addWidget(other);
+    layout->addWidget(view);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    other->setFocus(Qt::OtherFocusReason);
+    view->setFocus(Qt::MouseFocusReason);
+    // A mouse or program focus leaves the selection alone.
+    QVERIFY(!view->selectionModel()->hasSelection());
+    other->setFocus(Qt::OtherFocusReason);
+    view->setFocus(Qt::TabFocusReason);
+    QTRY_VERIFY(view->selectionModel()->isRowSelected(0, QModelIndex()));
 }
 
 QTEST_MAIN(TestTableBrowser)

@@ -1,19 +1,26 @@
+// The waveform cell: the 500 plot values mapped to pixel columns at any
+// width and density, the channel lanes, the play marker, and the delegate's
+// cell colours.
+#include "TeskManager.h"
 #include "WaveformStyledItem.h"
+#include "WaveformStyledItemDelegate.h"
 
 #include <QImage>
 #include <QPainter>
+#include <QStandardItemModel>
+#include <QStyleOptionViewItem>
 #include <QtTest>
 
 namespace {
 
-// 500 values: a repeating ramp that reaches both full-scale ends, so that the
-// max/min reduction and the y mapping are both visible.
+using PlotPointer = QSharedPointer<WaveformStyledItem>;
+
+// A repeating ramp that reaches both full-scale ends.
 QVector<std::int8_t> rampPlot()
 {
     QVector<std::int8_t> v(500);
-    for (int k = 0; k < v.size(); ++k) {
+    for (int k = 0; k < v.size(); ++k)
         v[k] = static_cast<std::int8_t>((k * 7) % 201 - 100);
-    }
     return v;
 }
 
@@ -27,13 +34,30 @@ bool isBlueish(QRgb c)
     return qBlue(c) > 150 && qRed(c) < 140 && qGreen(c) < 140;
 }
 
-QImage render(WaveformStyledItem& item, QSize size, QRect cell)
+bool isGreenish(QRgb c)
 {
-    QImage image(size, QImage::Format_ARGB32);
+    return qGreen(c) > qRed(c) + 40 && qGreen(c) > qBlue(c) + 40;
+}
+
+QImage render(WaveformStyledItem& item, QSize size, QRect cell, qreal ratio = 1.0)
+{
+    QImage image(size * ratio, QImage::Format_ARGB32);
+    image.setDevicePixelRatio(ratio);
     image.fill(Qt::white);
     QPainter painter(&image);
     item.paint(&painter, cell);
     return image;
+}
+
+// Columns in [from, to) with a marker pixel at row y.
+QList<int> markerColumns(const QImage& image, int y, int from, int to)
+{
+    QList<int> columns;
+    for (int x = from; x < to; ++x) {
+        if (isBlueish(image.pixel(x, y)))
+            columns << x;
+    }
+    return columns;
 }
 
 } // namespace
@@ -42,75 +66,43 @@ class TestWaveformItem : public QObject
 {
     Q_OBJECT
 private slots:
-    void oneValuePerColumnAt500();
-    void maxAndMinPerColumnAt250();
-    void widerCellRepeatsValuesAt800();
-    void fixedStepStopsAndRunsAlongTheMiddle();
+    void polylineByWidth_data();
+    void polylineByWidth();
     void laneMapping();
-    void markerAtHalfOf120();
-    void noMarkerAtTheEnds_data();
-    void noMarkerAtTheEnds();
-    void markerFollowsCellOffset();
-    void metatypeRoundTrip();
+    void marker_data();
+    void marker();
     void denseScreenDrawsInDevicePixels();
+    void delegatePaintsPlotCells();
 };
 
-void TestWaveformItem::oneValuePerColumnAt500()
+void TestWaveformItem::polylineByWidth_data()
 {
-    const QVector<std::int8_t> v = rampPlot();
-    const int h = 40;
-    const QPolygon line = WaveformStyledItem::buildPolyline(v, 500, h, 0);
-    QCOMPARE(line.size(), 502);
-    QCOMPARE(line.first(), QPoint(0, 20));
-    for (int x = 0; x < 500; ++x) {
-        QCOMPARE(line[1 + x], QPoint(x, yOf(v[x], h)));
-    }
-    QCOMPARE(line.last(), QPoint(500, 20));
-    // Full scale reaches the edges exactly.
-    QVector<std::int8_t> edges(500, 0);
-    edges[0] = 100;
-    edges[1] = -100;
-    const QPolygon e = WaveformStyledItem::buildPolyline(edges, 500, h, 0);
-    QCOMPARE(e[1].y(), 0);
-    QCOMPARE(e[2].y(), h);
-}
-
-void TestWaveformItem::maxAndMinPerColumnAt250()
-{
-    const QVector<std::int8_t> v = rampPlot();
-    const int h = 30;
-    const QPolygon line = WaveformStyledItem::buildPolyline(v, 250, h, 0);
-    QCOMPARE(line.size(), 1 + 2 * 250 + 1);
-    for (int x = 0; x < 250; ++x) {
-        const int a = v[2 * x];
-        const int b = v[2 * x + 1];
-        QCOMPARE(line[1 + 2 * x], QPoint(x, yOf(qMax(a, b), h)));
-        QCOMPARE(line[2 + 2 * x], QPoint(x, yOf(qMin(a, b), h)));
-    }
-    QCOMPARE(line.last(), QPoint(250, 15));
-}
-
-void TestWaveformItem::widerCellRepeatsValuesAt800()
-{
-    const QVector<std::int8_t> v = rampPlot();
-    const int h = 22;
-    const QPolygon line = WaveformStyledItem::buildPolyline(v, 800, h, 0);
+    QTest::addColumn<int>("width");
+    QTest::addColumn<int>("height");
+    QTest::newRow("500: one value a column") << 500 << 40;
+    QTest::newRow("250: max and min of two") << 250 << 30;
     // 500/800 = 0.625 is exact in binary, so column x shows value floor(5x/8).
-    QCOMPARE(line.size(), 1 + 800 + 1);
-    for (int x = 0; x < 800; ++x) {
-        QCOMPARE(line[1 + x], QPoint(x, yOf(v[x * 5 / 8], h)));
-    }
-    QCOMPARE(line.last(), QPoint(800, 11));
+    QTest::newRow("800: values repeat") << 800 << 22;
 }
 
-void TestWaveformItem::fixedStepStopsAndRunsAlongTheMiddle()
+void TestWaveformItem::polylineByWidth()
 {
+    QFETCH(int, width);
+    QFETCH(int, height);
     const QVector<std::int8_t> v = rampPlot();
-    const QPolygon line = WaveformStyledItem::buildPolyline(v, 800, 40, 1);
-    QCOMPARE(line.size(), 1 + 500 + 2);
-    QCOMPARE(line[500], QPoint(499, yOf(v[499], 40)));
-    QCOMPARE(line[501], QPoint(500, 20));
-    QCOMPARE(line[502], QPoint(800, 20));
+    const QPolygon line = WaveformStyledItem::buildPolyline(v, width, height, 0);
+    QPolygon expected;
+    expected << QPoint(0, height / 2);
+    for (int x = 0; x < width; ++x) {
+        if (width < 500) {
+            const int a = v[2 * x], b = v[2 * x + 1];
+            expected << QPoint(x, yOf(qMax(a, b), height)) << QPoint(x, yOf(qMin(a, b), height));
+        } else {
+            expected << QPoint(x, yOf(v[x * 500 / width], height));
+        }
+    }
+    expected << QPoint(width, height / 2);
+    QCOMPARE(line, expected);
 }
 
 void TestWaveformItem::laneMapping()
@@ -120,9 +112,7 @@ void TestWaveformItem::laneMapping()
     bottom[0] = 100;
     bottom[1] = -100;
     WaveformStyledItem item(QVector<QVector<std::int8_t>>{top, bottom}, 0.0);
-    QImage image(500, 40, QImage::Format_ARGB32);
-    QPainter painter(&image);
-    item.paint(&painter, QRect(0, 0, 500, 40));
+    render(item, QSize(500, 40), QRect(0, 0, 500, 40));
     const QVector<QPolygonF>& lanes = item.cachedChannelPolylines();
     QCOMPARE(lanes.size(), 2);
     QCOMPARE(lanes[0].first(), QPointF(0, 10));
@@ -133,49 +123,36 @@ void TestWaveformItem::laneMapping()
     QCOMPARE(lanes[1].last(), QPointF(500, 30));
 }
 
-void TestWaveformItem::markerAtHalfOf120()
-{
-    WaveformStyledItem item(QVector<std::int8_t>(500, 0), 0.5);
-    const QImage image = render(item, QSize(120, 30), QRect(0, 0, 120, 30));
-    // The flat plot runs along y 15; look above it.
-    int blueColumns = 0;
-    for (int x = 0; x < 120; ++x) {
-        if (isBlueish(image.pixel(x, 4))) {
-            ++blueColumns;
-            QVERIFY2(x == 59 || x == 60, qPrintable(QString::number(x)));
-        }
-    }
-    QVERIFY(blueColumns >= 1);
-    QVERIFY(qGreen(image.pixel(30, 15)) > qRed(image.pixel(30, 15)));
-}
-
-void TestWaveformItem::noMarkerAtTheEnds_data()
+void TestWaveformItem::marker_data()
 {
     QTest::addColumn<double>("ratio");
-    QTest::newRow("zero") << 0.0;
-    QTest::newRow("one") << 1.0;
-    QTest::newRow("negative") << -0.2;
+    QTest::addColumn<QRect>("cell");
+    QTest::addColumn<QList<int>>("columns");
+    const QRect plain(0, 0, 120, 30);
+    QTest::newRow("half of 120") << 0.5 << plain << QList<int>{59, 60};
+    QTest::newRow("at the start") << 0.0 << plain << QList<int>{};
+    QTest::newRow("at the end") << 1.0 << plain << QList<int>{};
+    QTest::newRow("negative") << -0.2 << plain << QList<int>{};
+    QTest::newRow("cell moved") << 0.25 << QRect(100, 20, 200, 30) << QList<int>{149, 150};
 }
 
-void TestWaveformItem::noMarkerAtTheEnds()
+void TestWaveformItem::marker()
 {
     QFETCH(double, ratio);
+    QFETCH(QRect, cell);
+    QFETCH(QList<int>, columns);
     WaveformStyledItem item(QVector<std::int8_t>(500, 0), ratio);
-    const QImage image = render(item, QSize(120, 30), QRect(0, 0, 120, 30));
-    for (int x = 0; x < 120; ++x) {
-        for (int y = 0; y < 30; ++y) {
-            QVERIFY(!isBlueish(image.pixel(x, y)));
-        }
-    }
-}
-
-void TestWaveformItem::markerFollowsCellOffset()
-{
-    WaveformStyledItem item(QVector<std::int8_t>(500, 0), 0.25);
-    const QImage image = render(item, QSize(300, 60), QRect(100, 20, 200, 30));
-    QVERIFY(isBlueish(image.pixel(149, 24)) || isBlueish(image.pixel(150, 24)));
-    QVERIFY(!isBlueish(image.pixel(150, 10))); // above the cell
-    QVERIFY(!isBlueish(image.pixel(50, 24)));
+    const QImage image = render(item, QSize(300, 60), cell);
+    // Looked for above the flat plot, which runs along the middle.
+    const QList<int> found = markerColumns(image, cell.top() + 4, 0, 300);
+    QVERIFY2(columns.isEmpty() ? found.isEmpty() : !found.isEmpty(),
+             qPrintable(QTest::toString(found)));
+    for (int x : found)
+        QVERIFY2(columns.contains(x), qPrintable(QString::number(x)));
+    if (cell.top() >= 10)
+        QVERIFY(markerColumns(image, cell.top() - 10, 0, 300).isEmpty());
+    QVERIFY(isGreenish(image.pixel(cell.left() + 30, cell.center().y())) ||
+            isGreenish(image.pixel(cell.left() + 30, cell.center().y() + 1)));
 }
 
 void TestWaveformItem::denseScreenDrawsInDevicePixels()
@@ -186,13 +163,7 @@ void TestWaveformItem::denseScreenDrawsInDevicePixels()
     for (int k = 0; k < 500; ++k)
         values[k] = static_cast<std::int8_t>(k % 2 == 0 ? 80 : -80);
     WaveformStyledItem item(values, 0.5);
-    QImage image(600, 60, QImage::Format_ARGB32);
-    image.setDevicePixelRatio(2.0);
-    image.fill(Qt::white);
-    {
-        QPainter painter(&image);
-        item.paint(&painter, QRect(0, 0, 250, 30));
-    }
+    const QImage image = render(item, QSize(300, 30), QRect(0, 0, 250, 30), 2.0);
     QCOMPARE(item.cachedPolyline().size(), 502);
     QCOMPARE(item.cachedPolyline().at(1), QPoint(0, yOf(80, 60)));
     QCOMPARE(item.cachedPolyline().at(2), QPoint(1, yOf(-80, 60)));
@@ -200,22 +171,48 @@ void TestWaveformItem::denseScreenDrawsInDevicePixels()
     for (int y = 0; y < 60; ++y)
         QCOMPARE(image.pixel(520, y), QColor(Qt::white).rgb());
     // The marker at the middle of the cell, one logical pixel wide.
-    int blue = 0;
-    for (int x = 240; x < 260; ++x)
-        blue += isBlueish(image.pixel(x, 5)) ? 1 : 0;
+    const int blue = markerColumns(image, 5, 240, 260).size();
     QVERIFY(blue >= 1 && blue <= 3);
 }
 
-void TestWaveformItem::metatypeRoundTrip()
+void TestWaveformItem::delegatePaintsPlotCells()
 {
-    RegisterWaveformStyledItemMetaType();
-    QCOMPARE(QByteArray(QMetaType::typeName(RegisterWaveformStyledItemMetaType())),
-             QByteArray("QSharedPointer<WaveformStyledItem>"));
-    auto item = QSharedPointer<WaveformStyledItem>::create(QVector<std::int8_t>(500, 3), 0.1);
-    const QVariant value = QVariant::fromValue(item);
-    QVERIFY(value.canConvert<QSharedPointer<WaveformStyledItem>>());
-    QCOMPARE(value.value<QSharedPointer<WaveformStyledItem>>().data(), item.data());
-    QVERIFY(!QVariant(QStringLiteral("x")).canConvert<QSharedPointer<WaveformStyledItem>>());
+    TeskManager manager;
+    WaveformStyledItemDelegate delegate(&manager);
+    QStandardItemModel model(1, 2);
+    QVector<std::int8_t> plot(500, 0);
+    // A full-scale spike in the middle column of a 120 px cell.
+    plot[250] = 100;
+    plot[251] = -100;
+    model.setData(model.index(0, 0), QVariant::fromValue(PlotPointer::create(plot, 0.0)));
+    model.setData(model.index(0, 1), QStringLiteral("text"));
+    const auto paint = [&delegate](const QModelIndex& index, bool selected) {
+        QImage image(120, 30, QImage::Format_ARGB32);
+        image.fill(Qt::white);
+        QPainter painter(&image);
+        QStyleOptionViewItem option;
+        option.rect = QRect(0, 0, 120, 30);
+        option.state =
+            QStyle::State_Enabled | (selected ? QStyle::State_Selected : QStyle::State_None);
+        option.palette.setColor(QPalette::Highlight, QColor(0, 0, 200));
+        delegate.paint(&painter, option, index);
+        return image;
+    };
+    // A selected plot cell is pale yellow, not the highlight; a text cell
+    // takes the highlight.
+    const QColor pale(255, 255, 192);
+    QImage image = paint(model.index(0, 0), true);
+    QCOMPARE(QColor(image.pixel(5, 3)), pale);
+    QCOMPARE(QColor(image.pixel(110, 27)), pale);
+    image = paint(model.index(0, 1), true);
+    QVERIFY(QColor(image.pixel(1, 1)) != pale);
+    QVERIFY(!markerColumns(image, 1, 0, 120).isEmpty());
+    // Unselected, the plot is drawn through the item on the cell's own
+    // background: 500 values over 120 columns put the spike in column 60.
+    image = paint(model.index(0, 0), false);
+    QCOMPARE(QColor(image.pixel(5, 3)), QColor(Qt::white));
+    QVERIFY(isGreenish(image.pixel(60, 2)) && isGreenish(image.pixel(60, 27)));
+    QVERIFY(!isGreenish(image.pixel(20, 2)));
 }
 
 QTEST_MAIN(TestWaveformItem)
