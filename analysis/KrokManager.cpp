@@ -1,10 +1,11 @@
 #include "KrokManager.h"
 
-#include "AnalysisLibraryThread.h"
 #include "AnalysisErrors.h"
 #include "AnalysisJournal.h"
+#include "AnalysisLibraryThread.h"
 #include "CompressedFileAnalysis.h"
 #include "FileMetadataReader.h"
+#include "FlacFileAnalysis.h"
 #include "LoudnessMeter.h"
 #include "PreviewPlayer.h"
 #include "WaveFileAnalysis.h"
@@ -548,6 +549,8 @@ void AnalyzeAudioFile(const QString& path, AudioFileInfo& info, bool multiPlotWa
         analyze = AnalyzeMp3File;
     else if (suffix == QLatin1String("ogg"))
         analyze = AnalyzeVorbisFile;
+    else if (suffix == QLatin1String("flac"))
+        analyze = AnalyzeFlacFile;
 
     const std::string key = path.toStdString();
     for (int attempt = 0; attempt < kAnalysisAttempts; ++attempt) {

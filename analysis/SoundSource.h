@@ -37,7 +37,7 @@ public:
     std::int64_t frames() const { return m_frames; }
     const std::string& errorText() const { return m_errorText; }
 
-    // The source for a lower-cased suffix ("wav", "aif", "aiff", "mp3", "ogg");
+    // The source for a lower-cased suffix ("wav", "aif", "aiff", "mp3", "ogg", "flac");
     // nullptr for any other.
     static std::unique_ptr<SoundSource> forSuffix(const std::string& suffix);
 

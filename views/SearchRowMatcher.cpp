@@ -24,6 +24,9 @@ std::uint32_t formatBit(const QString& format)
     if (f == QLatin1String("ogg") || f == QLatin1String("vorbis")) {
         return SearchCriteriaStruct::FormatOgg;
     }
+    if (f == QLatin1String("flac")) {
+        return SearchCriteriaStruct::FormatFlac;
+    }
     if (f == QLatin1String("error") || f.isEmpty()) {
         return SearchCriteriaStruct::FormatError;
     }
