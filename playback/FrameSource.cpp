@@ -1,6 +1,7 @@
 #include "FrameSource.h"
 
 #include "PcmDecoding.h"
+#include "SoundSource.h"
 #include "WaveFileStream.h"
 
 #include <QByteArray>
@@ -16,16 +17,17 @@ namespace {
 class DecodedSource final : public AudioEngine::StreamSource
 {
 public:
-    DecodedSource(QString path, bool mp3)
+    explicit DecodedSource(QString path)
         : path_(std::move(path))
-        , mp3_(mp3)
     {}
 
     bool Open(AudioEngine::StreamFormat& format) override
     {
         std::int32_t rate = 0;
-        pcm_ = mp3_ ? DecodeMp3ToPcm(path_, rate, channels_)
-                    : DecodeVorbisToPcm(path_, rate, channels_);
+        const auto source =
+            SoundSource::forSuffix(QFileInfo(path_).suffix().toLower().toStdString());
+        if (source && source->open(QFile::encodeName(path_).constData()))
+            pcm_ = DecodeToPcm(*source, rate, channels_);
         if (pcm_.isEmpty() || rate < 1 || channels_ < 1)
             return false;
         frames_ = pcm_.size() / static_cast<int>(sizeof(float)) / channels_;
@@ -58,7 +60,6 @@ public:
 
 private:
     QString path_;
-    bool mp3_;
     QByteArray pcm_;
     std::int32_t channels_ = 0;
     std::int64_t frames_ = 0;
@@ -70,7 +71,8 @@ private:
 bool IsCompressedAudio(const QString& path)
 {
     const QString suffix = QFileInfo(path).suffix().toLower();
-    return suffix == QLatin1String("mp3") || suffix == QLatin1String("ogg");
+    return suffix == QLatin1String("mp3") || suffix == QLatin1String("ogg") ||
+           suffix == QLatin1String("flac");
 }
 
 std::unique_ptr<AudioEngine::StreamSource> OpenFrameSource(const QString& path)
@@ -79,7 +81,7 @@ std::unique_ptr<AudioEngine::StreamSource> OpenFrameSource(const QString& path)
     if (suffix == QLatin1String("wav") || suffix == QLatin1String("aif") ||
         suffix == QLatin1String("aiff"))
         return std::make_unique<AudioEngine::WaveFileStream>(QFile::encodeName(path).toStdString());
-    if (suffix == QLatin1String("mp3") || suffix == QLatin1String("ogg"))
-        return std::make_unique<DecodedSource>(path, suffix == QLatin1String("mp3"));
+    if (IsCompressedAudio(path))
+        return std::make_unique<DecodedSource>(path);
     return nullptr;
 }

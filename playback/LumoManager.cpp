@@ -1,6 +1,7 @@
 #include "LumoManager.h"
 
 #include "PcmDecoding.h"
+#include "SoundSource.h"
 #include "WaveFileStream.h"
 
 #include <QFile>
@@ -190,11 +191,10 @@ void LumoManager::PlayCompressed(const QString& path, const QString& suffix, std
 
     std::int32_t rate = 0;
     std::int32_t channels = 0;
-    if (suffix == QLatin1String("mp3")) {
-        currentData = DecodeMp3ToPcm(path, rate, channels);
-        usePcmPlayer = true;
-    } else if (suffix == QLatin1String("ogg")) {
-        currentData = DecodeVorbisToPcm(path, rate, channels);
+    if (const auto source = SoundSource::forSuffix(suffix.toStdString())) {
+        currentData = source->open(QFile::encodeName(path).constData())
+                          ? DecodeToPcm(*source, rate, channels)
+                          : QByteArray();
         usePcmPlayer = true;
     } else if (!usePcmPlayer) {
         return;

@@ -2,6 +2,7 @@
 // SDL's dummy driver), with WAVE/AIFF files and MP3 files made by lame.
 
 #include "AudioEngine.h"
+#include "FlacEncoding.h"
 #include "KrokManager.h"
 #include "LumoManager.h"
 #include "WaveBuilder.h"
@@ -257,6 +258,19 @@ private slots:
         lumo_->Play(path("long.wav"));
         QVERIFY(!lumo_->UsesPcmPlayer());
         QCOMPARE(render(kRamp + 1)[2 * kRamp], values48k_[kRamp] / 32768.0f);
+    }
+
+    void flacPlaysItsSamples()
+    {
+        // The samples of long.wav, through the decoder the analysis uses.
+        QVERIFY(fixtures::encodeFlac(path("long.wav"), path("long.FLAC")));
+        lumo_->Play(path("long.FLAC"));
+        QVERIFY(lumo_->UsesPcmPlayer());
+        const auto out = render(kRamp + 100);
+        QVERIFY(lumo_->IsPlaying());
+        QCOMPARE(out[2 * kRamp], values48k_[kRamp] / 32768.0f);
+        QCOMPARE(out[2 * kRamp + 1], values48k_[kRamp] / 32768.0f);
+        QCOMPARE(lumo_->PcmPools()[0]->samplingRate, 48000);
     }
 
     void notPlayingReportsNoSamples()
