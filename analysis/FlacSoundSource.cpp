@@ -284,10 +284,14 @@ bool FlacSoundSource::restart()
 bool FlacSoundSource::skipTo(std::int64_t frame)
 {
     while (m_next < frame && refill()) {
-        std::int64_t& waiting = m_gap > 0 ? m_gap : m_blockUsed;
-        const std::int64_t n =
-            std::min(frame - m_next, m_gap > 0 ? m_gap : m_blockFrames - m_blockUsed);
-        waiting += m_gap > 0 ? -n : n;
+        std::int64_t n;
+        if (m_gap > 0) {
+            n = std::min(m_gap, frame - m_next);
+            m_gap -= n;
+        } else {
+            n = std::min(m_blockFrames - m_blockUsed, frame - m_next);
+            m_blockUsed += n;
+        }
         m_next += n;
     }
     return m_next == frame;
