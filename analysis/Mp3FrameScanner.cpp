@@ -184,7 +184,7 @@ std::int64_t resync(WaveByteSource& bytes, std::int64_t from, const FrameHeader&
 
 } // namespace
 
-Mp3StreamInfo ScanMp3Stream(WaveByteSource& bytes)
+Mp3StreamInfo ScanMp3Stream(WaveByteSource& bytes, bool walkFrames)
 {
     Mp3StreamInfo out;
     const std::int64_t end = bytes.size();
@@ -237,6 +237,17 @@ Mp3StreamInfo ScanMp3Stream(WaveByteSource& bytes)
     out.layer = stream.layer;
     out.samplesPerFrame = stream.samplesPerFrame;
     out.firstFrameOffset = pos;
+    if (!walkFrames) {
+        // The Info frame's count, when there is one, is the length the walk would find.
+        out.samples = -1;
+        out.minKbps = out.maxKbps = stream.kbps;
+        if (info.frames > 0 && info.delay >= 0 && info.padding >= 0)
+            out.samples = std::max<std::int64_t>(0, info.frames * stream.samplesPerFrame -
+                                                        info.padding - info.delay);
+        else if (info.frames > 0)
+            out.samples = info.frames * stream.samplesPerFrame;
+        return out;
+    }
 
     bool firstKbps = true;
     std::int64_t at = pos;

@@ -30,5 +30,6 @@ struct Mp3StreamInfo
 // short damage as the decoder does) for the length and the bit-rate range;
 // the length follows the decoder's gapless rule (LAME's delay and padding,
 // plus its 529-sample decoder delay, trimmed when the Info frame's frame count
-// is there).
-Mp3StreamInfo ScanMp3Stream(WaveByteSource& bytes);
+// is there). Without `walkFrames` the scan stops once the data is accepted:
+// `samples` is then the Info frame's count (-1 without one) and audioFrames 0.
+Mp3StreamInfo ScanMp3Stream(WaveByteSource& bytes, bool walkFrames = true);

@@ -68,27 +68,30 @@ void Mp3SoundSource::close()
 bool Mp3SoundSource::open(const char* localPath)
 {
     close();
-    std::unique_ptr<WaveByteSource> bytes = WaveByteSource::openFile(localPath);
-    if (!bytes) {
-        setError(kErrorCannotOpen);
-        return false;
-    }
-    return openBytes(std::move(bytes));
+    return openBytes(WaveByteSource::openFile(localPath), true);
 }
 
-bool Mp3SoundSource::openMemory(const void* data, std::size_t size)
+bool Mp3SoundSource::openForPlayback(const char* localPath)
+{
+    // The walk over every frame header reads the whole file (13 ms for half an
+    // hour); libmpg123 finds its own way when asked to seek.
+    close();
+    return openBytes(WaveByteSource::openFile(localPath), false);
+}
+
+bool Mp3SoundSource::openMemory(const void* data, std::size_t size, bool forPlayback)
 {
     close();
-    return openBytes(WaveByteSource::fromMemory(data, size));
+    return openBytes(WaveByteSource::fromMemory(data, size), !forPlayback);
 }
 
-bool Mp3SoundSource::openBytes(std::unique_ptr<WaveByteSource> bytes)
+bool Mp3SoundSource::openBytes(std::unique_ptr<WaveByteSource> bytes, bool walkFrames)
 {
     if (!bytes) {
         setError(kErrorCannotOpen);
         return false;
     }
-    m_stream = ScanMp3Stream(*bytes);
+    m_stream = ScanMp3Stream(*bytes, walkFrames);
     if (!m_stream.accepted) {
         setError(m_stream.errorText);
         return false;

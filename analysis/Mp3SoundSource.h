@@ -19,8 +19,12 @@ public:
     ~Mp3SoundSource() override;
 
     bool open(const char* localPath) override;
-    // Reads from the caller's buffer, which must outlive the source.
-    bool openMemory(const void* data, std::size_t size);
+    // Accepts the data on its first frames only: frames() is the Info frame's
+    // count, or -1 without one.
+    bool openForPlayback(const char* localPath) override;
+    // Reads from the caller's buffer, which must outlive the source; opened as
+    // openForPlayback does when `forPlayback` is set.
+    bool openMemory(const void* data, std::size_t size, bool forPlayback = false);
     std::int64_t read(float* interleaved, std::int64_t frames) override;
     bool seek(std::int64_t frame) override;
     void close() override;
@@ -35,7 +39,7 @@ public:
     };
 
 private:
-    bool openBytes(std::unique_ptr<WaveByteSource> bytes);
+    bool openBytes(std::unique_ptr<WaveByteSource> bytes, bool walkFrames);
 
     struct HandleDeleter
     {

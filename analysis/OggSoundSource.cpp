@@ -248,21 +248,22 @@ void OggSoundSource::close()
 bool OggSoundSource::open(const char* localPath)
 {
     close();
-    std::unique_ptr<WaveByteSource> bytes = WaveByteSource::openFile(localPath);
-    if (!bytes) {
-        setError(kErrorCannotOpen);
-        return false;
-    }
-    return openBytes(std::move(bytes));
+    return openBytes(WaveByteSource::openFile(localPath), true);
 }
 
-bool OggSoundSource::openMemory(const void* data, std::size_t size)
+bool OggSoundSource::openForPlayback(const char* localPath)
 {
     close();
-    return openBytes(WaveByteSource::fromMemory(data, size));
+    return openBytes(WaveByteSource::openFile(localPath), false);
 }
 
-bool OggSoundSource::openBytes(std::unique_ptr<WaveByteSource> bytes)
+bool OggSoundSource::openMemory(const void* data, std::size_t size, bool forPlayback)
+{
+    close();
+    return openBytes(WaveByteSource::fromMemory(data, size), !forPlayback);
+}
+
+bool OggSoundSource::openBytes(std::unique_ptr<WaveByteSource> bytes, bool walkPages)
 {
     if (!bytes) {
         setError(kErrorCannotOpen);
@@ -273,8 +274,11 @@ bool OggSoundSource::openBytes(std::unique_ptr<WaveByteSource> bytes)
         setError(problem);
         return false;
     }
-    const LinkSummary summary = summarizeLinks(*bytes);
-    m_streamed = summary.links > kMaxSeekableLinks;
+    // Without the walk over every page the file is read as a stream from its
+    // start, which needs nothing past the first link; a seek walks it first.
+    const LinkSummary summary = walkPages ? summarizeLinks(*bytes) : LinkSummary{};
+    m_walked = walkPages;
+    m_streamed = !walkPages || summary.links > kMaxSeekableLinks;
     m_seekSafe = summary.clean && !m_streamed;
     m_bytes = std::move(bytes);
     m_reader.bytes = m_bytes.get();
@@ -311,7 +315,15 @@ bool OggSoundSource::openBytes(std::unique_ptr<WaveByteSource> bytes)
     const ogg_int64_t total =
         m_streamed ? summary.frames : ov_pcm_total(m_file.get(), uniform ? -1 : 0);
     setProperties(static_cast<std::int32_t>(info->rate), info->channels,
-                  total > 0 ? static_cast<std::int64_t>(total) : 0);
+                  !walkPages  ? -1
+                  : total > 0 ? static_cast<std::int64_t>(total)
+                              : 0);
+    const VorbisLoop loop = VorbisCommentLoop(ov_comment(m_file.get(), 0));
+    const std::int64_t loopEnd = walkPages ? std::min(loop.end, frames()) : loop.end;
+    if (loop.start < loopEnd)
+        setLoop(loop.start, loopEnd);
+    else
+        setLoop(0, 0);
     m_link = 0;
     return true;
 }
@@ -378,19 +390,19 @@ bool OggSoundSource::seek(std::int64_t frame)
 {
     if (!m_opened)
         return false;
+    if (!m_walked && !reopen(true))
+        return false;
     if (frame >= frames() && frame > 0)
         return false;
     if (frame > 0 && m_seekSafe)
         return ov_pcm_seek(m_file.get(), frame) == 0;
     // Back to the start by opening afresh (ov_pcm_seek cannot be trusted on
     // damaged pages, see LinkSummary), then decode up to the frame.
-    std::unique_ptr<WaveByteSource> bytes = std::move(m_bytes);
-    ov_clear(m_file.get());
-    m_opened = false;
-    m_reader = {};
-    if (!bytes || !openBytes(std::move(bytes)))
+    if (!reopen(true))
         return false;
     for (std::int64_t skipped = 0; skipped < frame;) {
+        if (cancelled())
+            return false;
         float** planes = nullptr;
         const std::int64_t got = decode(&planes, frame - skipped);
         if (got <= 0)
@@ -398,4 +410,50 @@ bool OggSoundSource::seek(std::int64_t frame)
         skipped += got;
     }
     return true;
+}
+
+bool OggSoundSource::reopen(bool walkPages)
+{
+    std::unique_ptr<WaveByteSource> bytes = std::move(m_bytes);
+    ov_clear(m_file.get());
+    m_opened = false;
+    m_reader = {};
+    return bytes && openBytes(std::move(bytes), walkPages);
+}
+
+VorbisLoop VorbisCommentLoop(const vorbis_comment* comment)
+{
+    VorbisLoop loop;
+    if (!comment || comment->comments <= 0 || !comment->user_comments || !comment->comment_lengths)
+        return loop;
+    // Decimal frame counts, as the game engines that use these tags write them.
+    const auto value = [comment](const char* key, std::int64_t& out) {
+        const std::size_t keyLength = std::strlen(key);
+        for (int i = 0; i < comment->comments; ++i) {
+            const char* text = comment->user_comments[i];
+            const int length = comment->comment_lengths[i];
+            if (!text || length <= int(keyLength) ||
+                !std::equal(key, key + keyLength, text, [](char a, char b) {
+                    return a == (b >= 'a' && b <= 'z' ? char(b - 'a' + 'A') : b);
+                }))
+                continue;
+            std::int64_t v = 0;
+            int digits = 0;
+            for (int at = int(keyLength); at < length; ++at, ++digits) {
+                if (text[at] < '0' || text[at] > '9' || digits >= 15)
+                    return false;
+                v = v * 10 + (text[at] - '0');
+            }
+            out = v;
+            return digits > 0;
+        }
+        return false;
+    };
+    std::int64_t start = 0;
+    std::int64_t length = 0;
+    if (value("LOOPSTART=", start) && value("LOOPLENGTH=", length) && length > 0) {
+        loop.start = start;
+        loop.end = start + length;
+    }
+    return loop;
 }

@@ -6,6 +6,7 @@
 
 class WaveByteSource;
 struct OggVorbis_File;
+struct vorbis_comment;
 
 // The three bit-rate fields of the Vorbis identification header, in header
 // order, as the signed 32-bit values the file holds.
@@ -25,12 +26,23 @@ void VorbisKbps(const VorbisHeaderBitRates& rates, std::int32_t& minKbps, std::i
 // no lying length makes anyone allocate. Empty when fine, else the reason.
 std::string CheckVorbisHeaders(WaveByteSource& bytes);
 
+// The loop a file's comments state the way game engines read them: LOOPSTART
+// (the first frame) and LOOPLENGTH (frames), both decimal. None when either is
+// missing or malformed.
+struct VorbisLoop
+{
+    std::int64_t start = 0;
+    std::int64_t end = 0; // exclusive
+};
+VorbisLoop VorbisCommentLoop(const vorbis_comment* comment);
+
 // Ogg Vorbis through libvorbisfile (the reference decoder). The length is
 // ov_pcm_total's, over the links that share the first link's rate and channels.
 // A chain of more than 16 links is read as a plain stream (libvorbisfile would
 // keep every link's decoded headers): its length comes from the pages'
 // granule positions. A stream, or a file with damaged pages, seeks by decoding
-// from the start.
+// from the start. Opened for playback, the file is read as a stream of
+// unknown length until the first seek walks its pages.
 class OggSoundSource final : public SoundSource
 {
 public:
@@ -38,8 +50,10 @@ public:
     ~OggSoundSource() override;
 
     bool open(const char* localPath) override;
-    // Reads from the caller's buffer, which must outlive the source.
-    bool openMemory(const void* data, std::size_t size);
+    bool openForPlayback(const char* localPath) override;
+    // Reads from the caller's buffer, which must outlive the source; opened as
+    // openForPlayback does when `forPlayback` is set.
+    bool openMemory(const void* data, std::size_t size, bool forPlayback = false);
     std::int64_t read(float* interleaved, std::int64_t frames) override;
     bool seek(std::int64_t frame) override;
     void close() override;
@@ -56,7 +70,9 @@ public:
     };
 
 private:
-    bool openBytes(std::unique_ptr<WaveByteSource> bytes);
+    bool openBytes(std::unique_ptr<WaveByteSource> bytes, bool walkPages);
+    // Opens the same bytes afresh, at the first frame.
+    bool reopen(bool walkPages);
     // One call of the decoder: up to `frames` frames as planes owned by it.
     std::int64_t decode(float*** planes, std::int64_t frames);
 
@@ -66,6 +82,7 @@ private:
     bool m_opened = false;
     bool m_streamed = false; // a chain of many links, read without seeking
     bool m_seekSafe = false; // pages clean enough for ov_pcm_seek
+    bool m_walked = false;   // every page was looked at (the length is known)
     int m_link = -1;
     VorbisHeaderBitRates m_bitRates;
 };

@@ -252,10 +252,8 @@ void TeskManager::SetOutputDevice(const QString& name)
     s.outputDevice = name;
     if (lumo->OutputDevice() == name)
         return;
-    if (!lumo->SetOutputDevice(name) && !name.isEmpty())
-        emit SigSetStatusMessage(
-            tr("The output device \"%1\" is not available. Playing through the system default.")
-                .arg(name));
+    // The move runs on the engine's thread; the status tick reports how it went.
+    lumo->SetOutputDevice(name);
 }
 
 void TeskManager::SetDetailViewHeight(int height)
@@ -265,6 +263,15 @@ void TeskManager::SetDetailViewHeight(int height)
 
 void TeskManager::CheckOutputDevice()
 {
+    QString requested;
+    bool opened = true;
+    if (lumo->TakeOutputChange(&requested, &opened) && !opened && !requested.isEmpty())
+        emit SigSetStatusMessage(
+            tr("The output device \"%1\" is not available. Playing through the system default.")
+                .arg(requested));
+    if (++deviceCheckTicks < kDeviceCheckTicks)
+        return;
+    deviceCheckTicks = 0;
     QString lost;
     if (!lumo->CheckOutputDevice(&lost))
         return;
@@ -821,10 +828,7 @@ void TeskManager::SlotTimerPlaylistTick()
 
 void TeskManager::SlotTimerUpdateStatusTick()
 {
-    if (++deviceCheckTicks >= kDeviceCheckTicks) {
-        deviceCheckTicks = 0;
-        CheckOutputDevice();
-    }
+    CheckOutputDevice();
     const QString playing = krokManager->IsPlaying() ? krokManager->GetPlayingPath() : QString();
     const AudioFileInfo info =
         playing.isEmpty() ? AudioFileInfo() : krokManager->GetFileInfo(playing);

@@ -226,6 +226,8 @@ private:
     void StartPlaylistTimerIfWanted();
     // Sets the loudness-match gain for the file about to start and announces it.
     void PreparePreview(const QString& path);
+    // Each status tick: reports a device move that failed; twice a second, looks
+    // for a device that went away.
     void CheckOutputDevice();
     // Leaves the root as it is, empties the table and says so; no worker is left running.
     void ReportMissingRoot();

@@ -11,7 +11,10 @@
 #include "VoiceBuilder.h"
 
 #include <algorithm>
+#include <atomic>
 #include <mutex>
+#include <thread>
+#include <utility>
 #include <vector>
 
 namespace AudioEngine {
@@ -31,13 +34,52 @@ struct EngineState
     std::vector<Player*> players;
     std::vector<Voice*> voices;
     PlaybackId nextId = 1;
+
+    // Moving the output to another device. While `changing` is set, only the
+    // switcher thread touches `output` (without the control lock: SDL may take
+    // long), and the engine behaves as if a device ran.
+    std::thread switcher;
+    std::atomic<bool> changing{false};
+    std::string wantedDevice;             // control lock
+    OutputChange change;                  // control lock
+    std::vector<std::string> deviceNames; // the last list, for while the output moves
 };
 
 EngineState g_engine;
 
 bool DeviceRunning()
 {
-    return g_engine.output.IsOpen();
+    return g_engine.changing.load(std::memory_order_acquire) || g_engine.output.IsOpen();
+}
+
+// The switcher thread: moves the output, then moves it again while newer
+// requests came in meanwhile.
+void RunOutputChange(std::string name)
+{
+    for (;;) {
+        const bool opened = g_engine.output.Switch(name);
+        std::lock_guard lock(g_engine.control);
+        if (g_engine.wantedDevice != name && g_engine.output.IsOpen()) {
+            name = g_engine.wantedDevice;
+            continue;
+        }
+        g_engine.change = {true, name, opened};
+        if (!g_engine.output.IsOpen())
+            g_engine.streamer
+                ->StopThread(); // nothing pulls the mix any more; Stop is immediate now
+        g_engine.changing.store(false, std::memory_order_release);
+        return;
+    }
+}
+
+// Under the control lock, with no move under way.
+void StartOutputChange(const std::string& name)
+{
+    if (g_engine.switcher.joinable())
+        g_engine.switcher.join(); // the last move has finished; its thread is past the lock
+    g_engine.wantedDevice = name;
+    g_engine.changing.store(true, std::memory_order_release);
+    g_engine.switcher = std::thread(RunOutputChange, name);
 }
 
 bool IsCurrentOfSomePlayer(const Voice* voice)
@@ -230,6 +272,14 @@ bool Initialize(const InitConfig& config)
 
 void Finalize()
 {
+    // A move under way ends first: it takes the control lock at its end.
+    std::thread switcher;
+    {
+        std::lock_guard lock(g_engine.control);
+        switcher = std::move(g_engine.switcher);
+    }
+    if (switcher.joinable())
+        switcher.join();
     std::lock_guard lock(g_engine.control);
     if (!g_engine.initialized)
         return;
@@ -249,6 +299,8 @@ void Finalize()
     g_engine.mixer = nullptr;
     Destroy(g_engine.streamer);
     g_engine.streamer = nullptr;
+    g_engine.change = {};
+    g_engine.deviceNames.clear();
     g_engine.initialized = false;
 }
 
@@ -280,37 +332,56 @@ std::vector<std::string> ListOutputDevices()
     std::lock_guard lock(g_engine.control);
     if (!DeviceRunning())
         return {};
-    return DeviceOutput::ListDevices();
+    // SDL's device list must not be read while another thread opens devices.
+    if (!g_engine.changing.load(std::memory_order_acquire))
+        g_engine.deviceNames = DeviceOutput::ListDevices();
+    return g_engine.deviceNames;
 }
 
 std::string GetOutputDevice()
 {
     std::lock_guard lock(g_engine.control);
-    return g_engine.output.Device();
+    return g_engine.changing.load(std::memory_order_acquire) ? g_engine.wantedDevice
+                                                             : g_engine.output.Device();
 }
 
-bool SetOutputDevice(const std::string& name)
+void SetOutputDevice(const std::string& name)
 {
     std::lock_guard lock(g_engine.control);
     if (!g_engine.initialized || !DeviceRunning())
-        return false;
-    if (name == g_engine.output.Device() && !g_engine.output.IsLost())
-        return true;
-    const bool opened = g_engine.output.Switch(name);
-    if (!DeviceRunning())
-        g_engine.streamer->StopThread(); // nothing pulls the mix any more; Stop is immediate now
-    return opened;
+        return;
+    if (g_engine.changing.load(std::memory_order_acquire)) {
+        g_engine.wantedDevice = name; // the move under way goes on there
+        return;
+    }
+    if (name == g_engine.output.Device() && !g_engine.output.IsLost()) {
+        g_engine.change = {true, name, true};
+        return;
+    }
+    StartOutputChange(name);
 }
 
-bool RecoverLostOutput()
+bool RecoverLostOutput(std::string* lost)
 {
     std::lock_guard lock(g_engine.control);
-    if (!g_engine.initialized || !DeviceRunning() || !g_engine.output.IsLost())
+    if (!g_engine.initialized || g_engine.changing.load(std::memory_order_acquire) ||
+        !g_engine.output.IsOpen() || !g_engine.output.IsLost())
         return false;
-    g_engine.output.Switch(std::string());
-    if (!DeviceRunning())
-        g_engine.streamer->StopThread();
+    if (lost)
+        *lost = g_engine.output.Device();
+    StartOutputChange(std::string());
     return true;
+}
+
+OutputChange TakeOutputChange()
+{
+    std::lock_guard lock(g_engine.control);
+    return std::exchange(g_engine.change, OutputChange{});
+}
+
+bool IsOutputChanging()
+{
+    return g_engine.changing.load(std::memory_order_acquire);
 }
 
 VoicePoolHandle CreateStandardVoicePool(const VoicePoolConfig& config)

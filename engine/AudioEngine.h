@@ -113,19 +113,36 @@ std::int32_t GetOutputChannels();
 // True while an SDL device (real, dummy or disk) consumes the mix.
 bool IsDeviceRunning();
 
-// Output device names SDL reports (UTF-8), without the system default.
+// Output device names SDL reports (UTF-8), without the system default; while
+// the output moves, the names found before.
 std::vector<std::string> ListOutputDevices();
-// The device the output runs on; empty for the system default. After
-// Initialize this differs from InitConfig::outputDevice when that device did
-// not open and the default took its place.
+// The device the output runs on (while it moves, the one asked for); empty
+// for the system default. After Initialize this differs from
+// InitConfig::outputDevice when that device did not open and the default
+// took its place.
 std::string GetOutputDevice();
-// Moves the running output to another device (empty: the system default);
-// what plays goes on there. False when that device did not open and the output
-// runs on the default instead.
-bool SetOutputDevice(const std::string& name);
-// Polled by the control thread: when the output device has gone away, reopens
-// the output on the system default, so that nothing hangs, and returns true.
-bool RecoverLostOutput();
+// Moves the running output to another device (empty: the system default) on
+// a thread of the engine's own, so that the caller never waits while SDL
+// closes one device and opens another (that can take a second with a sound
+// server); what plays goes on there after a short gap. Returns at once: the
+// outcome is read with TakeOutputChange. Meanwhile every other call works as
+// usual (commands wait in the queue for the new device).
+void SetOutputDevice(const std::string& name);
+// Polled by the control thread: when the output device has gone away, starts
+// moving the output to the system default (as SetOutputDevice does), so that
+// nothing hangs, and returns true with the lost device's name in `lost`.
+bool RecoverLostOutput(std::string* lost = nullptr);
+
+struct OutputChange
+{
+    bool finished = false; // false: no move finished since the last call
+    std::string requested; // the device asked for; empty for the system default
+    bool opened = false;   // it opened; else the default (or the dummy driver) plays
+};
+// The last move that finished since the previous call.
+OutputChange TakeOutputChange();
+// True from SetOutputDevice (or a recovery) until the new device runs.
+bool IsOutputChanging();
 
 VoicePoolHandle CreateStandardVoicePool(const VoicePoolConfig& config);
 VoicePoolHandle CreateWaveVoicePool(const VoicePoolConfig& config);

@@ -1,7 +1,7 @@
 #include "LumoManager.h"
 
-#include "PcmDecoding.h"
 #include "SoundSource.h"
+#include "SoundSourceStream.h"
 #include "WaveFileStream.h"
 
 #include <QFile>
@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
+#include <memory>
 
 namespace {
 
@@ -74,8 +75,6 @@ void LumoManager::Initialize()
 
     const AudioEngine::PlayerConfig memoryConfig{1, 1024};
     memoryPlayer = AudioEngine::CreatePlayer(&memoryConfig);
-    pcmPlayer = AudioEngine::CreatePlayer();
-    AudioEngine::SetDataFormat(pcmPlayer, AudioEngine::DataFormat::RawPcm);
 }
 
 void LumoManager::Finalize()
@@ -83,17 +82,11 @@ void LumoManager::Finalize()
     if (!initialized)
         return;
     AudioEngine::DestroyPlayer(memoryPlayer);
-    AudioEngine::DestroyPlayer(pcmPlayer);
-    memoryPlayer = pcmPlayer = nullptr;
+    memoryPlayer = nullptr;
     for (AudioEngine::VoicePoolHandle* pool : {&standardPool, &wavePool, &aiffPool, &streamPool}) {
         AudioEngine::DestroyVoicePool(*pool);
         *pool = nullptr;
     }
-    for (const auto& record : pcmPools) {
-        if (record->created)
-            AudioEngine::DestroyVoicePool(record->pool);
-    }
-    pcmPools.clear();
     AudioEngine::Finalize();
     initialized = false;
     currentData.clear();
@@ -106,26 +99,33 @@ void LumoManager::Play(const QString& path)
 
 void LumoManager::StopAndWait()
 {
-    for (AudioEngine::PlayerHandle player : {memoryPlayer, pcmPlayer}) {
-        if (!player || AudioEngine::GetStatus(player) == AudioEngine::PlayerStatus::Stopped)
-            continue;
-        AudioEngine::Stop(player);
-        // Spin rather than sleep: the data buffer is replaced right afterwards and
-        // the stop ramp lasts only a few milliseconds.
-        while (AudioEngine::GetStatus(player) != AudioEngine::PlayerStatus::Stopped) {
-        }
+    if (!memoryPlayer || AudioEngine::GetStatus(memoryPlayer) == AudioEngine::PlayerStatus::Stopped)
+        return;
+    AudioEngine::Stop(memoryPlayer);
+    // Spin rather than sleep: the data buffer is replaced right afterwards and
+    // the stop ramp lasts only a few milliseconds.
+    while (AudioEngine::GetStatus(memoryPlayer) != AudioEngine::PlayerStatus::Stopped) {
     }
 }
+
+namespace {
+
+bool IsWaveSuffix(const QString& suffix)
+{
+    return suffix == QLatin1String("aif") || suffix == QLatin1String("aiff") ||
+           suffix == QLatin1String("wav");
+}
+
+} // namespace
 
 void LumoManager::PlayFrom(const QString& path, std::int32_t startMs)
 {
     if (!initialized)
         return;
     const QString suffix = QFileInfo(path).suffix().toLower();
-    if (suffix == QLatin1String("aif") || suffix == QLatin1String("aiff") ||
-        suffix == QLatin1String("wav"))
+    if (IsWaveSuffix(suffix))
         return PlayWave(path, startMs, -1, -1);
-    PlayCompressed(path, suffix, startMs);
+    PlayDecoded(path, suffix, startMs, -1, -1);
 }
 
 void LumoManager::PlayRange(const QString& path, std::int64_t startFrame, std::int64_t endFrame)
@@ -133,9 +133,11 @@ void LumoManager::PlayRange(const QString& path, std::int64_t startFrame, std::i
     if (!initialized)
         return;
     const QString suffix = QFileInfo(path).suffix().toLower();
-    if (suffix == QLatin1String("aif") || suffix == QLatin1String("aiff") ||
-        suffix == QLatin1String("wav"))
-        PlayWave(path, 0, std::max<std::int64_t>(0, startFrame), endFrame);
+    startFrame = std::max<std::int64_t>(0, startFrame);
+    if (IsWaveSuffix(suffix))
+        PlayWave(path, 0, startFrame, endFrame);
+    else
+        PlayDecoded(path, suffix, 0, startFrame, endFrame);
 }
 
 void LumoManager::PlayWave(const QString& path, std::int32_t startMs, std::int64_t rangeStart,
@@ -177,63 +179,31 @@ void LumoManager::PlayWave(const QString& path, std::int32_t startMs, std::int64
     AudioEngine::SetPlayRange(memoryPlayer, rangeStart, rangeEnd);
     ApplyVolume(false);
     AudioEngine::Start(memoryPlayer);
-    usePcmPlayer = false;
     streaming = stream;
 }
 
-void LumoManager::PlayCompressed(const QString& path, const QString& suffix, std::int32_t startMs)
+void LumoManager::PlayDecoded(const QString& path, const QString& suffix, std::int32_t startMs,
+                              std::int64_t rangeStart, std::int64_t rangeEnd)
 {
-    // MP3 and Ogg Vorbis start only at their beginning; a seek on them is dropped
-    // and the current sound goes on.
-    if (startMs > 0)
-        return;
-    StopAndWait();
-
-    std::int32_t rate = 0;
-    std::int32_t channels = 0;
-    if (const auto source = SoundSource::forSuffix(suffix.toStdString())) {
-        currentData = source->open(QFile::encodeName(path).constData())
-                          ? DecodeToPcm(*source, rate, channels)
-                          : QByteArray();
-        usePcmPlayer = true;
-    } else if (!usePcmPlayer) {
-        return;
-    }
-
-    std::uint32_t identifier = 0;
-    bool found = false;
-    for (const auto& record : pcmPools) {
-        if (record->created && record->samplingRate == rate && record->channels == channels) {
-            identifier = record->identifier;
-            found = true;
-            break;
-        }
-    }
-    if (!found) {
-        auto record = std::make_unique<PcmPoolRecord>();
-        record->identifier = static_cast<std::uint32_t>(pcmPools.size());
-        record->channels = channels;
-        record->samplingRate = rate;
-        AudioEngine::RawPcmVoicePoolConfig config;
-        config.identifier = record->identifier;
-        config.numVoices = record->numVoices;
-        config.maxChannels = channels;
-        config.maxSamplingRate = rate;
-        config.sampleFormat = AudioEngine::SampleFormat::Float32;
-        record->pool = AudioEngine::CreateRawPcmVoicePool(config);
-        record->created = record->pool != nullptr;
-        identifier = record->identifier; // used even when creation failed
-        pcmPools.push_back(std::move(record));
-    }
-
-    AudioEngine::SetVoicePoolId(pcmPlayer, identifier);
-    AudioEngine::SetSamplingRate(pcmPlayer, rate);
-    AudioEngine::SetNumChannels(pcmPlayer, channels);
-    AudioEngine::SetData(pcmPlayer, currentData.constData(),
-                         static_cast<std::size_t>(currentData.size()));
+    std::unique_ptr<SoundSource> decoder = SoundSource::forSuffix(suffix.toStdString());
+    if (!decoder)
+        return; // nothing reads this format; the current sound goes on
+    // A sound playing from memory must let go of the buffer before another
+    // WAVE file may refill it; a streamed one owns its data, and the start
+    // below ramps it out without a wait here.
+    if (!streaming)
+        StopAndWait();
+    AudioEngine::SetDataFormat(memoryPlayer, AudioEngine::DataFormat::Stream);
+    AudioEngine::SetStreamSource(
+        memoryPlayer,
+        new SoundSourceStream(std::move(decoder),
+                              QFile::encodeName(QFileInfo(path).absoluteFilePath()).toStdString(),
+                              SoundSourceStream::OpenMode::Playback));
+    AudioEngine::SetStartTimeMs(memoryPlayer, startMs);
+    AudioEngine::SetPlayRange(memoryPlayer, rangeStart, rangeEnd);
     ApplyVolume(false);
-    AudioEngine::Start(pcmPlayer);
-    streaming = false;
+    AudioEngine::Start(memoryPlayer);
+    streaming = true;
 }
 
 void LumoManager::Stop()
@@ -241,7 +211,6 @@ void LumoManager::Stop()
     if (!initialized)
         return;
     AudioEngine::Stop(memoryPlayer);
-    AudioEngine::Stop(pcmPlayer);
 }
 
 void LumoManager::SetVolume(float value)
@@ -258,11 +227,9 @@ void LumoManager::SetPreviewGain(float gain)
 
 void LumoManager::ApplyVolume(bool now)
 {
-    for (AudioEngine::PlayerHandle player : {memoryPlayer, pcmPlayer}) {
-        AudioEngine::SetVolume(player, volume * previewGain);
-        if (now)
-            AudioEngine::ApplyParameters(player);
-    }
+    AudioEngine::SetVolume(memoryPlayer, volume * previewGain);
+    if (now)
+        AudioEngine::ApplyParameters(memoryPlayer);
 }
 
 QStringList LumoManager::OutputDevices() const
@@ -278,38 +245,48 @@ QString LumoManager::OutputDevice() const
     return initialized ? QString::fromStdString(AudioEngine::GetOutputDevice()) : QString();
 }
 
-bool LumoManager::SetOutputDevice(const QString& name)
+void LumoManager::SetOutputDevice(const QString& name)
 {
-    return initialized && AudioEngine::SetOutputDevice(name.toStdString());
+    if (initialized)
+        AudioEngine::SetOutputDevice(name.toStdString());
+}
+
+bool LumoManager::TakeOutputChange(QString* requested, bool* opened)
+{
+    if (!initialized)
+        return false;
+    const AudioEngine::OutputChange change = AudioEngine::TakeOutputChange();
+    if (!change.finished)
+        return false;
+    if (requested)
+        *requested = QString::fromStdString(change.requested);
+    if (opened)
+        *opened = change.opened;
+    return true;
 }
 
 bool LumoManager::CheckOutputDevice(QString* lost)
 {
     if (!initialized)
         return false;
-    const QString before = OutputDevice();
-    if (!AudioEngine::RecoverLostOutput())
+    std::string name;
+    if (!AudioEngine::RecoverLostOutput(&name))
         return false;
     if (lost)
-        *lost = before;
+        *lost = QString::fromStdString(name);
     return true;
-}
-
-AudioEngine::PlayerHandle LumoManager::CurrentPlayer() const
-{
-    return usePcmPlayer ? pcmPlayer : memoryPlayer;
 }
 
 bool LumoManager::IsPlaying()
 {
     return initialized &&
-           AudioEngine::GetStatus(CurrentPlayer()) == AudioEngine::PlayerStatus::Playing;
+           AudioEngine::GetStatus(memoryPlayer) == AudioEngine::PlayerStatus::Playing;
 }
 
 bool LumoManager::IsPreparing()
 {
     return initialized &&
-           AudioEngine::GetStatus(CurrentPlayer()) == AudioEngine::PlayerStatus::Preparing;
+           AudioEngine::GetStatus(memoryPlayer) == AudioEngine::PlayerStatus::Preparing;
 }
 
 std::int64_t LumoManager::GetPlayedSamples()
@@ -317,6 +294,6 @@ std::int64_t LumoManager::GetPlayedSamples()
     if (!IsPlaying())
         return 0;
     const std::int64_t played =
-        AudioEngine::GetPlayedSamples(AudioEngine::GetLastPlaybackId(CurrentPlayer()));
+        AudioEngine::GetPlayedSamples(AudioEngine::GetLastPlaybackId(memoryPlayer));
     return played > 0 ? played : 0;
 }

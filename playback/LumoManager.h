@@ -8,13 +8,13 @@
 #include <QStringList>
 
 #include <cstdint>
-#include <memory>
-#include <vector>
 
 // Previews one audio file at a time: WAVE and AIFF through the memory player
 // from the file's own bytes (or, above a size limit, streamed from disk so that
-// memory stays bounded and the start stays instant), MP3 and Ogg Vorbis through
-// the PCM player after decoding the whole file to float. Owned by the analysis
+// memory stays bounded and the start stays instant); every other format
+// (MP3, Ogg Vorbis, whatever SoundSource decodes) streamed from its decoder,
+// which the engine's worker runs a block at a time ahead of the mixer, so a
+// start or a seek never waits for the whole file. Owned by the analysis
 // registry.
 class LumoManager final : public PreviewPlayer
 {
@@ -22,19 +22,6 @@ class LumoManager final : public PreviewPlayer
     Q_DISABLE_COPY_MOVE(LumoManager)
 
 public:
-    // One per distinct pair of sampling rate and channel count met so far; its
-    // place in the list is its pool identifier.
-    struct PcmPoolRecord
-    {
-        bool created = false;
-        std::uint32_t identifier = 0;
-        std::int32_t numVoices = 1;
-        std::int32_t channels = 0;
-        std::int32_t samplingRate = 0;
-        std::int32_t sampleFormat = static_cast<std::int32_t>(AudioEngine::SampleFormat::Float32);
-        AudioEngine::VoicePoolHandle pool = nullptr;
-    };
-
     // Offline output is for tests: nothing is heard and RenderOffline pulls the mix.
     explicit LumoManager(QObject* parent = nullptr,
                          AudioEngine::OutputMode output = AudioEngine::OutputMode::Device);
@@ -50,9 +37,6 @@ public:
     bool IsPreparing() override;
     std::int64_t GetPlayedSamples() override;
 
-    const std::vector<std::unique_ptr<PcmPoolRecord>>& PcmPools() const { return pcmPools; }
-    bool UsesPcmPlayer() const { return usePcmPlayer; }
-
     // WAVE and AIFF files larger than this stream from disk instead of being
     // read whole. Reading 8 MB from the page cache takes about 2 ms; a 35 MB
     // file already took up to 24 ms, past the 20 ms a start may take.
@@ -60,9 +44,8 @@ public:
     void SetStreamThreshold(qint64 bytes) { streamThreshold = bytes; }
     bool IsStreaming() const { return streaming; }
 
-    // Plays frames [startFrame, endFrame) of a WAVE or AIFF file once, ramping
-    // out at the end (a region chosen in the detail view). MP3 and Ogg Vorbis
-    // regions wait for the streaming decoders.
+    // Plays frames [startFrame, endFrame) of a file once, ramping out at the
+    // end (a region chosen in the detail view).
     void PlayRange(const QString& path, std::int64_t startFrame, std::int64_t endFrame) override;
 
     // A gain (linear) applied, on top of the volume, to the sounds started from
@@ -71,21 +54,24 @@ public:
     float PreviewGain() const { return previewGain; }
 
     // Output devices: the names SDL reports, the one in use ("" for the system
-    // default), and a move to another one; false when it did not open and the
-    // default plays instead.
+    // default; while the output moves, the one asked for), and a move to
+    // another one, which runs on the engine's own thread and returns at once.
     QStringList OutputDevices() const;
     QString OutputDevice() const;
-    bool SetOutputDevice(const QString& name);
-    // Polled: when the device in use has gone away, moves the output to the
-    // system default and returns true, with the lost device's name in `lost`
-    // (empty when the default itself went).
+    void SetOutputDevice(const QString& name);
+    // Polled: true once for each move that finished since the last call, with
+    // the device asked for and whether it opened (else the default plays).
+    bool TakeOutputChange(QString* requested, bool* opened);
+    // Polled: when the device in use has gone away, starts moving the output
+    // to the system default and returns true, with the lost device's name in
+    // `lost` (empty when the default itself went).
     bool CheckOutputDevice(QString* lost = nullptr);
 
 private:
     static void OnEngineError(const char* text);
-    AudioEngine::PlayerHandle CurrentPlayer() const;
     void StopAndWait();
-    void PlayCompressed(const QString& path, const QString& suffix, std::int32_t startMs);
+    void PlayDecoded(const QString& path, const QString& suffix, std::int32_t startMs,
+                     std::int64_t rangeStart, std::int64_t rangeEnd);
     void PlayWave(const QString& path, std::int32_t startMs, std::int64_t rangeStart,
                   std::int64_t rangeEnd);
     void ApplyVolume(bool now);
@@ -98,13 +84,10 @@ private:
     AudioEngine::VoicePoolHandle wavePool = nullptr;
     AudioEngine::VoicePoolHandle aiffPool = nullptr;
     AudioEngine::VoicePoolHandle streamPool = nullptr;
-    std::vector<std::unique_ptr<PcmPoolRecord>> pcmPools;
-    AudioEngine::PlayerHandle pcmPlayer = nullptr;
-    bool usePcmPlayer = false;
     bool streaming = false;
     qint64 streamThreshold = kDefaultStreamThreshold;
     float volume = 1.0f;
     float previewGain = 1.0f;
-    // Must outlive every read of the engine; replaced only after both players stopped.
+    // Must outlive every read of the engine; replaced only after the player stopped.
     QByteArray currentData;
 };

@@ -252,7 +252,7 @@ QString ExportWave(const QString& source, std::int64_t first, std::int64_t last,
 QString ExportDecoded(const QString& source, std::int64_t first, std::int64_t last, QSaveFile& out,
                       const std::atomic<bool>* cancel)
 {
-    const std::unique_ptr<AudioEngine::StreamSource> in = OpenFrameSource(source);
+    const std::unique_ptr<AudioEngine::StreamSource> in = OpenFrameSource(source, cancel);
     AudioEngine::StreamFormat format;
     if (!in || !in->Open(format) || format.channels < 1 || format.frameCount < 0)
         return Text(QT_TRANSLATE_NOOP("RegionExport", "The file cannot be read."));
@@ -299,17 +299,14 @@ QString ExportDecoded(const QString& source, std::int64_t first, std::int64_t la
 
 } // namespace
 
-QString RegionFilePath(const QString& source, std::int64_t startFrame, std::int64_t endFrame,
-                       std::int32_t rate)
+QString RegionFilePath(const QString& folder, const QString& source, std::int64_t startFrame,
+                       std::int64_t endFrame, std::int32_t rate)
 {
     const auto ms = [rate](std::int64_t frame) { return rate > 0 ? frame * 1000 / rate : frame; };
-    // A temporary location that does not exist reads as empty; the home folder stands in.
-    const QString base = QDir::tempPath().isEmpty() ? QDir::homePath() : QDir::tempPath();
-    const QDir dir(QDir(base).filePath(QStringLiteral("tesk-regions")));
-    return dir.filePath(QStringLiteral("%1_%2-%3ms.wav")
-                            .arg(QFileInfo(source).completeBaseName())
-                            .arg(ms(startFrame))
-                            .arg(ms(endFrame)));
+    return QDir(folder).filePath(QStringLiteral("%1_%2-%3ms.wav")
+                                     .arg(QFileInfo(source).completeBaseName())
+                                     .arg(ms(startFrame))
+                                     .arg(ms(endFrame)));
 }
 
 QString ExportRegion(const QString& source, std::int64_t startFrame, std::int64_t endFrame,

@@ -15,6 +15,6 @@
 QString ExportRegion(const QString& source, std::int64_t startFrame, std::int64_t endFrame,
                      const QString& target, const std::atomic<bool>* cancel = nullptr);
 
-// "<name>_<start>-<end>ms.wav" in Tesk's folder of the temporary location.
-QString RegionFilePath(const QString& source, std::int64_t startFrame, std::int64_t endFrame,
-                       std::int32_t rate);
+// "<name>_<start>-<end>ms.wav" in `folder` (a RegionFolder's).
+QString RegionFilePath(const QString& folder, const QString& source, std::int64_t startFrame,
+                       std::int64_t endFrame, std::int32_t rate);

@@ -117,7 +117,8 @@ void WidgetDetailView::startLoading()
     const QString file = path;
     pool.start([this, generation, cancel, file] {
         auto result = std::make_shared<WaveOverview>();
-        const std::unique_ptr<AudioEngine::StreamSource> source = OpenFrameSource(file);
+        const std::unique_ptr<AudioEngine::StreamSource> source =
+            OpenFrameSource(file, cancel.get());
         if (!source || !BuildWaveOverview(*source, kOverviewBuckets, *cancel, *result))
             result.reset();
         if (cancel->load())
@@ -183,8 +184,8 @@ void WidgetDetailView::SetRegion(std::int64_t startFrame, std::int64_t endFrame)
     regionCancel = std::make_shared<std::atomic<bool>>(false);
     const auto cancel = regionCancel;
     const QString source = path;
-    const QString target =
-        RegionFilePath(source, regionStart, regionEnd, overview ? overview->rate : 0);
+    const QString target = RegionFilePath(regionFolder.Path(), source, regionStart, regionEnd,
+                                          overview ? overview->rate : 0);
     const std::int64_t a = regionStart;
     const std::int64_t b = regionEnd;
     pool.start([this, generation, cancel, source, target, a, b] {
@@ -212,8 +213,7 @@ void WidgetDetailView::regionWritten(unsigned generation, const QString& file, c
 
 bool WidgetDetailView::PlayRegion()
 {
-    // MP3 and Ogg Vorbis regions wait for the streaming decoders; the file plays whole.
-    if (!HasRegion() || IsCompressedAudio(path))
+    if (!HasRegion())
         return false;
     emit SigPlayRegion(path, regionStart, regionEnd);
     return true;

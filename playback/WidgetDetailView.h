@@ -1,5 +1,6 @@
 #pragma once
 
+#include "RegionFolder.h"
 #include "WaveOverview.h"
 
 #include <QImage>
@@ -22,7 +23,8 @@ class TeskManager;
 //
 // The waveform is read on a worker of the view's own, a block at a time, so a
 // long file never holds up the window; a new file cancels the reading of the
-// previous one.
+// previous one. Region files live in a folder of the view's own, emptied when
+// the view goes (and, after a crash, at the next start).
 class WidgetDetailView final : public QWidget
 {
     Q_OBJECT
@@ -52,7 +54,7 @@ public:
     std::int64_t RegionEnd() const { return regionEnd; }
     // The region's WAV, once written (empty before).
     QString RegionFile() const { return regionReady ? regionFile : QString(); }
-    // Space: plays the region of a WAV or AIFF file; false when there is none.
+    // Space: plays the region; false when there is none.
     bool PlayRegion();
 
     // The play position shown, in frames; -1 when the file does not play.
@@ -111,6 +113,8 @@ private:
 
     QImage waveform; // the lanes at the current size, redrawn when they change
     QTimer* timer;
+    // Declared before the pool: its files go only after the pool's jobs ended.
+    RegionFolder regionFolder;
     QThreadPool pool;
     unsigned overviewGeneration = 0;
     unsigned regionGeneration = 0;

@@ -1,7 +1,9 @@
 #pragma once
 
 // What the MP3 and Ogg fuzzers do with an input their source accepted: read
-// it all in odd blocks, seek about, and run the whole analysis over it.
+// it all in odd blocks, seek about, and run the whole analysis over it; then
+// open it as the preview does (no walk over the whole file), read a little and
+// seek.
 
 #include "AudioFileInfo.h"
 #include "CompressedFileAnalysis.h"
@@ -39,4 +41,14 @@ void ExerciseCompressed(const std::uint8_t* data, std::size_t size)
     info.channels = again.channels();
     info.samples = static_cast<std::int32_t>(std::min<std::int64_t>(again.frames(), INT32_MAX));
     AnalyzeFloatSource(again, info, true, true);
+
+    Source preview;
+    if (!preview.openMemory(data, size, true))
+        return;
+    for (int i = 0; i < 4 && preview.read(block.data(), 777) > 0; ++i) {
+    }
+    preview.seek(1000);
+    preview.read(block.data(), 100);
+    preview.seek(0);
+    preview.read(block.data(), 100);
 }

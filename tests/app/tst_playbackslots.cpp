@@ -359,14 +359,17 @@ private slots:
         const QString name = QStringLiteral("No such device 7");
         manager->SetOutputDevice(name);
         QCOMPARE(manager->GetOutputDevice(), name);
+        // The move runs on the engine's thread; the status tick reports it.
+        QTRY_COMPARE(status.count(), 1);
         QVERIFY(manager->GetPreviewPlayer()->OutputDevice().isEmpty());
-        QCOMPARE(status.count(), 1);
         QVERIFY2(status.first().at(0).toString().contains(name),
                  qPrintable(status.first().at(0).toString()));
         manager->SlotStartPlaybackCalled(longA);
         QVERIFY(waitForPosition(100) > 0);
         manager->SlotStopPlaybackCalled();
         manager->SetOutputDevice(QString());
+        QTRY_VERIFY(!AudioEngine::IsOutputChanging());
+        QTest::qWait(120); // two status ticks
         QCOMPARE(status.count(), 1);
         QVERIFY(manager->GetOutputDevice().isEmpty());
     }

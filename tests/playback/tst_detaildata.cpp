@@ -5,12 +5,14 @@
 #include "FrameSource.h"
 #include "PcmDecoding.h"
 #include "RegionExport.h"
+#include "RegionFolder.h"
 #include "WaveBuilder.h"
 #include "WaveByteSource.h"
 #include "WaveHeaderReader.h"
 #include "WaveOverview.h"
 
 #include <QFile>
+#include <QLockFile>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -277,6 +279,56 @@ private slots:
         const QString target = path(QStringLiteral("junk-region.wav"));
         QVERIFY(!ExportRegion(path(QStringLiteral("junk.wav")), 0, 10, target).isEmpty());
         QVERIFY(!QFile::exists(target));
+    }
+
+    // Region files go at the end of the run that made them, or at the next
+    // start after a crash; a running run's files and anything not a region
+    // file stay.
+    void regionFilesAreCleanedUp()
+    {
+        const QDir base(path(QStringLiteral("regions")));
+        const auto touch = [](const QString& file) { return writeFile(file, Bytes(8, 'x')); };
+        // A run that died: its lock names a process that has ended.
+        QProcess ended;
+        ended.start(QStringLiteral("true"), QStringList());
+        QVERIFY(ended.waitForStarted());
+        const qint64 deadPid = ended.processId();
+        QVERIFY(ended.waitForFinished());
+        const QString stale = base.filePath(QStringLiteral("run-%1-0").arg(deadPid));
+        QVERIFY(QDir().mkpath(stale));
+        QFile lock(stale + QStringLiteral(".lock"));
+        QVERIFY(lock.open(QIODevice::WriteOnly));
+        lock.write(QByteArray::number(deadPid) + '\n' +
+                   QCoreApplication::applicationName().toUtf8() + '\n' +
+                   QSysInfo::machineHostName().toUtf8() + '\n');
+        lock.close();
+        for (const char* name : {"hit_0-100ms.wav", "hit_0-100ms.wav.AbC123", "notes.txt"})
+            QVERIFY(touch(QDir(stale).filePath(QLatin1String(name))));
+        QVERIFY(touch(base.filePath(QStringLiteral("old_5-10ms.wav"))));
+        QVERIFY(touch(base.filePath(QStringLiteral("keep.wav"))));
+
+        auto running = std::make_unique<RegionFolder>(base.path());
+        QVERIFY(QDir().mkpath(running->Path()));
+        QVERIFY(touch(QDir(running->Path()).filePath(QStringLiteral("live_1-2ms.wav"))));
+        QVERIFY(!QFile::exists(QDir(stale).filePath(QStringLiteral("hit_0-100ms.wav"))));
+        QVERIFY(!QFile::exists(QDir(stale).filePath(QStringLiteral("hit_0-100ms.wav.AbC123"))));
+        QVERIFY(QFile::exists(QDir(stale).filePath(QStringLiteral("notes.txt"))));
+        QVERIFY(!QFile::exists(base.filePath(QStringLiteral("old_5-10ms.wav"))));
+        QVERIFY(QFile::exists(base.filePath(QStringLiteral("keep.wav"))));
+
+        {
+            RegionFolder mine(base.path());
+            QVERIFY(QDir().mkpath(mine.Path()));
+            QVERIFY(touch(QDir(mine.Path()).filePath(QStringLiteral("x_1-2ms.wav"))));
+            QVERIFY(
+                QFile::exists(QDir(running->Path()).filePath(QStringLiteral("live_1-2ms.wav"))));
+        }
+        const QString runningPath = running->Path();
+        QVERIFY(QFile::exists(QDir(runningPath).filePath(QStringLiteral("live_1-2ms.wav"))));
+        running.reset();
+        QVERIFY(!QDir(runningPath).exists());
+        QCOMPARE(base.entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+                 QStringList({QStringLiteral("keep.wav"), QFileInfo(stale).fileName()}));
     }
 };
 

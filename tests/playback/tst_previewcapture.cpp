@@ -4,10 +4,13 @@
 
 #include "AudioEngine.h"
 #include "LumoManager.h"
+#include "SoundSource.h"
 #include "WaveBuilder.h"
 
 #include <QElapsedTimer>
 #include <QFile>
+#include <QProcess>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -30,6 +33,41 @@ std::vector<float> readCapture(const QString& path)
     std::vector<float> out(static_cast<std::size_t>(bytes.size()) / sizeof(float));
     std::memcpy(out.data(), bytes.constData(), out.size() * sizeof(float));
     return out;
+}
+
+// The whole file as its decoder gives it, read straight through from the start.
+std::vector<float> decodeWhole(const QString& path, int& channels)
+{
+    std::unique_ptr<SoundSource> source =
+        SoundSource::forSuffix(QFileInfo(path).suffix().toLower().toStdString());
+    if (!source || !source->open(QFile::encodeName(path).constData()))
+        return {};
+    channels = source->channels();
+    std::vector<float> all;
+    std::vector<float> block(4096 * static_cast<std::size_t>(channels));
+    for (;;) {
+        const std::int64_t got = source->read(block.data(), 4096);
+        if (got <= 0)
+            return all;
+        all.insert(all.end(), block.begin(), block.begin() + got * channels);
+    }
+}
+
+// Stereo 48 kHz music-like material (two tones and a little noise), never silent.
+std::vector<std::int32_t> music48k(int frames)
+{
+    std::vector<std::int32_t> v(static_cast<std::size_t>(frames) * 2);
+    std::uint32_t x = 7;
+    for (int i = 0; i < frames; ++i) {
+        for (int c = 0; c < 2; ++c) {
+            x = x * 1664525u + 1013904223u;
+            const double s = 0.3 * std::sin(2 * M_PI * (440.0 + 110.0 * c) * i / 48000.0) +
+                             0.1 * std::sin(2 * M_PI * 97.0 * i / 48000.0) +
+                             (static_cast<double>(x >> 8) / 16777216.0 - 0.5) * 0.02;
+            v[static_cast<std::size_t>(i) * 2 + c] = static_cast<std::int32_t>(s * 32767.0);
+        }
+    }
+    return v;
 }
 
 bool waitUntilDone(LumoManager& lumo, int timeoutMs)
@@ -85,7 +123,38 @@ class TestPreviewCapture : public QObject
         return readCapture(capture_);
     }
 
+    static constexpr std::size_t kLoopStart = 30011;
+    static constexpr std::size_t kLoopLength = 19997;
+    bool encoded_ = false;
+
 private slots:
+    // MP3 and Ogg files of 48 kHz stereo music, one Ogg with a loop in its comments.
+    void initTestCase()
+    {
+        QVERIFY(dir_.isValid());
+        if (QStandardPaths::findExecutable(QStringLiteral("lame")).isEmpty() ||
+            QStandardPaths::findExecutable(QStringLiteral("oggenc")).isEmpty())
+            return;
+        QVERIFY(fixtures::writeFile(path("music.wav"),
+                                    fixtures::wavInts(2, 48000, 16, music48k(48000 * 6))));
+        QCOMPARE(QProcess::execute(QStringLiteral("lame"),
+                                   {QStringLiteral("--quiet"), QStringLiteral("-b"),
+                                    QStringLiteral("192"), path("music.wav"), path("music.mp3")}),
+                 0);
+        QCOMPARE(QProcess::execute(QStringLiteral("oggenc"),
+                                   {QStringLiteral("--quiet"), QStringLiteral("-o"),
+                                    path("music.ogg"), path("music.wav")}),
+                 0);
+        QCOMPARE(
+            QProcess::execute(QStringLiteral("oggenc"),
+                              {QStringLiteral("--quiet"), QStringLiteral("-c"),
+                               QStringLiteral("LOOPSTART=%1").arg(kLoopStart), QStringLiteral("-c"),
+                               QStringLiteral("LOOPLENGTH=%1").arg(kLoopLength),
+                               QStringLiteral("-o"), path("loop.ogg"), path("music.wav")}),
+            0);
+        encoded_ = true;
+    }
+
     void cleanup()
     {
         lumo_.reset();
@@ -257,6 +326,86 @@ private slots:
                 i < loopEnd ? i : loopStart + (i - loopStart) % (loopEnd - loopStart);
             QCOMPARE(out[first + 2 * i], v[2 * src] / 32768.0f);
             QCOMPARE(out[first + 2 * i + 1], v[2 * src + 1] / 32768.0f);
+        }
+        QCOMPARE(AudioEngine::GetCallbackStats().streamUnderruns, std::int64_t(0));
+    }
+
+    // A seek into a streamed MP3 or Ogg file: after the fade-in, the card gets
+    // exactly the frames a straight decode has at the requested position.
+    void seekInAStreamedFileLandsOnItsFrame_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<int>("startMs");
+        QTest::newRow("MP3 at 1234 ms") << "music.mp3" << 1234;
+        QTest::newRow("MP3 at 4321 ms") << "music.mp3" << 4321;
+        QTest::newRow("Ogg at 1234 ms") << "music.ogg" << 1234;
+        QTest::newRow("Ogg at 4321 ms") << "music.ogg" << 4321;
+    }
+
+    void seekInAStreamedFileLandsOnItsFrame()
+    {
+        QFETCH(QString, name);
+        QFETCH(int, startMs);
+        if (!encoded_)
+            QSKIP("lame or oggenc is not installed");
+        int channels = 0;
+        const std::vector<float> decoded = decodeWhole(dir_.filePath(name), channels);
+        QCOMPARE(channels, 2);
+        startCapture(3);
+        lumo_->PlayFrom(dir_.filePath(name), startMs);
+        QVERIFY(lumo_->IsStreaming());
+        const std::int64_t from = std::int64_t(startMs) * 48;
+        QTRY_VERIFY_WITH_TIMEOUT(lumo_->GetPlayedSamples() > from + 9600, 10000);
+        lumo_->Stop();
+        QVERIFY(waitUntilDone(*lumo_, 5000));
+        const auto out = finishCapture();
+
+        std::size_t first = 0;
+        while (first < out.size() && out[first] == 0.0f && out[first + 1] == 0.0f)
+            first += 2;
+        QVERIFY(out.size() >= first + 2 * 9600);
+        for (std::size_t i = kRamp; i < 9600; ++i) {
+            const std::size_t at = static_cast<std::size_t>(from) + i;
+            for (std::size_t c = 0; c < 2; ++c) {
+                const float got = out[first + 2 * i + c];
+                QVERIFY2(std::fabs(got - decoded[2 * at + c]) < 1e-6f,
+                         qPrintable(QStringLiteral("frame %1: %2, decoded %3")
+                                        .arg(i)
+                                        .arg(double(got))
+                                        .arg(double(decoded[2 * at + c]))));
+            }
+        }
+        QCOMPARE(AudioEngine::GetCallbackStats().streamUnderruns, std::int64_t(0));
+    }
+
+    // An Ogg file whose comments state a loop streams head then loop rounds,
+    // each wrap sample-exact against a straight decode.
+    void streamedOggLoopWrapsSampleExactly()
+    {
+        if (!encoded_)
+            QSKIP("lame or oggenc is not installed");
+        int channels = 0;
+        const std::vector<float> decoded = decodeWhole(path("loop.ogg"), channels);
+        QCOMPARE(channels, 2);
+        startCapture(3);
+        lumo_->Play(path("loop.ogg"));
+        QTRY_VERIFY_WITH_TIMEOUT(
+            lumo_->GetPlayedSamples() > std::int64_t(kLoopStart + 3 * kLoopLength), 15000);
+        lumo_->Stop();
+        QVERIFY(waitUntilDone(*lumo_, 5000));
+        const auto out = finishCapture();
+
+        std::size_t first = 0;
+        while (first < out.size() && out[first] == 0.0f && out[first + 1] == 0.0f)
+            first += 2;
+        const std::size_t frames = kLoopStart + 3 * kLoopLength;
+        QVERIFY(out.size() >= first + 2 * frames);
+        for (std::size_t i = kRamp; i < frames; ++i) {
+            const std::size_t src =
+                i < kLoopStart + kLoopLength ? i : kLoopStart + (i - kLoopStart) % kLoopLength;
+            for (std::size_t c = 0; c < 2; ++c)
+                QVERIFY2(std::fabs(out[first + 2 * i + c] - decoded[2 * src + c]) < 1e-6f,
+                         qPrintable(QStringLiteral("frame %1").arg(i)));
         }
         QCOMPARE(AudioEngine::GetCallbackStats().streamUnderruns, std::int64_t(0));
     }

@@ -487,7 +487,10 @@ private slots:
             Scan({QStringLiteral("-l"), QStringLiteral("--library"), library, folder});
         QCOMPARE(again.exitCode, 0);
         QVERIFY(again.err.isEmpty());
-        QCOMPARE(StoredKeys(library, folder).size(), 2000);
+        // The file being read when the scan was killed stands in the crash
+        // journal as a suspect, and is not read again (nor stored) until it changes.
+        const int after = int(StoredKeys(library, folder).size());
+        QVERIFY2(after == 2000 || after == 1999, qPrintable(QString::number(after)));
     }
 
 private:
