@@ -282,3 +282,45 @@ std::int64_t FindFlacStreamLength(WaveByteSource& bytes, const FlacLayout& layou
     }
     return -1;
 }
+
+VorbisLoop ReadFlacCommentLoop(WaveByteSource& bytes, const FlacLayout& layout)
+{
+    VorbisLoop loop;
+    if (layout.commentBody < 0)
+        return loop;
+    const std::int64_t end = layout.commentBody + layout.commentBytes;
+    unsigned char word[4];
+    // Comments are little-endian length-prefixed strings after the vendor string.
+    std::int64_t pos = layout.commentBody;
+    if (!bytes.readExact(pos, word, 4))
+        return loop;
+    pos += 4 + std::int64_t(le32(word));
+    if (pos + 4 > end || !bytes.readExact(pos, word, 4))
+        return loop;
+    const std::uint32_t count = std::min(le32(word), kMaxFlacLoopComments);
+    pos += 4;
+    std::int64_t start = -1;
+    std::int64_t length = 0;
+    for (std::uint32_t i = 0; i < count && pos + 4 <= end; ++i) {
+        if (!bytes.readExact(pos, word, 4))
+            break;
+        const std::uint32_t n = le32(word);
+        pos += 4;
+        if (n > std::uint64_t(end - pos))
+            break;
+        // Only a comment short enough to be a key and its digits can be a loop.
+        char text[32];
+        if (n <= sizeof text && bytes.readExact(pos, text, n)) {
+            if (start < 0)
+                LoopCommentValue(text, n, "LOOPSTART=", start);
+            if (length <= 0)
+                LoopCommentValue(text, n, "LOOPLENGTH=", length);
+        }
+        pos += n;
+    }
+    if (start >= 0 && length > 0) {
+        loop.start = start;
+        loop.end = start + length;
+    }
+    return loop;
+}

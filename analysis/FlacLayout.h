@@ -1,5 +1,7 @@
 #pragma once
 
+#include "OggSoundSource.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -61,3 +63,9 @@ std::int64_t MaxFlacFrameBytes(const FlacStreamInfo& info);
 // STREAMINFO's total may be 0 or may lie; the frames cannot. 0 for a file
 // without frames; -1 when no such header lies near the end.
 std::int64_t FindFlacStreamLength(WaveByteSource& bytes, const FlacLayout& layout);
+
+// A loop the comment block states as Ogg files do (LOOPSTART and LOOPLENGTH in
+// frames); none when either is missing or malformed. Only the first
+// kMaxFlacLoopComments comments are looked at, a few bytes of each.
+inline constexpr std::uint32_t kMaxFlacLoopComments = 4096;
+VorbisLoop ReadFlacCommentLoop(WaveByteSource& bytes, const FlacLayout& layout);

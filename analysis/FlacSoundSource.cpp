@@ -152,6 +152,7 @@ void FlacSoundSource::close()
     m_block = {};
     m_ended = m_badFrame = m_seekBroken = false;
     setProperties(0, 0, 0);
+    setLoop(0, 0);
 }
 
 bool FlacSoundSource::fail(const char* reason)
@@ -197,6 +198,9 @@ bool FlacSoundSource::openBytes(std::unique_ptr<WaveByteSource> bytes)
         return fail(kErrorFlacHeaderDamaged);
     setProperties(std::int32_t(m_layout.info.sampleRate), std::int32_t(m_layout.info.channels),
                   length);
+    const VorbisLoop loop = ReadFlacCommentLoop(*m_bytes, m_layout);
+    if (loop.start < std::min(loop.end, length))
+        setLoop(loop.start, std::min(loop.end, length));
     return true;
 }
 
@@ -284,6 +288,8 @@ bool FlacSoundSource::restart()
 bool FlacSoundSource::skipTo(std::int64_t frame)
 {
     while (m_next < frame && refill()) {
+        if (cancelled())
+            return false;
         std::int64_t n;
         if (m_gap > 0) {
             n = std::min(m_gap, frame - m_next);

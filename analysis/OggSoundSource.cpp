@@ -421,37 +421,42 @@ bool OggSoundSource::reopen(bool walkPages)
     return bytes && openBytes(std::move(bytes), walkPages);
 }
 
+bool LoopCommentValue(const char* text, std::size_t length, const char* key, std::int64_t& out)
+{
+    // Decimal frame counts, as the game engines that use these tags write them.
+    const std::size_t keyLength = std::strlen(key);
+    if (!text || length <= keyLength || !std::equal(key, key + keyLength, text, [](char a, char b) {
+            return a == (b >= 'a' && b <= 'z' ? char(b - 'a' + 'A') : b);
+        }))
+        return false;
+    if (length - keyLength > 15)
+        return false;
+    std::int64_t v = 0;
+    for (std::size_t at = keyLength; at < length; ++at) {
+        if (text[at] < '0' || text[at] > '9')
+            return false;
+        v = v * 10 + (text[at] - '0');
+    }
+    out = v;
+    return true;
+}
+
 VorbisLoop VorbisCommentLoop(const vorbis_comment* comment)
 {
     VorbisLoop loop;
     if (!comment || comment->comments <= 0 || !comment->user_comments || !comment->comment_lengths)
         return loop;
-    // Decimal frame counts, as the game engines that use these tags write them.
-    const auto value = [comment](const char* key, std::int64_t& out) {
-        const std::size_t keyLength = std::strlen(key);
-        for (int i = 0; i < comment->comments; ++i) {
-            const char* text = comment->user_comments[i];
-            const int length = comment->comment_lengths[i];
-            if (!text || length <= int(keyLength) ||
-                !std::equal(key, key + keyLength, text, [](char a, char b) {
-                    return a == (b >= 'a' && b <= 'z' ? char(b - 'a' + 'A') : b);
-                }))
-                continue;
-            std::int64_t v = 0;
-            int digits = 0;
-            for (int at = int(keyLength); at < length; ++at, ++digits) {
-                if (text[at] < '0' || text[at] > '9' || digits >= 15)
-                    return false;
-                v = v * 10 + (text[at] - '0');
-            }
-            out = v;
-            return digits > 0;
-        }
-        return false;
-    };
-    std::int64_t start = 0;
+    std::int64_t start = -1;
     std::int64_t length = 0;
-    if (value("LOOPSTART=", start) && value("LOOPLENGTH=", length) && length > 0) {
+    for (int i = 0; i < comment->comments; ++i) {
+        const char* text = comment->user_comments[i];
+        const auto n = static_cast<std::size_t>(std::max(comment->comment_lengths[i], 0));
+        if (start < 0)
+            LoopCommentValue(text, n, "LOOPSTART=", start);
+        if (length <= 0)
+            LoopCommentValue(text, n, "LOOPLENGTH=", length);
+    }
+    if (start >= 0 && length > 0) {
         loop.start = start;
         loop.end = start + length;
     }

@@ -35,6 +35,9 @@ struct VorbisLoop
     std::int64_t end = 0; // exclusive
 };
 VorbisLoop VorbisCommentLoop(const vorbis_comment* comment);
+// One comment of `length` bytes when it is `key` ("LOOPSTART=", upper case;
+// the comment's key in any case) followed by 1 to 15 decimal digits.
+bool LoopCommentValue(const char* text, std::size_t length, const char* key, std::int64_t& out);
 
 // Ogg Vorbis through libvorbisfile (the reference decoder). The length is
 // ov_pcm_total's, over the links that share the first link's rate and channels.
