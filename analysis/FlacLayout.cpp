@@ -283,9 +283,9 @@ std::int64_t FindFlacStreamLength(WaveByteSource& bytes, const FlacLayout& layou
     return -1;
 }
 
-VorbisLoop ReadFlacCommentLoop(WaveByteSource& bytes, const FlacLayout& layout)
+CommentLoop ReadFlacCommentLoop(WaveByteSource& bytes, const FlacLayout& layout)
 {
-    VorbisLoop loop;
+    CommentLoop loop;
     if (layout.commentBody < 0)
         return loop;
     const std::int64_t end = layout.commentBody + layout.commentBytes;

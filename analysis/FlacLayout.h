@@ -1,6 +1,6 @@
 #pragma once
 
-#include "OggSoundSource.h"
+#include "CommentLoop.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -68,4 +68,4 @@ std::int64_t FindFlacStreamLength(WaveByteSource& bytes, const FlacLayout& layou
 // frames); none when either is missing or malformed. Only the first
 // kMaxFlacLoopComments comments are looked at, a few bytes of each.
 inline constexpr std::uint32_t kMaxFlacLoopComments = 4096;
-VorbisLoop ReadFlacCommentLoop(WaveByteSource& bytes, const FlacLayout& layout);
+CommentLoop ReadFlacCommentLoop(WaveByteSource& bytes, const FlacLayout& layout);

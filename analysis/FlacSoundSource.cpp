@@ -198,7 +198,7 @@ bool FlacSoundSource::openBytes(std::unique_ptr<WaveByteSource> bytes)
         return fail(kErrorFlacHeaderDamaged);
     setProperties(std::int32_t(m_layout.info.sampleRate), std::int32_t(m_layout.info.channels),
                   length);
-    const VorbisLoop loop = ReadFlacCommentLoop(*m_bytes, m_layout);
+    const CommentLoop loop = ReadFlacCommentLoop(*m_bytes, m_layout);
     if (loop.start < std::min(loop.end, length))
         setLoop(loop.start, std::min(loop.end, length));
     return true;

@@ -318,7 +318,7 @@ bool OggSoundSource::openBytes(std::unique_ptr<WaveByteSource> bytes, bool walkP
                   !walkPages  ? -1
                   : total > 0 ? static_cast<std::int64_t>(total)
                               : 0);
-    const VorbisLoop loop = VorbisCommentLoop(ov_comment(m_file.get(), 0));
+    const CommentLoop loop = VorbisCommentLoop(ov_comment(m_file.get(), 0));
     const std::int64_t loopEnd = walkPages ? std::min(loop.end, frames()) : loop.end;
     if (loop.start < loopEnd)
         setLoop(loop.start, loopEnd);
@@ -421,29 +421,9 @@ bool OggSoundSource::reopen(bool walkPages)
     return bytes && openBytes(std::move(bytes), walkPages);
 }
 
-bool LoopCommentValue(const char* text, std::size_t length, const char* key, std::int64_t& out)
+CommentLoop VorbisCommentLoop(const vorbis_comment* comment)
 {
-    // Decimal frame counts, as the game engines that use these tags write them.
-    const std::size_t keyLength = std::strlen(key);
-    if (!text || length <= keyLength || !std::equal(key, key + keyLength, text, [](char a, char b) {
-            return a == (b >= 'a' && b <= 'z' ? char(b - 'a' + 'A') : b);
-        }))
-        return false;
-    if (length - keyLength > 15)
-        return false;
-    std::int64_t v = 0;
-    for (std::size_t at = keyLength; at < length; ++at) {
-        if (text[at] < '0' || text[at] > '9')
-            return false;
-        v = v * 10 + (text[at] - '0');
-    }
-    out = v;
-    return true;
-}
-
-VorbisLoop VorbisCommentLoop(const vorbis_comment* comment)
-{
-    VorbisLoop loop;
+    CommentLoop loop;
     if (!comment || comment->comments <= 0 || !comment->user_comments || !comment->comment_lengths)
         return loop;
     std::int64_t start = -1;

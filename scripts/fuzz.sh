@@ -24,7 +24,7 @@ sanitize=(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=unde
 analysis=(WaveByteSource WaveChunkSupport RiffChunkParser FormChunkParser WaveHeaderReader
           LoudnessMeter LoudnessFileDriver WaveformPlot WaveFileAnalysis PlotBuilder
           WaveSoundSource Mp3FrameScanner Mp3SoundSource OggSoundSource CompressedFileAnalysis
-          FlacLayout FlacSoundSource FlacFileAnalysis IntegerFrameAnalysis SoundSource)
+          FlacLayout FlacSoundSource FlacFileAnalysis IntegerFrameAnalysis SoundSource CommentLoop)
 objects=()
 for s in "${analysis[@]}"; do
     o="$out/obj/$s.o"
@@ -62,7 +62,7 @@ link ogg "$root/analysis/fuzz/OggFuzzer.cpp" "${objects[@]}" "${decoders[@]}"
 link flac "$root/analysis/fuzz/FlacFuzzer.cpp" "${objects[@]}" "${decoders[@]}"
 link csv "$root/sortspec/fuzz/SortCsvFuzzer.cpp" "$csv_o"
 link metadata "$root/analysis/fuzz/MetadataFuzzer.cpp" "${metadata_objects[@]}" \
-    "$out/obj/WaveByteSource.o" "$out/obj/FlacLayout.o" $taglib_libs
+    "$out/obj/WaveByteSource.o" "$out/obj/FlacLayout.o" "$out/obj/CommentLoop.o" $taglib_libs
 
 # Seeds: files the tests' builders write, and MP3/Ogg encoded from one of them.
 clang++ -std=c++17 -O1 -fPIC -I"$root/testkit" $qt_cflags \
