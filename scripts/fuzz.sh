@@ -25,10 +25,14 @@ analysis=(WaveByteSource WaveChunkSupport RiffChunkParser FormChunkParser WaveHe
           LoudnessMeter LoudnessFileDriver WaveformPlot WaveFileAnalysis PlotBuilder
           WaveSoundSource Mp3FrameScanner Mp3SoundSource OggSoundSource CompressedFileAnalysis
           FlacLayout FlacSoundSource FlacFileAnalysis IntegerFrameAnalysis SoundSource CommentLoop)
+# An object older than any header is built again: a class whose layout changed
+# would otherwise meet code compiled against the old one.
+newest_header=$(ls -t "$root"/analysis/*.h | head -n 1)
+stale() { [ ! -f "$1" ] || [ "$2" -nt "$1" ] || [ "$newest_header" -nt "$1" ]; }
 objects=()
 for s in "${analysis[@]}"; do
     o="$out/obj/$s.o"
-    if [ ! -f "$o" ] || [ "$root/analysis/$s.cpp" -nt "$o" ] || [ "$root/analysis/$s.h" -nt "$o" ]; then
+    if stale "$o" "$root/analysis/$s.cpp"; then
         "${cxx[@]}" "${flags[@]}" "${sanitize[@]}" -c "$root/analysis/$s.cpp" -o "$o"
     fi
     objects+=("$o")
@@ -41,7 +45,7 @@ metadata=(FileMetadata MetadataText WaveMetadataChunks IxmlChunkParser WaveMetad
 metadata_objects=()
 for s in "${metadata[@]}"; do
     o="$out/obj/$s.o"
-    if [ ! -f "$o" ] || [ "$root/analysis/$s.cpp" -nt "$o" ] || [ "$root/analysis/$s.h" -nt "$o" ]; then
+    if stale "$o" "$root/analysis/$s.cpp"; then
         "${cxx[@]}" "${flags[@]}" $taglib_cflags "${sanitize[@]}" -c "$root/analysis/$s.cpp" -o "$o"
     fi
     metadata_objects+=("$o")
