@@ -16,6 +16,11 @@ inline constexpr const char* kErrorNotVorbis =
     QT_TRANSLATE_NOOP("AnalysisError", "Not Ogg Vorbis data.");
 inline constexpr const char* kErrorVorbisHeaderDamaged =
     QT_TRANSLATE_NOOP("AnalysisError", "The Ogg Vorbis header is damaged or too large.");
+inline constexpr const char* kErrorNotFlac = QT_TRANSLATE_NOOP("AnalysisError", "Not FLAC data.");
+inline constexpr const char* kErrorFlacHeaderDamaged =
+    QT_TRANSLATE_NOOP("AnalysisError", "The FLAC header is damaged.");
+inline constexpr const char* kErrorFlacFramesDamaged =
+    QT_TRANSLATE_NOOP("AnalysisError", "The FLAC audio frames are damaged or cut short.");
 inline constexpr const char* kErrorCannotOpen =
     QT_TRANSLATE_NOOP("AnalysisError", "The file cannot be opened.");
 inline constexpr const char* kErrorNotFound =

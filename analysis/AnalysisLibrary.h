@@ -10,7 +10,7 @@
 
 // Raised whenever the analysis changes what it computes: rows written by
 // another analysis version count as missing and are analysed again.
-inline constexpr int kAnalysisVersion = 3;
+inline constexpr int kAnalysisVersion = 4;
 
 // What the library keeps for one file: the record is valid while the file's
 // stamp is unchanged.

@@ -2,8 +2,8 @@
 
 class QString;
 
-// The one test of which files Tesk lists and opens: "wav", "aif", "aiff", "mp3"
-// and "ogg", compared lower-cased. Used by the list worker, the command line
+// The one test of which files Tesk lists and opens: "wav", "aif", "aiff", "mp3",
+// "ogg" and "flac", compared lower-cased. Used by the list worker, the command line
 // and every drop target.
 bool IsSupportedAudioSuffix(const QString& suffix);
 

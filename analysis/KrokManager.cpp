@@ -6,6 +6,7 @@
 #include "AnalysisStop.h"
 #include "CompressedFileAnalysis.h"
 #include "FileMetadataReader.h"
+#include "FlacFileAnalysis.h"
 #include "LoudnessMeter.h"
 #include "PreviewPlayer.h"
 #include "WaveFileAnalysis.h"
@@ -549,6 +550,8 @@ void AnalyzeAudioFile(const QString& path, AudioFileInfo& info, bool multiPlotWa
         analyze = AnalyzeMp3File;
     else if (suffix == QLatin1String("ogg"))
         analyze = AnalyzeVorbisFile;
+    else if (suffix == QLatin1String("flac"))
+        analyze = AnalyzeFlacFile;
 
     const std::string key = path.toStdString();
     for (int attempt = 0; attempt < kAnalysisAttempts; ++attempt) {

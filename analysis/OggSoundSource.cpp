@@ -318,7 +318,7 @@ bool OggSoundSource::openBytes(std::unique_ptr<WaveByteSource> bytes, bool walkP
                   !walkPages  ? -1
                   : total > 0 ? static_cast<std::int64_t>(total)
                               : 0);
-    const VorbisLoop loop = VorbisCommentLoop(ov_comment(m_file.get(), 0));
+    const CommentLoop loop = VorbisCommentLoop(ov_comment(m_file.get(), 0));
     const std::int64_t loopEnd = walkPages ? std::min(loop.end, frames()) : loop.end;
     if (loop.start < loopEnd)
         setLoop(loop.start, loopEnd);
@@ -421,37 +421,22 @@ bool OggSoundSource::reopen(bool walkPages)
     return bytes && openBytes(std::move(bytes), walkPages);
 }
 
-VorbisLoop VorbisCommentLoop(const vorbis_comment* comment)
+CommentLoop VorbisCommentLoop(const vorbis_comment* comment)
 {
-    VorbisLoop loop;
+    CommentLoop loop;
     if (!comment || comment->comments <= 0 || !comment->user_comments || !comment->comment_lengths)
         return loop;
-    // Decimal frame counts, as the game engines that use these tags write them.
-    const auto value = [comment](const char* key, std::int64_t& out) {
-        const std::size_t keyLength = std::strlen(key);
-        for (int i = 0; i < comment->comments; ++i) {
-            const char* text = comment->user_comments[i];
-            const int length = comment->comment_lengths[i];
-            if (!text || length <= int(keyLength) ||
-                !std::equal(key, key + keyLength, text, [](char a, char b) {
-                    return a == (b >= 'a' && b <= 'z' ? char(b - 'a' + 'A') : b);
-                }))
-                continue;
-            std::int64_t v = 0;
-            int digits = 0;
-            for (int at = int(keyLength); at < length; ++at, ++digits) {
-                if (text[at] < '0' || text[at] > '9' || digits >= 15)
-                    return false;
-                v = v * 10 + (text[at] - '0');
-            }
-            out = v;
-            return digits > 0;
-        }
-        return false;
-    };
-    std::int64_t start = 0;
+    std::int64_t start = -1;
     std::int64_t length = 0;
-    if (value("LOOPSTART=", start) && value("LOOPLENGTH=", length) && length > 0) {
+    for (int i = 0; i < comment->comments; ++i) {
+        const char* text = comment->user_comments[i];
+        const auto n = static_cast<std::size_t>(std::max(comment->comment_lengths[i], 0));
+        if (start < 0)
+            LoopCommentValue(text, n, "LOOPSTART=", start);
+        if (length <= 0)
+            LoopCommentValue(text, n, "LOOPLENGTH=", length);
+    }
+    if (start >= 0 && length > 0) {
         loop.start = start;
         loop.end = start + length;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CommentLoop.h"
 #include "SoundSource.h"
 
 #include <memory>
@@ -26,15 +27,8 @@ void VorbisKbps(const VorbisHeaderBitRates& rates, std::int32_t& minKbps, std::i
 // no lying length makes anyone allocate. Empty when fine, else the reason.
 std::string CheckVorbisHeaders(WaveByteSource& bytes);
 
-// The loop a file's comments state the way game engines read them: LOOPSTART
-// (the first frame) and LOOPLENGTH (frames), both decimal. None when either is
-// missing or malformed.
-struct VorbisLoop
-{
-    std::int64_t start = 0;
-    std::int64_t end = 0; // exclusive
-};
-VorbisLoop VorbisCommentLoop(const vorbis_comment* comment);
+// The loop a file's comments state (CommentLoop.h).
+CommentLoop VorbisCommentLoop(const vorbis_comment* comment);
 
 // Ogg Vorbis through libvorbisfile (the reference decoder). The length is
 // ov_pcm_total's, over the links that share the first link's rate and channels.

@@ -126,14 +126,27 @@ void FloatPlotBuilder::finish(PlotPoint* mixed, PlotPoint* multi) const
 WavePlotBuilder::WavePlotBuilder(const WaveHeaderHandle& h, bool multi)
     : m_multi(multi)
 {
-    if ((h.formatIndex != 1 && h.formatIndex != 2) || h.channels <= 0 ||
-        h.channels > kMaxPlotChannels || h.samples < 0)
+    if (h.formatIndex == 1 || h.formatIndex == 2)
+        setUp(h.samples, h.samplingRate, h.channels,
+              h.coding == WaveSampleCoding::Integer && h.bytesPerSample == 2 &&
+                  h.blockAlign == 2 * h.channels);
+}
+
+WavePlotBuilder::WavePlotBuilder(int samples, int samplingRate, int channels, int bitsPerSample,
+                                 bool multi)
+    : m_multi(multi)
+{
+    setUp(samples, samplingRate, channels, (bitsPerSample + 7) / 8 == 2);
+}
+
+void WavePlotBuilder::setUp(int samples, int samplingRate, int channels, bool highByte)
+{
+    if (channels <= 0 || channels > kMaxPlotChannels || samples < 0)
         return;
-    m_g = ComputePlotGeometry(h.samples, h.samplingRate);
-    m_channels = h.channels;
-    m_highByte = h.coding == WaveSampleCoding::Integer && h.bytesPerSample == 2 &&
-                 h.blockAlign == 2 * h.channels;
-    m_highByteMixed = m_highByte && h.channels <= 2;
+    m_g = ComputePlotGeometry(samples, samplingRate);
+    m_channels = channels;
+    m_highByte = highByte;
+    m_highByteMixed = m_highByte && channels <= 2;
     const auto points = std::size_t(std::max(m_g.points, 0));
     m_mixedMax.assign(points, m_highByteMixed ? -128 : -32768);
     m_mixedMin.assign(points, m_highByteMixed ? 127 : 32767);

@@ -34,7 +34,7 @@ private:
     std::vector<float> m_min;
 };
 
-// WAV/AIFF frames as the reader's left-justified 32-bit values. 16-bit data
+// WAV/AIFF (and FLAC) frames as left-justified 32-bit values. 16-bit data
 // is plotted from the high byte of each sample; other depths from 16-bit
 // values (mixed: the first two channels averaged) or the full 32 bits (per
 // channel). Files that are not WAV or AIFF, or have more than 8 channels, plot
@@ -43,12 +43,17 @@ class WavePlotBuilder final
 {
 public:
     WavePlotBuilder(const WaveHeaderHandle& header, bool multi);
+    // Integer PCM of `bitsPerSample` (FLAC), plotted as the same samples in a
+    // WAV file of the smallest whole-byte container would be.
+    WavePlotBuilder(int samples, int samplingRate, int channels, int bitsPerSample, bool multi);
     bool active() const { return m_g.points > 0; }
     void feed(const std::int32_t* interleaved, std::int64_t first, std::int64_t frames);
     void finish(PlotPoint* mixed, PlotPoint* multi) const;
     const PlotGeometry& geometry() const { return m_g; }
 
 private:
+    void setUp(int samples, int samplingRate, int channels, bool highByte);
+
     PlotGeometry m_g;
     int m_channels = 0;
     bool m_multi = false;

@@ -1,5 +1,6 @@
 #include "SoundSource.h"
 
+#include "FlacSoundSource.h"
 #include "Mp3SoundSource.h"
 #include "OggSoundSource.h"
 #include "WaveSoundSource.h"
@@ -12,5 +13,7 @@ std::unique_ptr<SoundSource> SoundSource::forSuffix(const std::string& suffix)
         return std::make_unique<Mp3SoundSource>();
     if (suffix == "ogg")
         return std::make_unique<OggSoundSource>();
+    if (suffix == "flac")
+        return std::make_unique<FlacSoundSource>();
     return nullptr;
 }

@@ -52,7 +52,7 @@ public:
     // must outlive the source.
     void setCancelFlag(const std::atomic<bool>* cancel) { m_cancel = cancel; }
 
-    // The source for a lower-cased suffix ("wav", "aif", "aiff", "mp3", "ogg");
+    // The source for a lower-cased suffix ("wav", "aif", "aiff", "mp3", "ogg", "flac");
     // nullptr for any other.
     static std::unique_ptr<SoundSource> forSuffix(const std::string& suffix);
 

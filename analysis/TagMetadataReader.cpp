@@ -1,6 +1,8 @@
 #include "TagMetadataReader.h"
 
+#include "FlacLayout.h"
 #include "MetadataText.h"
+#include "WaveByteSource.h"
 
 #include <flacfile.h>
 #include <id3v1tag.h>
@@ -14,6 +16,8 @@
 #include <xiphcomment.h>
 
 #include <cstdio>
+#include <cstring>
+#include <memory>
 #include <mutex>
 
 namespace {
@@ -21,6 +25,9 @@ namespace {
 // An ID3v2 tag this large holds pictures, not descriptions: it is passed
 // over (its ID3v1 tag is still read) so that memory stays bounded.
 constexpr unsigned long kMaxId3v2Bytes = 16ul << 20;
+
+// As for Ogg Vorbis: a comment block past this holds no descriptions.
+constexpr std::uint32_t kMaxFlacCommentBytes = 8u << 20;
 
 struct Mapping
 {
@@ -141,12 +148,45 @@ FileMetadataPtr read(TagLib::IOStream& stream, TagContainer container)
     return ShareMetadata(std::move(metadata));
 }
 
+// TagLib reads every metadata block of a FLAC file whole, pictures and all;
+// it is handed a copy of the file's head holding only STREAMINFO and the
+// comment block. Null when the file has no comments or is not FLAC.
+std::unique_ptr<TagLib::ByteVectorStream> flacComments(WaveByteSource* bytes)
+{
+    FlacLayout layout;
+    if (!bytes || ReadFlacLayout(*bytes, layout) || layout.commentBody < 0 ||
+        layout.commentBytes > kMaxFlacCommentBytes)
+        return nullptr;
+    // "fLaC", STREAMINFO (not last), the comment block (last).
+    const std::uint32_t length = layout.commentBytes;
+    TagLib::ByteVector head(4 + 4 + 34 + 4 + length, 0);
+    char* p = head.data();
+    std::memcpy(p, "fLaC", 4);
+    p[7] = 34;
+    p[42] = char(0x84);
+    p[43] = char(length >> 16);
+    p[44] = char(length >> 8);
+    p[45] = char(length);
+    if (!bytes->readExact(layout.streamInfoBody, p + 8, 34) ||
+        !bytes->readExact(layout.commentBody, p + 46, length))
+        return nullptr;
+    return std::make_unique<TagLib::ByteVectorStream>(head);
+}
+
+FileMetadataPtr readFlac(std::unique_ptr<WaveByteSource> bytes)
+{
+    const std::unique_ptr<TagLib::ByteVectorStream> stream = flacComments(bytes.get());
+    return stream ? read(*stream, TagContainer::Flac) : nullptr;
+}
+
 } // namespace
 
 FileMetadataPtr ReadTagMetadataFile(const char* localPath, TagContainer container)
 {
     if (!localPath)
         return nullptr;
+    if (container == TagContainer::Flac)
+        return readFlac(WaveByteSource::openFile(localPath));
     TagLib::FileStream stream(localPath, true);
     if (!stream.isOpen())
         return nullptr;
@@ -158,6 +198,8 @@ FileMetadataPtr ReadTagMetadataFromMemory(const void* data, std::size_t size,
 {
     if (!data || size == 0 || size > 0x7FFFFFFFu)
         return nullptr;
+    if (container == TagContainer::Flac)
+        return readFlac(WaveByteSource::fromMemory(data, size));
     TagLib::ByteVectorStream stream(
         TagLib::ByteVector(static_cast<const char*>(data), static_cast<unsigned int>(size)));
     return read(stream, container);

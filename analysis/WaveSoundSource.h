@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SoundSource.h"
+#include "IntegerFrameSource.h"
 #include "WaveHeaderReader.h"
 
 #include <vector>
@@ -8,7 +8,7 @@
 // WAV, AIFF and CAF through our chunk reader. Besides float frames it hands out
 // the reader's left-justified 32-bit values, which the waveform plot of these
 // formats is defined on, and the header the record is filled from.
-class WaveSoundSource final : public SoundSource
+class WaveSoundSource final : public IntegerFrameSource
 {
 public:
     WaveSoundSource() = default;
@@ -21,8 +21,7 @@ public:
     bool seek(std::int64_t frame) override;
     void close() override;
 
-    // Left-justified signed 32-bit values, channels x frames.
-    std::int64_t readLeftJustified(std::int32_t* interleaved, std::int64_t frames);
+    std::int64_t readLeftJustified(std::int32_t* interleaved, std::int64_t frames) override;
     // Passes over `frames` frames.
     bool skip(std::int64_t frames);
 

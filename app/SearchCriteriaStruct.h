@@ -24,12 +24,14 @@ struct SearchCriteriaStruct
         FormatAiff = 1u << 1,
         FormatMp3 = 1u << 2,
         FormatOgg = 1u << 3,
+        FormatFlac = 1u << 4,
         FormatError = 1u << 28,
     };
 
     QString name;
     bool useDetail = false;
-    std::uint32_t formatMask = FormatWav | FormatAiff | FormatMp3 | FormatOgg | FormatError;
+    std::uint32_t formatMask =
+        FormatWav | FormatAiff | FormatMp3 | FormatOgg | FormatFlac | FormatError;
     bool useRate = false;
     std::int32_t rate = 48000;
     std::int32_t rateMode = GreaterOrEqual;

@@ -9,7 +9,7 @@ set_name=${1:-build}
 build_pkgs=(
     cmake g++ make pkg-config ccache
     qtbase5-dev qttools5-dev qttools5-dev-tools libqt5sql5-sqlite libqt5sql5-psql
-    libmpg123-dev libvorbis-dev libsdl2-dev libsamplerate0-dev libtag1-dev
+    libmpg123-dev libvorbis-dev libflac-dev libsdl2-dev libsamplerate0-dev libtag1-dev
 )
 test_pkgs=(
     clang libclang-rt-14-dev

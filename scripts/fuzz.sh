@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds the libFuzzer targets with clang (AddressSanitizer and
 # UndefinedBehaviorSanitizer) and runs each for SECONDS (default 20).
-# Usage: scripts/fuzz.sh [SECONDS] [TARGET...]   targets: wave mp3 ogg csv metadata (default all)
+# Usage: scripts/fuzz.sh [SECONDS] [TARGET...]   targets: wave mp3 ogg flac csv metadata (default all)
 # Each corpus grows in build/fuzz/corpus/TARGET and is kept between runs; the
 # committed regression inputs (tests/fuzz/regressions/TARGET) seed every run.
 # A crash leaves build/fuzz/crash-TARGET-*; add it to the regression folder.
@@ -10,7 +10,7 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 seconds=${1:-20}
 shift || true
 targets=("$@")
-[ ${#targets[@]} -eq 0 ] && targets=(wave mp3 ogg csv metadata)
+[ ${#targets[@]} -eq 0 ] && targets=(wave mp3 ogg flac csv metadata)
 out="$root/build/fuzz"
 mkdir -p "$out/obj"
 
@@ -24,11 +24,16 @@ sanitize=(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=unde
 analysis=(WaveByteSource WaveChunkSupport RiffChunkParser FormChunkParser WaveHeaderReader
           LoudnessMeter LoudnessFileDriver WaveformPlot WaveFileAnalysis PlotBuilder
           WaveSoundSource Mp3FrameScanner Mp3SoundSource OggSoundSource CompressedFileAnalysis
-          SoundSource AnalysisStop SharedText AudioFileInfo)
+          FlacLayout FlacSoundSource FlacFileAnalysis IntegerFrameAnalysis SoundSource CommentLoop
+          AnalysisStop SharedText AudioFileInfo)
+# An object older than any header is built again: a class whose layout changed
+# would otherwise meet code compiled against the old one.
+newest_header=$(ls -t "$root"/analysis/*.h | head -n 1)
+stale() { [ ! -f "$1" ] || [ "$2" -nt "$1" ] || [ "$newest_header" -nt "$1" ]; }
 objects=()
 for s in "${analysis[@]}"; do
     o="$out/obj/$s.o"
-    if [ ! -f "$o" ] || [ "$root/analysis/$s.cpp" -nt "$o" ] || [ "$root/analysis/$s.h" -nt "$o" ]; then
+    if stale "$o" "$root/analysis/$s.cpp"; then
         "${cxx[@]}" "${flags[@]}" "${sanitize[@]}" -c "$root/analysis/$s.cpp" -o "$o"
     fi
     objects+=("$o")
@@ -41,7 +46,7 @@ metadata=(FileMetadata MetadataText WaveMetadataChunks IxmlChunkParser WaveMetad
 metadata_objects=()
 for s in "${metadata[@]}"; do
     o="$out/obj/$s.o"
-    if [ ! -f "$o" ] || [ "$root/analysis/$s.cpp" -nt "$o" ] || [ "$root/analysis/$s.h" -nt "$o" ]; then
+    if stale "$o" "$root/analysis/$s.cpp"; then
         "${cxx[@]}" "${flags[@]}" $taglib_cflags "${sanitize[@]}" -c "$root/analysis/$s.cpp" -o "$o"
     fi
     metadata_objects+=("$o")
@@ -55,12 +60,14 @@ link() { # name source objects... libs...
     "${cxx[@]}" "${flags[@]}" -fsanitize=fuzzer,address,undefined -fno-sanitize-recover=undefined \
         "$source" "$@" $qt_libs -o "$out/${name}_fuzzer"
 }
-link wave "$root/analysis/fuzz/WaveHeaderFuzzer.cpp" "${objects[@]}" -lmpg123 -lvorbisfile
-link mp3 "$root/analysis/fuzz/Mp3Fuzzer.cpp" "${objects[@]}" -lmpg123 -lvorbisfile
-link ogg "$root/analysis/fuzz/OggFuzzer.cpp" "${objects[@]}" -lmpg123 -lvorbisfile
+decoders=(-lmpg123 -lvorbisfile -lFLAC)
+link wave "$root/analysis/fuzz/WaveHeaderFuzzer.cpp" "${objects[@]}" "${decoders[@]}"
+link mp3 "$root/analysis/fuzz/Mp3Fuzzer.cpp" "${objects[@]}" "${decoders[@]}"
+link ogg "$root/analysis/fuzz/OggFuzzer.cpp" "${objects[@]}" "${decoders[@]}"
+link flac "$root/analysis/fuzz/FlacFuzzer.cpp" "${objects[@]}" "${decoders[@]}"
 link csv "$root/sortspec/fuzz/SortCsvFuzzer.cpp" "$csv_o"
 link metadata "$root/analysis/fuzz/MetadataFuzzer.cpp" "${metadata_objects[@]}" \
-    "$out/obj/WaveByteSource.o" $taglib_libs
+    "$out/obj/WaveByteSource.o" "$out/obj/FlacLayout.o" "$out/obj/CommentLoop.o" $taglib_libs
 
 # Seeds: files the tests' builders write, and MP3/Ogg encoded from one of them.
 clang++ -std=c++17 -O1 -fPIC -I"$root/testkit" $qt_cflags \
@@ -71,7 +78,7 @@ clang++ -std=c++17 -O1 -fPIC -I"$root/testkit" $qt_cflags \
     $qt_libs -o "$out/make_metadata_seeds"
 seeds="$out/seeds"
 rm -rf "$seeds"
-mkdir -p "$seeds"/{wave,mp3,ogg,csv,metadata}
+mkdir -p "$seeds"/{wave,mp3,ogg,flac,csv,metadata}
 "$out/make_fuzz_seeds" "$seeds"
 "$out/make_metadata_seeds" "$seeds/metadata"
 if command -v lame >/dev/null && command -v oggenc >/dev/null; then
@@ -80,6 +87,18 @@ if command -v lame >/dev/null && command -v oggenc >/dev/null; then
     lame --quiet -t -b 8 --resample 8 "$seeds/wave/short-tone.wav" "$seeds/mp3/mpeg25-notag.mp3"
     oggenc --quiet -q 0 -o "$seeds/ogg/q0.ogg" "$seeds/wave/short-tone.wav"
     oggenc --quiet -q 0 --resample 8000 -o "$seeds/ogg/8k.ogg" "$seeds/wave/short-tone.wav"
+fi
+if command -v flac >/dev/null; then
+    # Small blocks keep several frames inside the fuzzer's length limit; one
+    # seed goes through a pipe (no length in STREAMINFO); 8, 16 and 24 bits.
+    tone="$seeds/wave/short-tone.wav"
+    flac -s -f -b 192 --no-padding -o "$seeds/flac/tone.flac" "$tone"
+    flac -s -f -b 576 --no-padding -c "$tone" > "$seeds/flac/piped.flac" 2>/dev/null
+    flac -s -f -b 192 --no-padding --no-seektable -o "$seeds/flac/mono8.flac" \
+        "$seeds/wave/mono8.wav"
+    flac -s -f -b 1152 --no-padding -o "$seeds/flac/ext24.flac" "$seeds/wave/ext24.wav"
+    flac -s -f -b 192 --no-padding -o "$seeds/flac/stereo16.flac" "$seeds/wave/stereo16.wav" \
+        2>/dev/null
 fi
 
 status=0

@@ -26,6 +26,9 @@ std::uint32_t formatBit(std::string format)
     if (format == "ogg" || format == "vorbis") {
         return SearchCriteriaStruct::FormatOgg;
     }
+    if (format == "flac") {
+        return SearchCriteriaStruct::FormatFlac;
+    }
     if (format == "error" || format.empty()) {
         return SearchCriteriaStruct::FormatError;
     }

@@ -142,7 +142,7 @@ void WidgetRootPath::submitTypedPath()
         break;
     case RootRequest::NotAudio:
         emit SigStatusMessage(
-            tr("\"%1\" is neither a folder nor a WAV, AIFF, MP3 or Ogg Vorbis file.")
+            tr("\"%1\" is neither a folder nor a WAV, AIFF, MP3, Ogg Vorbis or FLAC file.")
                 .arg(typed.trimmed()));
         break;
     default:

@@ -13,9 +13,9 @@
 namespace {
 
 constexpr std::uint32_t kFormatBits[subFormSearch::kFormatBoxCount] = {
-    SearchCriteriaStruct::FormatWav, SearchCriteriaStruct::FormatAiff,
-    SearchCriteriaStruct::FormatMp3, SearchCriteriaStruct::FormatOgg,
-    SearchCriteriaStruct::FormatError};
+    SearchCriteriaStruct::FormatWav,  SearchCriteriaStruct::FormatAiff,
+    SearchCriteriaStruct::FormatMp3,  SearchCriteriaStruct::FormatOgg,
+    SearchCriteriaStruct::FormatFlac, SearchCriteriaStruct::FormatError};
 
 QSpinBox* makeSpin(QWidget* parent, int low, int high, int value)
 {
@@ -65,9 +65,9 @@ subFormSearch::subFormSearch(const SearchCriteriaStruct& initial, QWidget* paren
 
     auto* formatGroup = new QGroupBox(tr("Format"), groupDetail);
     auto* formatLayout = new QHBoxLayout(formatGroup);
-    const QString formatTexts[kFormatBoxCount] = {QStringLiteral("WAV"), QStringLiteral("AIFF"),
-                                                  QStringLiteral("MP3"),
-                                                  QStringLiteral("OGG Vorbis"), tr("Error")};
+    const QString formatTexts[kFormatBoxCount] = {
+        QStringLiteral("WAV"),        QStringLiteral("AIFF"), QStringLiteral("MP3"),
+        QStringLiteral("OGG Vorbis"), QStringLiteral("FLAC"), tr("Error")};
     for (int i = 0; i < kFormatBoxCount; ++i) {
         formatBoxes[i] = new QCheckBox(formatTexts[i], formatGroup);
         formatBoxes[i]->setChecked((criteria.formatMask & kFormatBits[i]) != 0);

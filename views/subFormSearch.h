@@ -39,7 +39,7 @@ public:
     QSpinBox* millisecondsSpin() const { return spinMilliseconds; }
     QComboBox* timeModeChoice() const { return comboTimeMode; }
 
-    static constexpr int kFormatBoxCount = 5;
+    static constexpr int kFormatBoxCount = 6;
 
 public slots:
     void SlotOKPushed();

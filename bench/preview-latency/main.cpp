@@ -1,10 +1,10 @@
 // Time from a play request to the first mixed frame of the file, the memory a
 // preview takes, and the share of one core the device callback takes while
-// playing. WAV, MP3 and Ogg Vorbis files of 3 s, 3 min and 30 min play the way
-// they play now (WAV from memory below the size limit and streamed from disk
-// above it; MP3 and Ogg streamed from their decoders on the engine's worker)
-// and, side by side, the way they played before (the whole WAV file read at
-// the request; MP3 and Ogg decoded whole to float before the first sound).
+// playing. WAV, MP3, Ogg Vorbis and FLAC files of 3 s, 3 min and 30 min play
+// the way they play now (WAV from memory below the size limit and streamed
+// from disk above it; the others streamed from their decoders on the engine's
+// worker) and, side by side, the way they played before (the whole WAV file
+// read at the request; the others decoded whole to float before the first sound).
 //
 // Runs on SDL's dummy driver unless SDL_AUDIODRIVER says otherwise (the dummy
 // driver paces the callback like a card, so the wait for the next callback is
@@ -12,6 +12,7 @@
 // is browsing. Usage: preview-latency [repeats]
 
 #include "AudioEngine.h"
+#include "FlacEncoding.h"
 #include "LumoManager.h"
 #include "PcmDecoding.h"
 #include "SoundSource.h"
@@ -256,6 +257,8 @@ Row beforeRow(const QString& path, bool wave, int repeats)
 
 bool encode(const QString& wav, const QString& out)
 {
+    if (out.endsWith(QLatin1String(".flac")))
+        return fixtures::encodeFlac(wav, out);
     if (out.endsWith(QLatin1String(".mp3")))
         return QProcess::execute(QStringLiteral("lame"),
                                  {QStringLiteral("--quiet"), QStringLiteral("-b"),
@@ -297,11 +300,12 @@ int main(int argc, char** argv)
                           !QStandardPaths::findExecutable(QStringLiteral("oggenc")).isEmpty();
 
     QTemporaryDir dir;
-    std::printf("Tesk preview latency, SDL driver \"%s\", %d repeats (the whole-file decode of\n"
-                "a 30 min file: 2), 44.1 kHz stereo music (MP3 192 kbps, Ogg quality 5), page\n"
-                "cache warm. Request to first sound in ms (median / max); peak memory added\n"
-                "while starting and playing 300 ms.\n\n",
-                qgetenv("SDL_AUDIODRIVER").constData(), repeats);
+    std::printf(
+        "Tesk preview latency, SDL driver \"%s\", %d repeats (the whole-file decode of\n"
+        "a 30 min file: 2), 44.1 kHz stereo music (MP3 192 kbps, Ogg quality 5, FLAC -5), page\n"
+        "cache warm. Request to first sound in ms (median / max); peak memory added\n"
+        "while starting and playing 300 ms.\n\n",
+        qgetenv("SDL_AUDIODRIVER").constData(), repeats);
     std::printf("  %-4s %-6s %10s | %-15s | %-15s | %10s | %-19s | %s\n", "", "length", "size",
                 "now: start", "seek to middle", "now: peak", "before: whole file", "before: peak");
 
@@ -332,7 +336,7 @@ int main(int argc, char** argv)
             QFile::remove(wav);
             continue;
         }
-        for (const char* suffix : {"mp3", "ogg"}) {
+        for (const char* suffix : {"mp3", "ogg", "flac"}) {
             const QString coded = dir.filePath(
                 QStringLiteral("music-%1s.%2").arg(l.seconds).arg(QLatin1String(suffix)));
             if (!encode(wav, coded)) {
@@ -340,8 +344,11 @@ int main(int argc, char** argv)
                 continue;
             }
             warm(coded);
-            printRow(suffix[0] == 'm' ? "MP3" : "Ogg", l.label, coded,
-                     nowRow(coded, middleMs, repeats), beforeRow(coded, false, l.beforeRepeats));
+            printRow(suffix[0] == 'm'   ? "MP3"
+                     : suffix[0] == 'o' ? "Ogg"
+                                        : "FLAC",
+                     l.label, coded, nowRow(coded, middleMs, repeats),
+                     beforeRow(coded, false, l.beforeRepeats));
             if (l.seconds == 180)
                 (suffix[0] == 'm' ? mp3Three : oggThree) = coded;
         }

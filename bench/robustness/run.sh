@@ -1,31 +1,49 @@
 #!/usr/bin/env bash
 # Robustness figures in one run: peak memory of analysing one long file (a
-# 30-minute 48 kHz stereo WAV, the same as MP3 and Ogg Vorbis, a 4 GB sparse
-# WAV) with tesk-scan beside bs1770gain and loudgain on the same file; the
+# 30-minute 48 kHz stereo WAV, the same as MP3, Ogg Vorbis and FLAC, a 4 GB
+# sparse WAV, a FLAC whose metadata blocks hold 176 MB) with tesk-scan beside
+# bs1770gain and loudgain on the same file; the
 # hostile-folder test's summary; and fuzz executions per target.
 #
 # Usage: bench/robustness/run.sh [FUZZ_SECONDS]   (default 600 per target; 0 skips)
 #
 # Builds tesk-scan, tesk-signalgen and the hostile-folder test in Release under
-# build/bench; makes the long files once in build/bench/robustness (the MP3
-# and Ogg encodes take a few minutes). Needs the bench packages: scripts/deps.sh bench.
+# build/bench; makes the long files once in build/bench/robustness (the MP3,
+# Ogg and FLAC encodes take a few minutes). Needs the bench packages: scripts/deps.sh bench.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/../.." && pwd)
 fuzz_seconds=${1:-600}
 "$root/scripts/deps.sh" bench
 build="$root/build/bench"
-cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release -DTESK_GUI=OFF >/dev/null
+cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release -DTESK_GUI=OFF -DTESK_BUILD_TESTS=ON >/dev/null
 cmake --build "$build" -j2 --target tesk-scan tesk-signalgen tst_hostilefolder >"$build/robustness-build.log" 2>&1 ||
     { echo "build failed, see $build/robustness-build.log" >&2; exit 1; }
 scan="$build/tools/tesk-scan/tesk-scan"
 gen="$build/tests/fixtures/tesk-signalgen"
 work="$build/robustness"
-mkdir -p "$work"/{empty,wav,mp3,ogg,big}
+mkdir -p "$work"/{empty,wav,mp3,ogg,flac,big,flacmeta}
 export XDG_CACHE_HOME="$work/cache"
 
 [ -f "$work/wav/30min.wav" ] || "$gen" "$work/wav/30min.wav" 48000 2 1800 16 music 5
 [ -f "$work/mp3/30min.mp3" ] || lame --quiet -V 2 "$work/wav/30min.wav" "$work/mp3/30min.mp3"
 [ -f "$work/ogg/30min.ogg" ] || oggenc --quiet -q 5 -o "$work/ogg/30min.ogg" "$work/wav/30min.wav"
+[ -f "$work/flac/30min.flac" ] || flac --silent -o "$work/flac/30min.flac" "$work/wav/30min.wav"
+if [ ! -f "$work/flacmeta/blocks.flac" ]; then
+    # A short FLAC behind a seek table of 16 MB (libFLAC always loads one) and
+    # ten 16 MB APPLICATION blocks (TagLib loads every block).
+    "$gen" "$work/flacmeta/short.wav" 48000 2 2 16 music 3
+    flac --silent --no-padding -o "$work/flacmeta/short.flac" "$work/flacmeta/short.wav"
+    python3 - "$work/flacmeta/short.flac" "$work/flacmeta/blocks.flac" <<'PY'
+import sys
+d = open(sys.argv[1], 'rb').read()
+n = 0xFFFFFF // 18 * 18
+blocks = bytes([3]) + n.to_bytes(3, 'big') + (b'\xff' * 8 + b'\0' * 10) * (n // 18)
+for _ in range(10):
+    blocks += bytes([2]) + (0xFFFFF0).to_bytes(3, 'big') + b'TEST' + b'\0' * (0xFFFFF0 - 4)
+open(sys.argv[2], 'wb').write(d[:42] + blocks + d[42:])
+PY
+    rm "$work/flacmeta/short.wav" "$work/flacmeta/short.flac"
+fi
 if [ ! -f "$work/big/4gb.wav" ]; then
     python3 - "$work/big/4gb.wav" <<'PY'
 import struct, sys
@@ -38,7 +56,7 @@ with open(sys.argv[1], 'wb') as f:
     f.truncate(size)
 PY
 fi
-cat "$work"/wav/* "$work"/mp3/* "$work"/ogg/* >/dev/null # warm cache
+cat "$work"/wav/* "$work"/mp3/* "$work"/ogg/* "$work"/flac/* >/dev/null # warm cache
 
 # "seconds peakMB" of a command.
 measure() {
@@ -48,7 +66,7 @@ measure() {
 
 echo "== Peak memory of one file's analysis (resident set, whole process)"
 printf '%-36s %s\n' "tesk-scan, empty folder (baseline)" "$(measure "$scan" --loudness "$work/empty")"
-for kind in wav mp3 ogg; do
+for kind in wav mp3 ogg flac; do
     file=$(ls "$work/$kind"/30min.*)
     printf '%-36s %s\n' "tesk-scan --loudness 30-min $kind" \
         "$(measure "$scan" --loudness --multi-plot "$work/$kind")"
@@ -60,6 +78,11 @@ for kind in wav mp3 ogg; do
     fi
 done
 printf '%-36s %s\n' "tesk-scan 4 GB sparse WAV" "$(measure "$scan" --multi-plot "$work/big")"
+printf '%-36s %s\n' "tesk-scan FLAC, 176 MB of metadata" \
+    "$(measure "$scan" --no-library --loudness --multi-plot "$work/flacmeta")"
+printf '%-36s %s\n' "  flac -t on it" "$(measure flac -t -s "$work/flacmeta/blocks.flac")"
+printf '%-36s %s\n' "  ffmpeg on it" \
+    "$(measure ffmpeg -v error -nostdin -i "$work/flacmeta/blocks.flac" -f null -)"
 printf '%-36s %s\n' "tesk-scan --loudness 4 GB sparse WAV" \
     "$(measure "$scan" --loudness --multi-plot "$work/big")"
 

@@ -47,6 +47,18 @@
         <source>The audio data cannot be decoded.</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Not FLAC data.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The FLAC header is damaged.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The FLAC audio frames are damaged or cut short.</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>FallbackAnalysisLibrary</name>
@@ -738,7 +750,7 @@
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>&quot;%1&quot; is neither a folder nor a WAV, AIFF, MP3 or Ogg Vorbis file.</source>
+        <source>&quot;%1&quot; is neither a folder nor a WAV, AIFF, MP3, Ogg Vorbis or FLAC file.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

@@ -47,6 +47,18 @@
         <source>The audio data cannot be decoded.</source>
         <translation>オーディオデータをデコードできません。</translation>
     </message>
+    <message>
+        <source>Not FLAC data.</source>
+        <translation>FLAC データではありません。</translation>
+    </message>
+    <message>
+        <source>The FLAC header is damaged.</source>
+        <translation>FLAC ヘッダーが壊れています。</translation>
+    </message>
+    <message>
+        <source>The FLAC audio frames are damaged or cut short.</source>
+        <translation>FLAC のオーディオフレームが壊れているか、途中で切れています。</translation>
+    </message>
 </context>
 <context>
     <name>FallbackAnalysisLibrary</name>
@@ -742,8 +754,8 @@
         <translation>フォルダー &quot;%1&quot; は存在しません。</translation>
     </message>
     <message>
-        <source>&quot;%1&quot; is neither a folder nor a WAV, AIFF, MP3 or Ogg Vorbis file.</source>
-        <translation>&quot;%1&quot; はフォルダーでも WAV、AIFF、MP3、Ogg Vorbis ファイルでもありません。</translation>
+        <source>&quot;%1&quot; is neither a folder nor a WAV, AIFF, MP3, Ogg Vorbis or FLAC file.</source>
+        <translation>&quot;%1&quot; はフォルダーでも WAV、AIFF、MP3、Ogg Vorbis、FLAC ファイルでもありません。</translation>
     </message>
 </context>
 <context>

@@ -47,6 +47,18 @@
         <source>The audio data cannot be decoded.</source>
         <translation>无法解码音频数据。</translation>
     </message>
+    <message>
+        <source>Not FLAC data.</source>
+        <translation>不是 FLAC 数据。</translation>
+    </message>
+    <message>
+        <source>The FLAC header is damaged.</source>
+        <translation>FLAC 头已损坏。</translation>
+    </message>
+    <message>
+        <source>The FLAC audio frames are damaged or cut short.</source>
+        <translation>FLAC 音频帧已损坏或被截断。</translation>
+    </message>
 </context>
 <context>
     <name>FallbackAnalysisLibrary</name>
@@ -742,8 +754,8 @@
         <translation>文件夹“%1”不存在。</translation>
     </message>
     <message>
-        <source>&quot;%1&quot; is neither a folder nor a WAV, AIFF, MP3 or Ogg Vorbis file.</source>
-        <translation>“%1”既不是文件夹，也不是 WAV、AIFF、MP3 或 Ogg Vorbis 文件。</translation>
+        <source>&quot;%1&quot; is neither a folder nor a WAV, AIFF, MP3, Ogg Vorbis or FLAC file.</source>
+        <translation>“%1”既不是文件夹，也不是 WAV、AIFF、MP3、Ogg Vorbis 或 FLAC 文件。</translation>
     </message>
 </context>
 <context>

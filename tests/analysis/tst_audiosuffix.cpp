@@ -16,7 +16,8 @@ private slots:
         QTest::newRow("AiFf") << QStringLiteral("b.AiFf") << true;
         QTest::newRow("mp3") << QStringLiteral("c.mp3") << true;
         QTest::newRow("ogg") << QStringLiteral("d.Ogg") << true;
-        QTest::newRow("flac") << QStringLiteral("e.flac") << false;
+        QTest::newRow("flac") << QStringLiteral("e.FLAC") << true;
+        QTest::newRow("fla is not flac") << QStringLiteral("e.fla") << false;
         QTest::newRow("no suffix") << QStringLiteral("wav") << false;
         QTest::newRow("last dot counts") << QStringLiteral("f.wav.txt") << false;
         QTest::newRow("caf is read but not listed") << QStringLiteral("g.caf") << false;

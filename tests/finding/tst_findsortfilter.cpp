@@ -1,3 +1,4 @@
+#include "FlacEncoding.h"
 #include "KrokManager.h"
 #include "KrokTableSortModel.h"
 #include "SearchRowMatcher.h"
@@ -179,6 +180,9 @@ private slots:
         SearchCriteriaStruct errorOnly = wavOnly;
         errorOnly.formatMask = SearchCriteriaStruct::FormatError;
         QTest::newRow("error only") << errorOnly << QStringList({QStringLiteral("broken.wav")});
+        SearchCriteriaStruct flacOnly = wavOnly;
+        flacOnly.formatMask = SearchCriteriaStruct::FormatFlac;
+        QTest::newRow("flac only") << flacOnly << QStringList({QStringLiteral("tone.flac")});
 
         SearchCriteriaStruct atLeast1500;
         atLeast1500.useDetail = true;
@@ -223,8 +227,13 @@ private slots:
         const QString broken = dir.filePath(QStringLiteral("flt/broken.wav"));
         QVERIFY(fixtures::WriteBytes(broken, "RIFF"));
         paths << broken;
+        const QString flac = dir.filePath(QStringLiteral("flt/tone.flac"));
+        QVERIFY(fixtures::writeSineWav(dir.filePath(QStringLiteral("tone.wav")), 48000, 2, 960));
+        QVERIFY(fixtures::encodeFlac(dir.filePath(QStringLiteral("tone.wav")), flac));
+        paths << flac;
         QVERIFY(manager.GetKrokManager()->RegisterFiles(paths));
         manager.GetKrokManager()->AnalyzeFile(broken);
+        manager.GetKrokManager()->AnalyzeFile(flac);
         browser.tableModel()->setFilePathList(paths);
         for (int row = 0; row < paths.size(); ++row)
             browser.tableModel()->setDetailAcquired(row, true);

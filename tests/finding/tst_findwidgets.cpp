@@ -136,11 +136,11 @@ private slots:
                                         << "-"
                                         << ""
                                         << "The folder \"%1/bar/gone\" does not exist.";
-        QTest::newRow("other file")
-            << "bar/notes.txt"
-            << "-"
-            << ""
-            << "\"bar/notes.txt\" is neither a folder nor a WAV, AIFF, MP3 or Ogg Vorbis file.";
+        QTest::newRow("other file") << "bar/notes.txt"
+                                    << "-"
+                                    << ""
+                                    << "\"bar/notes.txt\" is neither a folder nor a WAV, AIFF, "
+                                       "MP3, Ogg Vorbis or FLAC file.";
     }
 
     void rootBarEntry()
@@ -191,7 +191,8 @@ private slots:
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<bool>("accepted");
-        QTest::newRow("flac refused") << QStringLiteral("drag/a.flac") << false;
+        QTest::newRow("opus refused") << QStringLiteral("drag/a.opus") << false;
+        QTest::newRow("FLAC in capitals") << QStringLiteral("drag/c.FLAC") << true;
         QTest::newRow("WAV in capitals") << QStringLiteral("drag/X.WAV") << true;
         QTest::newRow("aiff") << QStringLiteral("drag/b.aiff") << true;
         QTest::newRow("text file") << QStringLiteral("drag/notes.txt") << false;
@@ -204,7 +205,8 @@ private slots:
         QFETCH(QString, name);
         QFETCH(bool, accepted);
         QVERIFY(QDir().mkpath(dir.filePath(QStringLiteral("drag"))));
-        for (const char* file : {"drag/a.flac", "drag/X.WAV", "drag/b.aiff", "drag/notes.txt"})
+        for (const char* file :
+             {"drag/a.opus", "drag/X.WAV", "drag/b.aiff", "drag/c.FLAC", "drag/notes.txt"})
             QVERIFY(fixtures::WriteBytes(dir.filePath(QLatin1String(file))));
         const QString path = dir.filePath(name);
 
@@ -444,7 +446,7 @@ private slots:
                 seen = false;
             form->detailGroup()->setChecked(true);
             form->nameEdit()->setText(QStringLiteral("door"));
-            for (int i = 1; i < 4; ++i)
+            for (int i = 1; i < 5; ++i) // all but WAV and Error
                 form->formatBox(i)->setChecked(false);
             form->timeGroup()->setChecked(true);
             form->minutesSpin()->setValue(2);

@@ -1,6 +1,7 @@
 // What the detail view draws and hands over: the whole-file waveform and the
 // WAV written for a region, checked against the source files' own frames.
 
+#include "FlacEncoding.h"
 #include "FrameSource.h"
 #include "PcmDecoding.h"
 #include "RegionExport.h"
@@ -249,6 +250,27 @@ private slots:
             OpenWaveHeader(QFile::encodeName(target).constData()), CloseWaveHeader);
         QVERIFY(out);
         QCOMPARE(GetWaveBitDepth(out.get()), 24);
+    }
+
+    // The detail view reads a FLAC file as the WAV it was made from.
+    void flacFramesAreItsWavsFrames()
+    {
+        const QString wav = path(QStringLiteral("flac-source.wav"));
+        const QString flac = path(QStringLiteral("same.flac"));
+        QVERIFY(writeFile(wav, wavInts(2, 48000, 24, ramp(2 * 30000, 24))));
+        QVERIFY(encodeFlac(wav, flac));
+        AudioEngine::StreamFormat a;
+        AudioEngine::StreamFormat b;
+        const auto fromWav = framesOf(wav, a);
+        QCOMPARE(framesOf(flac, b), fromWav);
+        QCOMPARE(b.rate, 48000);
+        const QString target = path(QStringLiteral("same-region.wav"));
+        // A region of it is written as decoded audio is: 24-bit, within a step.
+        QVERIFY(ExportRegion(flac, 100, 200, target).isEmpty());
+        const auto region = framesOf(target, b);
+        QCOMPARE(region.size(), std::size_t(200));
+        for (std::size_t i = 0; i < region.size(); ++i)
+            QVERIFY(std::fabs(region[i] - fromWav[200 + i]) <= 1.0f / 8388607.0f);
     }
 
     void unreadableSourceSaysSo()

@@ -2,6 +2,7 @@
 // SDL's dummy driver), with WAVE/AIFF files and MP3 files made by lame.
 
 #include "AudioEngine.h"
+#include "FlacEncoding.h"
 #include "KrokManager.h"
 #include "LumoManager.h"
 #include "WaveBuilder.h"
@@ -76,6 +77,7 @@ private slots:
         const auto stereo = fixtures::distinct16(2000, 5);
         QVERIFY(fixtures::writeFile(path("x.aif"), fixtures::aiffInts(2, 48000, 16, stereo)));
         QVERIFY(fixtures::writeFile(path("x.aiff"), fixtures::aiffInts(2, 48000, 16, stereo)));
+        QVERIFY(fixtures::encodeFlac(path("long.wav"), path("long.FLAC")));
 
         if (QStandardPaths::findExecutable(QStringLiteral("lame")).isEmpty())
             return;
@@ -204,6 +206,8 @@ private slots:
             << "mono48.mp3" << 250 << qint64(0) << qint64(12000);
         QTest::newRow("Ogg at 100 ms") << "m48.ogg" << 100 << qint64(0) << qint64(4800);
         QTest::newRow("Ogg region") << "m48.ogg" << 0 << qint64(16000) << qint64(6000);
+        QTest::newRow("FLAC at 250 ms") << "long.FLAC" << 250 << qint64(0) << qint64(12000);
+        QTest::newRow("FLAC region") << "long.FLAC" << 0 << qint64(16000) << qint64(6000);
     }
 
     void decodedFilesStartWhereAsked()
@@ -212,7 +216,8 @@ private slots:
         QFETCH(int, startMs);
         QFETCH(qint64, rangeEnd);
         QFETCH(qint64, firstFrame);
-        if (!haveMp3_ || (name.endsWith(QLatin1String(".ogg")) && !haveOgg_))
+        if (!name.endsWith(QLatin1String(".FLAC")) &&
+            (!haveMp3_ || (name.endsWith(QLatin1String(".ogg")) && !haveOgg_)))
             QSKIP("lame or oggenc is not installed");
         lumo_->Play(path("long.wav"));
         render(10);

@@ -3,6 +3,7 @@
 // to a file, read back and measured here.
 
 #include "AudioEngine.h"
+#include "FlacEncoding.h"
 #include "LumoManager.h"
 #include "SoundSource.h"
 #include "WaveBuilder.h"
@@ -128,7 +129,8 @@ class TestPreviewCapture : public QObject
     bool encoded_ = false;
 
 private slots:
-    // MP3 and Ogg files of 48 kHz stereo music, one Ogg with a loop in its comments.
+    // MP3, Ogg and FLAC files of 48 kHz stereo music, an Ogg and a FLAC with a
+    // loop in their comments.
     void initTestCase()
     {
         QVERIFY(dir_.isValid());
@@ -152,6 +154,11 @@ private slots:
                                QStringLiteral("LOOPLENGTH=%1").arg(kLoopLength),
                                QStringLiteral("-o"), path("loop.ogg"), path("music.wav")}),
             0);
+        QVERIFY(fixtures::encodeFlac(path("music.wav"), path("music.flac")));
+        QVERIFY(fixtures::encodeFlac(
+            path("music.wav"), path("loop.flac"),
+            {QStringLiteral("-T"), QStringLiteral("LOOPSTART=%1").arg(kLoopStart),
+             QStringLiteral("-T"), QStringLiteral("LOOPLENGTH=%1").arg(kLoopLength)}));
         encoded_ = true;
     }
 
@@ -330,7 +337,7 @@ private slots:
         QCOMPARE(AudioEngine::GetCallbackStats().streamUnderruns, std::int64_t(0));
     }
 
-    // A seek into a streamed MP3 or Ogg file: after the fade-in, the card gets
+    // A seek into a streamed MP3, Ogg or FLAC file: after the fade-in, the card gets
     // exactly the frames a straight decode has at the requested position.
     void seekInAStreamedFileLandsOnItsFrame_data()
     {
@@ -340,6 +347,8 @@ private slots:
         QTest::newRow("MP3 at 4321 ms") << "music.mp3" << 4321;
         QTest::newRow("Ogg at 1234 ms") << "music.ogg" << 1234;
         QTest::newRow("Ogg at 4321 ms") << "music.ogg" << 4321;
+        QTest::newRow("FLAC at 1234 ms") << "music.flac" << 1234;
+        QTest::newRow("FLAC at 4321 ms") << "music.flac" << 4321;
     }
 
     void seekInAStreamedFileLandsOnItsFrame()
@@ -378,17 +387,25 @@ private slots:
         QCOMPARE(AudioEngine::GetCallbackStats().streamUnderruns, std::int64_t(0));
     }
 
-    // An Ogg file whose comments state a loop streams head then loop rounds,
-    // each wrap sample-exact against a straight decode.
-    void streamedOggLoopWrapsSampleExactly()
+    // An Ogg or FLAC file whose comments state a loop streams head then loop
+    // rounds, each wrap sample-exact against a straight decode.
+    void streamedLoopWrapsSampleExactly_data()
     {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("Ogg") << "loop.ogg";
+        QTest::newRow("FLAC") << "loop.flac";
+    }
+
+    void streamedLoopWrapsSampleExactly()
+    {
+        QFETCH(QString, name);
         if (!encoded_)
             QSKIP("lame or oggenc is not installed");
         int channels = 0;
-        const std::vector<float> decoded = decodeWhole(path("loop.ogg"), channels);
+        const std::vector<float> decoded = decodeWhole(dir_.filePath(name), channels);
         QCOMPARE(channels, 2);
         startCapture(3);
-        lumo_->Play(path("loop.ogg"));
+        lumo_->Play(dir_.filePath(name));
         QTRY_VERIFY_WITH_TIMEOUT(
             lumo_->GetPlayedSamples() > std::int64_t(kLoopStart + 3 * kLoopLength), 15000);
         lumo_->Stop();

@@ -5,6 +5,7 @@
 #include "AnalysisErrors.h"
 #include "AudioFileInfo.h"
 #include "AudioFileLister.h"
+#include "FlacEncoding.h"
 #include "KrokManager.h"
 #include "SubThreadGetDetail.h"
 #include "TestSettings.h"
@@ -151,6 +152,16 @@ private slots:
         QVERIFY(mp3.size() > 20000 && ogg.size() > 20000);
         mp3.resize(16000);
         ogg.resize(20000);
+        // Half a second of the same stereo values, with small blocks so that
+        // truncations cut frames of every part of it.
+        const QTemporaryDir work;
+        const Bytes flac =
+            flacFromWav(wav, work.path(), {QStringLiteral("-b"), QStringLiteral("576")});
+        const std::size_t frames = flacFramesStart(flac);
+        QVERIFY(flac.size() > 10000 && frames > 42);
+        std::size_t lastFrame = flac.size() - 2;
+        while (lastFrame > frames && !(flac[lastFrame] == 0xFF && flac[lastFrame + 1] == 0xF8))
+            --lastFrame;
 
         lyingFields(QStringLiteral("wav"), "wav", rich, {{0, 200}});
         lyingFields(QStringLiteral("aif"), "aif", aif, {{0, 120}});
@@ -158,13 +169,18 @@ private slots:
         lyingFields(QStringLiteral("mp3"), "mp3", mp3, {{0, 48}, {150, 180}, {414, 424}});
         // The identification page and the start of the comment and setup headers.
         lyingFields(QStringLiteral("ogg"), "ogg", ogg, {{0, 62}, {62, 150}}, true);
+        // STREAMINFO with the next block's header, the first and the last frame's headers.
+        lyingFields(QStringLiteral("flac"), "flac", flac,
+                    {{0, 50}, {frames, frames + 16}, {lastFrame, lastFrame + 16}});
         truncations(QStringLiteral("wav"), "wav", rich);
         truncations(QStringLiteral("aif"), "aiff", aif);
         truncations(QStringLiteral("mp3"), "mp3", mp3);
         truncations(QStringLiteral("ogg"), "ogg", ogg);
+        truncations(QStringLiteral("flac"), "flac", flac);
 
         std::mt19937 random(2024);
-        for (const char* suffix : {"wav", "aif", "aiff", "mp3", "ogg", "WAV", "Mp3"}) {
+        for (const char* suffix :
+             {"wav", "aif", "aiff", "mp3", "ogg", "flac", "WAV", "Mp3", "FLAC"}) {
             for (const std::size_t size :
                  {std::size_t(1), std::size_t(13), std::size_t(4096), std::size_t(70000)}) {
                 Bytes noise(size);

@@ -82,9 +82,9 @@ int main(int argc, char** argv)
             .arg(QDir::toNativeSeparators(SqliteAnalysisLibrary::DefaultPath()));
     parser.setApplicationDescription(
         QStringLiteral(
-            "Lists the audio files of FOLDER (wav, aif, aiff, mp3, ogg, any letter case) as\n"
-            "Tesk's file table does, analyses each one and prints one row per file on standard\n"
-            "output.\n"
+            "Lists the audio files of FOLDER (wav, aif, aiff, mp3, ogg, flac, any letter case)\n"
+            "as Tesk's file table does, analyses each one and prints one row per file on\n"
+            "standard output.\n"
             "\n"
             "Output: CSV with a header row of the table's 26 columns, cells formatted as the\n"
             "table shows them (the Plots and sort-specification columns are left empty), or with\n"
