@@ -243,28 +243,20 @@ private slots:
         }
     }
 
-    void vorbisKbpsRule_data()
-    {
-        QTest::addColumn<int>("maximum");
-        QTest::addColumn<int>("nominal");
-        QTest::addColumn<int>("minimum");
-        QTest::addColumn<int>("minKbps");
-        QTest::addColumn<int>("maxKbps");
-        QTest::newRow("only nominal") << 0 << 160000 << 0 << 160 << 160;
-        QTest::newRow("managed") << 320000 << 160000 << 96000 << 96 << 320;
-        QTest::newRow("unset min is unsigned") << 192000 << 128000 << -1 << 4294967 << 192;
-        QTest::newRow("all unset") << -1 << -1 << -1 << 4294967 << 4294967;
-        QTest::newRow("truncating division") << 128999 << 0 << 999 << 0 << 128;
-    }
+    // "maximum nominal minimum" -> "minKbps maxKbps"; an unset (-1) rate is unsigned.
     void vorbisKbpsRule()
     {
-        QFETCH(int, maximum);
-        QFETCH(int, nominal);
-        QFETCH(int, minimum);
-        std::int32_t lo = 0, hi = 0;
-        VorbisKbps({maximum, nominal, minimum}, lo, hi);
-        QTEST(lo, "minKbps");
-        QTEST(hi, "maxKbps");
+        for (const auto& [rates, kbps] :
+             {std::pair<const char*, const char*>{"0 160000 0", "160 160"},
+              {"320000 160000 96000", "96 320"},
+              {"192000 128000 -1", "4294967 192"},
+              {"-1 -1 -1", "4294967 4294967"},
+              {"128999 0 999", "0 128"}}) {
+            const QStringList r = QString::fromLatin1(rates).split(QLatin1Char(' '));
+            std::int32_t lo = 0, hi = 0;
+            VorbisKbps({r[0].toInt(), r[1].toInt(), r[2].toInt()}, lo, hi);
+            QCOMPARE(QStringLiteral("%1 %2").arg(lo).arg(hi), QLatin1String(kbps));
+        }
     }
 
     // The rate fields of the identification packet (16, 20 and 24 bytes into
