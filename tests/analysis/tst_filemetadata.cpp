@@ -325,50 +325,32 @@ private slots:
         QVERIFY(!none.metadata); // files without metadata cost one null pointer
     }
 
-    void formatsTimecodes_data()
-    {
-        QTest::addColumn<qulonglong>("samples");
-        QTest::addColumn<int>("rate");
-        QTest::addColumn<QString>("timecodeRate");
-        QTest::addColumn<QString>("flag");
-        QTest::addColumn<QString>("expected");
-        const qulonglong hour = 3600ull * 48000;
-        QTest::newRow("no rate: clock time") << hour + 61 * 48000 + 24000 << 48000 << QString()
-                                             << QString() << QStringLiteral("01:01:01.500");
-        QTest::newRow("25 fps") << hour + 48000 + 1920 * 3 << 48000 << QStringLiteral("25/1")
-                                << QStringLiteral("NDF") << QStringLiteral("01:00:01:03");
-        QTest::newRow("plain 24") << qulonglong(44100) * 10 << 44100 << QStringLiteral("24")
-                                  << QString() << QStringLiteral("00:00:10:00");
-        QTest::newRow("29.97 non-drop lags the clock")
-            << hour << 48000 << QStringLiteral("30000/1001") << QStringLiteral("NDF")
-            << QStringLiteral("00:59:56:12");
-        QTest::newRow("29.97 drop-frame keeps to it")
-            << hour << 48000 << QStringLiteral("30000/1001") << QStringLiteral("DF")
-            << QStringLiteral("01:00:00;00");
-        // Frame 1800 at 29.97 DF is the first after a minute's two dropped labels.
-        QTest::newRow("drop-frame skips ;00 and ;01")
-            << qulonglong(1800ull * 1001 * 48000 / 30000 + 1) << 48000
-            << QStringLiteral("30000/1001") << QStringLiteral("DF")
-            << QStringLiteral("00:01:00;02");
-        QTest::newRow("nonsense rate: clock time")
-            << qulonglong(96000) << 48000 << QStringLiteral("0/0") << QString()
-            << QStringLiteral("00:00:02.000");
-        QTest::newRow("largest reference") << ~0ull << 192000 << QStringLiteral("25/1") << QString()
-                                           << QStringLiteral("26687997791:49:30:14");
-        QTest::newRow("no sampling rate")
-            << qulonglong(1) << 0 << QString() << QString() << QString();
-    }
-
+    // A BWF time reference shown as timecode at the iXML rate and flag, or as
+    // clock time without a usable rate.
     void formatsTimecodes()
     {
-        QFETCH(qulonglong, samples);
-        QFETCH(int, rate);
-        QFETCH(QString, timecodeRate);
-        QFETCH(QString, flag);
-        QFETCH(QString, expected);
-        const std::string r = timecodeRate.toStdString();
-        const std::string f = flag.toStdString();
-        QCOMPARE(FormatTimecode(samples, rate, r, f), expected);
+        struct Case
+        {
+            unsigned long long samples;
+            int rate;
+            const char *timecodeRate, *flag, *expected;
+        };
+        const unsigned long long hour = 3600ull * 48000;
+        const Case cases[] = {
+            {hour + 61 * 48000 + 24000, 48000, "", "", "01:01:01.500"},
+            {hour + 48000 + 1920 * 3, 48000, "25/1", "NDF", "01:00:01:03"},
+            {44100ull * 10, 44100, "24", "", "00:00:10:00"},
+            {hour, 48000, "30000/1001", "NDF", "00:59:56:12"}, // 29.97 non-drop lags the clock
+            {hour, 48000, "30000/1001", "DF", "01:00:00;00"},  // drop-frame keeps to it
+            // Frame 1800 at 29.97 DF is the first after a minute's two dropped labels.
+            {1800ull * 1001 * 48000 / 30000 + 1, 48000, "30000/1001", "DF", "00:01:00;02"},
+            {96000, 48000, "0/0", "", "00:00:02.000"},
+            {~0ull, 192000, "25/1", "", "26687997791:49:30:14"},
+            {1, 0, "", "", ""},
+        };
+        for (const Case& c : cases)
+            QCOMPARE(FormatTimecode(c.samples, c.rate, c.timecodeRate, c.flag),
+                     QString::fromLatin1(c.expected));
     }
 
     void ucsColumnsFallBackToIxml()

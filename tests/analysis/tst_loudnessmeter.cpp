@@ -167,6 +167,10 @@ const std::vector<Signal> kSignals = {
     {"case 1 @44.1k", 44100, 2, {{3, -23, 20}}, -23.0, 0.1},
     {"case 4 @44.1k", 44100, 2, kCase4, -23.0, 0.1},
     {"case 5 @44.1k", 44100, 2, {{3, -26, 20}, {3, -20, 20.1}, {3, -26, 20}}, -23.0, 0.1},
+    // A part 9 LU under the mean passes the relative gate; one at -65 LUFS the absolute.
+    {"relative gate", 48000, 2, {{3, -23, 10}, {3, -34.5, 10}}, -25.7, 0.1},
+    {"just above the absolute gate", 48000, 2, {{3, -65, 5}}, -65.0, 0.1},
+    {"under the absolute gate", 48000, 2, {{3, -75, 5}}, -96.0, 0},
     {"full scale @8k", 8000, 2, {{1, 0, 3}}, -3.01, 0.05},
     {"full scale @11.025k", 11025, 2, {{1, 0, 3}}, -3.01, 0.05},
     {"full scale @22.05k", 22050, 2, {{1, 0, 3}}, -3.01, 0.05},

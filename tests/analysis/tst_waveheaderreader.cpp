@@ -160,6 +160,8 @@ private slots:
             "wav:11 8000 1x8 4@44", {0, 127 << 24, INT32_MIN, 1 << 24});
         add("wav 24", plain(fmtBody(1, 1, 48000, 24), pcm24({1, -1, -0x800000})),
             "wav:11 48000 1x24 3@44", {256, -256, INT32_MIN});
+        add("wav 20 in 3 bytes", plain(fmtBody(1, 1, 48000, 20), pcm24({0x400010})),
+            "wav:11 48000 1x20 1@44", {0x40001000});
         add("wav 32", plain(fmtBody(1, 1, 48000, 32), ints(32, {0x12345678})),
             "wav:11 48000 1x32 1@44", {0x12345678});
         add("extensible 24",
@@ -185,14 +187,14 @@ private slots:
             form("AIFF", {chunk("COMM", commBody(2, 0xFFFFFFFFu, 16, 48000), true),
                           chunk("SSND", ssndBody(Bytes(40, 1)), true)}),
             "aiff:22 48000 2x16 10@54");
-        Bytes mark; // "beg" fills an even length, "en" takes a pad byte
+        Bytes mark; // "en" takes a pad byte, "beg" fills an even length
         putBe16(mark, 2);
         putBe16(mark, 1);
         putBe32(mark, 100);
-        append(mark, {3, 'b', 'e', 'g'});
+        append(mark, {2, 'e', 'n', 0});
         putBe16(mark, 2);
         putBe32(mark, 300);
-        append(mark, {2, 'e', 'n', 0});
+        append(mark, {3, 'b', 'e', 'g'});
         Bytes inst(8, 0);
         for (const int v : {1, 1, 2, 0, 0, 0}) // sustain loop forward 1..2, release none
             putBe16(inst, v);
@@ -200,7 +202,7 @@ private slots:
             form("AIFF",
                  {chunk("COMM", commBody(1, 400, 16, 44100), true), chunk("INST", inst, true),
                   chunk("MARK", mark, true), chunk("SSND", ssndBody(Bytes(800, 0)), true)}),
-            "aiff:22 44100 1x16 400@112 m1:100\"beg\" m2:300\"en\" loop100-300");
+            "aiff:22 44100 1x16 400@112 m1:100\"en\" m2:300\"beg\" loop100-300");
         for (const int rate : {8000, 11025, 22050, 88200, 192000})
             add(qPrintable(QStringLiteral("aiff at %1 Hz").arg(rate)),
                 aiff16(2, std::uint32_t(rate), {0, 0}),
