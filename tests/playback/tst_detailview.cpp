@@ -19,8 +19,6 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <memory>
-
 namespace {
 
 constexpr int kRate = 48000;
@@ -44,9 +42,10 @@ void DragTo(QWidget* widget, const QPoint& at)
 
 std::int32_t RegionFrames(const QString& path)
 {
-    std::unique_ptr<WaveHeaderHandle, void (*)(WaveHeaderHandle*)> h(
-        OpenWaveHeader(QFile::encodeName(path).constData()), CloseWaveHeader);
-    return h ? GetWaveSamples(h.get()) : -1;
+    WaveHeaderHandle* h = OpenWaveHeader(QFile::encodeName(path).constData());
+    const std::int32_t frames = h ? GetWaveSamples(h) : -1;
+    CloseWaveHeader(h);
+    return frames;
 }
 
 } // namespace
@@ -83,8 +82,8 @@ private slots:
         QCOMPARE(view.Overview()->frames, std::int64_t(kRate * 4));
 
         QTest::mousePress(&view, Qt::LeftButton, {}, QPoint(200, 75));
-        DragTo(&view, QPoint(260, 75));
-        DragTo(&view, QPoint(400, 75));
+        for (const int x : {260, 400})
+            DragTo(&view, QPoint(x, 75));
         QTest::mouseRelease(&view, Qt::LeftButton, {}, QPoint(400, 75));
         QVERIFY(view.HasRegion());
         QCOMPARE(view.RegionStart(), view.FrameAt(200));
@@ -105,8 +104,7 @@ private slots:
         QCOMPARE(from.count(), 1);
         QCOMPARE(from.first().at(0).toString(), wav_);
         QCOMPARE(from.first().at(1).toInt(), 3000); // three quarters of 4 s
-        QVERIFY(!view.HasRegion());
-        QVERIFY(!view.PlayRegion());
+        QVERIFY(!view.HasRegion() && !view.PlayRegion());
     }
 
     // In the window: the view shows the current row's file, Space plays its
@@ -145,8 +143,7 @@ private slots:
         QTRY_VERIFY(view->ShownPosition() < 0);
 
         window.GetMenuBar()->detailViewAction()->trigger();
-        QVERIFY(!manager->IsDetailViewVisible());
-        QVERIFY(view->isHidden());
+        QVERIFY(!manager->IsDetailViewVisible() && view->isHidden());
         // With the view hidden, Space plays the row from its start.
         space->trigger();
         QTRY_VERIFY(registry->IsPlaying());

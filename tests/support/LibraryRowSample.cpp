@@ -53,10 +53,9 @@ QStringList LibraryRowFields(const LibraryRow& row)
     fields
         << QString::fromLatin1(
                QByteArray(reinterpret_cast<const char*>(i.plot.data()), int(sizeof i.plot)).toHex())
-        << QString::fromLatin1(
-               QByteArray(reinterpret_cast<const char*>(i.multiPlotLane(0)),
-                          int(i.multiPlotLanes() * kPlotPoints * sizeof(PlotPoint)))
-                   .toHex())
+        << QString::fromLatin1(QByteArray(reinterpret_cast<const char*>(i.multiPlotLane(0)),
+                                          int(i.multiPlotLanes() * kPlotPoints * sizeof(PlotPoint)))
+                                   .toHex())
         << QString::fromLatin1(
                QByteArray::fromStdString(StoredMetadataBytes(i.metadata.get())).toHex());
     return fields;
