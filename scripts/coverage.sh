@@ -4,6 +4,7 @@
 # Not part of CI: it is a full build of its own, for judging the test suite.
 #   scripts/coverage.sh            all tests
 #   scripts/coverage.sh -R regex   only the tests whose names match
+#   scripts/coverage.sh --report   the table again from the last run
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 export CCACHE_BASEDIR="$root"
@@ -12,23 +13,29 @@ command -v gcovr >/dev/null || { echo "gcovr is missing (Debian package gcovr)" 
 build="$root/build/coverage"
 jobs=$(nproc)
 
+report_only=false
+[ "${1:-}" = "--report" ] && report_only=true
+if ! $report_only; then
 cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Debug \
     -DCMAKE_CXX_FLAGS="--coverage -O0" -DCMAKE_C_FLAGS="--coverage -O0" \
     -DCMAKE_EXE_LINKER_FLAGS=--coverage -DCMAKE_SHARED_LINKER_FLAGS=--coverage >/dev/null
 cmake --build "$build" -j"$jobs"
 find "$build" -name '*.gcda' -delete
-ctest --test-dir "$build" -j"$jobs" "$@" >"$build/ctest.log" 2>&1 || {
+ctest --test-dir "$build" -j"$jobs" --timeout 900 "$@" >"$build/ctest.log" 2>&1 || {
     echo "some tests failed (see $build/ctest.log); coverage is printed anyway" >&2
 }
+fi
 
 folders=(analysis app engine gac playback prefs sortspec tools views)
 summary="$build/summary.json"
 # Sources are compiled with paths relative to the target's build folder (ccache's
 # base directory), two levels above each .gcda file. Throw-branches are the
 # compiler's exception edges, not decisions of ours.
+# Counters raced by worker threads can come out negative; gcov prints them
+# and those lines are skipped.
 # (gcovr runs gcov one file at a time: its parallel mode mixes up gcov outputs.)
-gcovr --root "$root" --object-directory ../.. --exclude-throw-branches \
-    --exclude-unreachable-branches $(printf -- "--filter %s/%s/ " "$root" "${folders[@]}") \
+gcovr --root "$root" --object-directory ../.. --exclude-throw-branches --gcov-ignore-parse-errors \
+    --exclude-unreachable-branches $(printf -- "--filter $root/%s/ " "${folders[@]}") \
     --json "$summary" "$build" >/dev/null 2>"$build/gcovr.log"
 python3 - "$summary" "$root" "${folders[@]}" <<'PY'
 import json, os, sys
