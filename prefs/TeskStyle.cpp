@@ -12,19 +12,6 @@ TeskStyle::TeskStyle(TeskManager* manager, int systemDark)
     , systemDark(systemDark)
 {}
 
-bool TeskStyle::isDark(TeskManager::ColorTheme theme)
-{
-    switch (theme) {
-    case TeskManager::Light:
-        return false;
-    case TeskManager::Dark:
-        return true;
-    case TeskManager::System:
-        break;
-    }
-    return IsSystemDarkTheme();
-}
-
 void TeskStyle::polish(QPalette& palette)
 {
     const TeskManager::ColorTheme theme = manager ? manager->GetColorTheme() : TeskManager::Light;

@@ -21,8 +21,6 @@ public:
     using QProxyStyle::polish;
     void polish(QPalette& palette) override;
 
-    // Whether the theme resolves to dark, asking the desktop for "System".
-    static bool isDark(TeskManager::ColorTheme theme);
     static QPalette darkPalette();
 
 private:
