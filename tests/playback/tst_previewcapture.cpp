@@ -53,23 +53,6 @@ std::vector<float> decodeWhole(const QString& path, int& channels)
     }
 }
 
-// Stereo 48 kHz music-like material (two tones and a little noise), never silent.
-std::vector<std::int32_t> music48k(int frames)
-{
-    std::vector<std::int32_t> v(static_cast<std::size_t>(frames) * 2);
-    std::uint32_t x = 7;
-    for (int i = 0; i < frames; ++i) {
-        for (int c = 0; c < 2; ++c) {
-            x = x * 1664525u + 1013904223u;
-            const double s = 0.3 * std::sin(2 * M_PI * (440.0 + 110.0 * c) * i / 48000.0) +
-                             0.1 * std::sin(2 * M_PI * 97.0 * i / 48000.0) +
-                             (static_cast<double>(x >> 8) / 16777216.0 - 0.5) * 0.02;
-            v[static_cast<std::size_t>(i) * 2 + c] = static_cast<std::int32_t>(s * 32767.0);
-        }
-    }
-    return v;
-}
-
 // Index (in floats) of the first frame with sound in it.
 std::size_t firstSound(const std::vector<float>& out)
 {
@@ -141,7 +124,10 @@ class TestPreviewCapture : public QObject
         int channels = 0;
         const std::vector<float> decoded = decodeWhole(file, channels);
         QCOMPARE(channels, 2);
-        startCapture(5); // about real time: a sanitizer build on a busy machine decodes slowly
+        // Half real time: a sanitizer build on a busy machine decodes slowly,
+        // and the first fill holds only 2048 frames.
+        startCapture(10);
+        lumo_->SetStreamThreshold(0);
         play();
         QVERIFY(lumo_->IsStreaming());
         QTRY_VERIFY_WITH_TIMEOUT(lumo_->GetPlayedSamples() > std::int64_t(source(0) + frames),
@@ -158,35 +144,29 @@ class TestPreviewCapture : public QObject
         QCOMPARE(AudioEngine::GetCallbackStats().streamUnderruns, std::int64_t(0));
     }
 
-    static constexpr std::size_t kLoopStart = 30011;
-    static constexpr std::size_t kLoopLength = 19997;
+    static constexpr std::size_t kLoopStart = 10007;
+    static constexpr std::size_t kLoopLength = 9973;
 
 private slots:
-    // MP3, Ogg and FLAC files of 48 kHz stereo music, an Ogg and a FLAC with a
-    // loop in their comments (the build's fixtures need the same encoders).
+    // The build's 48 kHz stereo music as MP3 and Ogg, and as FLAC; an Ogg, a
+    // FLAC and a WAV with a loop.
     void initTestCase()
     {
-        QVERIFY(dir_.isValid());
-        QVERIFY(fixtures::writeFile(path("music.wav"),
-                                    fixtures::wavInts(2, 48000, 16, music48k(48000 * 6))));
-        for (const QString& command :
-             {QStringLiteral("lame --quiet -b 192 music.wav music.mp3"),
-              QStringLiteral("oggenc --quiet -o music.ogg music.wav"),
-              QStringLiteral(
-                  "oggenc --quiet -c LOOPSTART=%1 -c LOOPLENGTH=%2 -o loop.ogg music.wav")
-                  .arg(kLoopStart)
-                  .arg(kLoopLength)}) {
-            QProcess process;
-            process.setWorkingDirectory(dir_.path());
-            QStringList arguments = command.split(QLatin1Char(' '));
-            process.start(arguments.takeFirst(), arguments);
-            QVERIFY(process.waitForFinished(60000) && process.exitCode() == 0);
-        }
-        QVERIFY(fixtures::encodeFlac(path("music.wav"), path("music.flac")));
-        QVERIFY(fixtures::encodeFlac(
-            path("music.wav"), path("loop.flac"),
-            {QStringLiteral("-T"), QStringLiteral("LOOPSTART=%1").arg(kLoopStart),
-             QStringLiteral("-T"), QStringLiteral("LOOPLENGTH=%1").arg(kLoopLength)}));
+        const QString music = QStringLiteral(TESK_FIXTURE_DIR "/music-stereo.wav");
+        QVERIFY(QFile::copy(QStringLiteral(TESK_FIXTURE_DIR "/music-vbr.mp3"), path("music.mp3")));
+        QVERIFY(
+            QFile::copy(QStringLiteral(TESK_FIXTURE_DIR "/music-stereo.ogg"), path("music.ogg")));
+        QVERIFY(fixtures::encodeFlac(music, path("music.flac")));
+        const QString start = QString::number(kLoopStart), length = QString::number(kLoopLength);
+        QCOMPARE(
+            QProcess::execute("oggenc", {"--quiet", "-c", "LOOPSTART=" + start, "-c",
+                                         "LOOPLENGTH=" + length, "-o", path("loop.ogg"), music}),
+            0);
+        QVERIFY(fixtures::encodeFlac(music, path("loop.flac"),
+                                     {"-T", "LOOPSTART=" + start, "-T", "LOOPLENGTH=" + length}));
+        QVERIFY(fixtures::writeFile(
+            path("loop.wav"), fixtures::wavInts(2, 48000, 16, fixtures::distinct16(96000),
+                                                {{kLoopStart, kLoopStart + kLoopLength - 1}})));
     }
 
     void cleanup()
@@ -279,9 +259,7 @@ private slots:
         QTest::addColumn<int>("mask"); // channels that carry the tone: L R C LFE Ls Rs
         QTest::newRow("all six in phase") << 0x3f;
         QTest::newRow("LFE alone") << 0x08;
-        QTest::newRow("centre alone") << 0x04;
         QTest::newRow("left surround alone") << 0x10;
-        QTest::newRow("front pair") << 0x03;
     }
 
     void sixChannelsFoldWithoutClipping()
@@ -310,54 +288,15 @@ private slots:
         }
     }
 
-    // A looped file above the size limit streams from disk: what reaches the
-    // card is the file's own frames, head then loop rounds, in order.
-    void longLoopedFileStreamsItsOwnFrames()
-    {
-        const int frames = 48000 * 8;
-        std::vector<std::int32_t> v(static_cast<std::size_t>(frames) * 2);
-        for (std::size_t i = 0; i < v.size(); ++i) {
-            const auto x = static_cast<std::int32_t>((i * 7919) % 60001) - 30000;
-            v[i] = x == 0 ? 1 : x; // never silent, so the start shows
-        }
-        const std::uint32_t loopStart = 48000 * 2 + 17;
-        const std::uint32_t loopEnd = 48000 * 3 + 5; // exclusive
-        QVERIFY(fixtures::writeFile(
-            path("long.wav"), fixtures::wavInts(2, 48000, 16, v, {{loopStart, loopEnd - 1}})));
-        startCapture(3);
-        lumo_->SetStreamThreshold(1024 * 1024); // the file is 1.5 MB
-        lumo_->Play(path("long.wav"));
-        QVERIFY(lumo_->IsStreaming());
-        // Three rounds of the loop.
-        QTRY_VERIFY_WITH_TIMEOUT(lumo_->GetPlayedSamples() > 48000 * 6, 15000);
-        lumo_->Stop();
-        QVERIFY(waitUntilDone(*lumo_, 5000));
-        const auto out = finishCapture();
-
-        const std::size_t first = firstSound(out);
-        const std::size_t heard = (out.size() - first) / 2;
-        QVERIFY(heard > 48000 * 6);
-        for (std::size_t i = kRamp; i < 48000 * 6; ++i) {
-            const std::size_t src =
-                i < loopEnd ? i : loopStart + (i - loopStart) % (loopEnd - loopStart);
-            QCOMPARE(out[first + 2 * i], v[2 * src] / 32768.0f);
-            QCOMPARE(out[first + 2 * i + 1], v[2 * src + 1] / 32768.0f);
-        }
-        QCOMPARE(AudioEngine::GetCallbackStats().streamUnderruns, std::int64_t(0));
-    }
-
     // A seek into a streamed MP3, Ogg or FLAC file: after the fade-in, the card gets
     // exactly the frames a straight decode has at the requested position.
     void seekInAStreamedFileLandsOnItsFrame_data()
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<int>("startMs");
-        QTest::newRow("MP3 at 1234 ms") << "music.mp3" << 1234;
         QTest::newRow("MP3 at 4321 ms") << "music.mp3" << 4321;
         QTest::newRow("Ogg at 1234 ms") << "music.ogg" << 1234;
-        QTest::newRow("Ogg at 4321 ms") << "music.ogg" << 4321;
-        QTest::newRow("FLAC at 1234 ms") << "music.flac" << 1234;
-        QTest::newRow("FLAC at 4321 ms") << "music.flac" << 4321;
+        QTest::newRow("FLAC at 2345 ms") << "music.flac" << 2345;
     }
 
     void seekInAStreamedFileLandsOnItsFrame()
@@ -370,20 +309,21 @@ private slots:
             [&](std::size_t i) { return std::size_t(startMs) * 48 + i; });
     }
 
-    // An Ogg or FLAC file whose comments state a loop streams head then loop
-    // rounds, each wrap sample-exact against a straight decode.
+    // An Ogg or FLAC file whose comments state a loop, or a WAV with a sampler
+    // loop, streams head then loop rounds, each wrap sample-exact.
     void streamedLoopWrapsSampleExactly_data()
     {
         QTest::addColumn<QString>("name");
         QTest::newRow("Ogg") << "loop.ogg";
         QTest::newRow("FLAC") << "loop.flac";
+        QTest::newRow("WAV") << "loop.wav";
     }
 
     void streamedLoopWrapsSampleExactly()
     {
         QFETCH(QString, name);
         expectDecodedFrames(
-            dir_.filePath(name), kLoopStart + 3 * kLoopLength,
+            dir_.filePath(name), kLoopStart + 2 * kLoopLength + 100,
             [&] { lumo_->Play(dir_.filePath(name)); },
             [](std::size_t i) {
                 return i < kLoopStart + kLoopLength ? i

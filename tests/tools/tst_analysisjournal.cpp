@@ -6,15 +6,13 @@
 #include "AnalysisJournal.h"
 #include "AudioFileInfo.h"
 #include "KrokManager.h"
+#include "ScanRun.h"
 #include "WaveBuilder.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
-#include <QProcessEnvironment>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -25,25 +23,36 @@
 
 namespace {
 
-struct Stamp
+enum class Entry
 {
-    std::int64_t size = 0;
-    std::int64_t modifiedNs = 0;
+    Clear,
+    Suspect,
+    Failed
 };
 
-Stamp StampOf(const QString& path)
+std::pair<std::int64_t, std::int64_t> StampOf(const QString& path)
 {
-    struct stat status
+    struct stat s
     {};
-    if (::stat(QFile::encodeName(path).constData(), &status) != 0)
-        return {};
-    return {status.st_size,
-            std::int64_t(status.st_mtim.tv_sec) * 1000000000 + status.st_mtim.tv_nsec};
+    ::stat(QFile::encodeName(path).constData(), &s);
+    return {s.st_size, std::int64_t(s.st_mtim.tv_sec) * 1000000000 + s.st_mtim.tv_nsec};
+}
+
+// What a new process opening the journal finds for `path` (`touched`: as if changed since).
+Entry EntryOf(const QString& journal, const QString& path, bool touched = false)
+{
+    AnalysisJournal j;
+    const auto [size, ns] = StampOf(path);
+    if (!j.open(journal))
+        return Entry::Clear;
+    if (j.isFailed(path.toStdString(), size, ns + touched))
+        return Entry::Failed;
+    return j.isSuspect(path.toStdString(), size, ns + touched) ? Entry::Suspect : Entry::Clear;
 }
 
 // A process that enters `paths` in the journal and then dies (or, with
 // `stayAlive`, waits until it is killed) without ending the entries.
-pid_t CrashDuringAnalysis(const QString& journal, const QStringList& paths, bool stayAlive)
+pid_t CrashDuringAnalysis(const QString& journal, const QStringList& paths, bool stayAlive = false)
 {
     int ready[2];
     if (::pipe(ready) != 0)
@@ -51,14 +60,10 @@ pid_t CrashDuringAnalysis(const QString& journal, const QStringList& paths, bool
     const pid_t child = ::fork();
     if (child == 0) {
         AnalysisJournal j;
-        if (j.open(journal)) {
-            for (const QString& path : paths) {
-                const Stamp stamp = StampOf(path);
-                j.begin(path.toStdString(), stamp.size, stamp.modifiedNs);
-            }
-        }
-        const char byte = 1;
-        (void)::write(ready[1], &byte, 1);
+        if (j.open(journal))
+            for (const QString& path : paths)
+                j.begin(path.toStdString(), StampOf(path).first, StampOf(path).second);
+        (void)::write(ready[1], "1", 1);
         while (stayAlive)
             ::pause();
         ::_exit(0);
@@ -85,7 +90,6 @@ class TestAnalysisJournal final : public QObject
 private slots:
     void init()
     {
-        QVERIFY(dir.isValid());
         journal = dir.filePath(QStringLiteral("cache/analysis-journal"));
         QFile::remove(journal);
         file = dir.filePath(QStringLiteral("take.wav"));
@@ -94,49 +98,35 @@ private slots:
 
     void deadProcessMarksItsFileFailed()
     {
-        CrashDuringAnalysis(journal, {file}, false);
-        const Stamp stamp = StampOf(file);
-        {
-            AnalysisJournal j;
-            QVERIFY(j.open(journal));
-            QVERIFY(j.isFailed(file.toStdString(), stamp.size, stamp.modifiedNs));
-            QVERIFY(!j.isFailed(QString(file + QLatin1Char('x')).toStdString(), stamp.size,
-                                stamp.modifiedNs));
-        }
-        // Remembered across starts, not only at the first one.
-        AnalysisJournal again;
-        QVERIFY(again.open(journal));
-        QVERIFY(again.isFailed(file.toStdString(), stamp.size, stamp.modifiedNs));
-        // A changed file is forgotten for good.
-        QVERIFY(!again.isFailed(file.toStdString(), stamp.size, stamp.modifiedNs + 1));
-        AnalysisJournal third;
-        QVERIFY(third.open(journal));
-        QVERIFY(!third.isFailed(file.toStdString(), stamp.size, stamp.modifiedNs));
+        CrashDuringAnalysis(journal, {file});
+        QCOMPARE(EntryOf(journal, file + 'x'), Entry::Clear);
+        QCOMPARE(EntryOf(journal, file), Entry::Failed);
+        QCOMPARE(EntryOf(journal, file), Entry::Failed); // across starts, not only the first
+        QCOMPARE(EntryOf(journal, file, true), Entry::Clear);
+        QCOMPARE(EntryOf(journal, file), Entry::Clear); // a changed file is forgotten for good
     }
 
     void runningProcessKeepsItsEntries()
     {
         const pid_t child = CrashDuringAnalysis(journal, {file}, true);
         QVERIFY(child > 0);
-        const Stamp stamp = StampOf(file);
         {
             AnalysisJournal j;
             QVERIFY(j.open(journal));
-            QVERIFY(!j.isFailed(file.toStdString(), stamp.size, stamp.modifiedNs));
             // An analysis that ends leaves nothing behind.
-            j.end(j.begin(QString(file + QLatin1Char('2')).toStdString(), 1, 1));
+            j.end(j.begin(QString(file + '2').toStdString(), 1, 1));
         }
+        QCOMPARE(EntryOf(journal, file), Entry::Clear);
         ::kill(child, SIGKILL);
         ::waitpid(child, nullptr, 0);
+        QCOMPARE(EntryOf(journal, file), Entry::Failed);
         AnalysisJournal after;
-        QVERIFY(after.open(journal));
-        QVERIFY(after.isFailed(file.toStdString(), stamp.size, stamp.modifiedNs));
-        QVERIFY(!after.isFailed(QString(file + QLatin1Char('2')).toStdString(), 1, 1));
+        QVERIFY(after.open(journal) && !after.isFailed(QString(file + '2').toStdString(), 1, 1));
     }
 
     void registryShowsTheCrashUntilTheFileChanges()
     {
-        CrashDuringAnalysis(journal, {file}, false);
+        CrashDuringAnalysis(journal, {file});
         KrokManager registry;
         registry.SetJournalPath(journal);
         registry.Initialize();
@@ -145,77 +135,51 @@ private slots:
         QVERIFY(registry.FindFileInfo(file, info));
         QCOMPARE(info.isValid, 0);
         QCOMPARE(info.errorText, std::string(kErrorAnalysisCrashed));
-        QCOMPARE(info.fileSize, StampOf(file).size);
-
+        QCOMPARE(info.fileSize, StampOf(file).first);
         QVERIFY(fixtures::writeSineWav(file, 48000, 2, 9600));
         registry.AnalyzeFile(file);
         QVERIFY(registry.FindFileInfo(file, info));
-        QCOMPARE(info.isValid, 1);
         QCOMPARE(info.samples, 9600);
         registry.Finalize();
     }
 
+    // Two in flight when the process died: neither is known to be the
+    // culprit, so both are suspects, analysed again alone. One that takes the
+    // process down on its own then is named; one that passes is cleared.
     void severalInFlightAreAnalysedAgainAlone()
     {
-        // Two files in flight when the process died: neither is known to be
-        // the culprit, so both are suspects, analysed again (alone). One that
-        // takes the process down on its own then is named; one that passes is
-        // cleared.
-        // Out of the folder that the scanner test lists.
-        QVERIFY(QDir().mkpath(dir.filePath(QStringLiteral("elsewhere"))));
+        QVERIFY(QDir().mkpath(dir.filePath(QStringLiteral("elsewhere")))); // not scanned below
         const QString other = dir.filePath(QStringLiteral("elsewhere/other.wav"));
         QVERIFY(fixtures::writeSineWav(other, 44100, 1, 4410));
-        CrashDuringAnalysis(journal, {file, other}, false);
-        const Stamp stamp = StampOf(file);
-        const Stamp otherStamp = StampOf(other);
-        {
-            AnalysisJournal j;
-            QVERIFY(j.open(journal));
-            QVERIFY(!j.isFailed(file.toStdString(), stamp.size, stamp.modifiedNs));
-            QVERIFY(j.isSuspect(file.toStdString(), stamp.size, stamp.modifiedNs));
-            QVERIFY(j.isSuspect(other.toStdString(), otherStamp.size, otherStamp.modifiedNs));
-        }
-        CrashDuringAnalysis(journal, {file}, false);
-        {
-            AnalysisJournal j;
-            QVERIFY(j.open(journal));
-            QVERIFY(j.isFailed(file.toStdString(), stamp.size, stamp.modifiedNs));
-            QVERIFY(j.isSuspect(other.toStdString(), otherStamp.size, otherStamp.modifiedNs));
-        }
+        CrashDuringAnalysis(journal, {file, other});
+        QCOMPARE(EntryOf(journal, file), Entry::Suspect);
+        CrashDuringAnalysis(journal, {file});
+        QCOMPARE(EntryOf(journal, file), Entry::Failed);
+        QCOMPARE(EntryOf(journal, other), Entry::Suspect);
         KrokManager registry;
         registry.SetJournalPath(journal);
         registry.Initialize();
         registry.AnalyzeFile(other);
         AudioFileInfo info;
         QVERIFY(registry.FindFileInfo(other, info));
-        QCOMPARE(info.isValid, 1);
         QCOMPARE(info.samples, 4410);
         registry.Finalize();
-        AnalysisJournal after;
-        QVERIFY(after.open(journal));
-        QVERIFY(!after.isSuspect(other.toStdString(), otherStamp.size, otherStamp.modifiedNs));
-        QVERIFY(!after.isFailed(other.toStdString(), otherStamp.size, otherStamp.modifiedNs));
-        QVERIFY(after.isFailed(file.toStdString(), stamp.size, stamp.modifiedNs));
+        QCOMPARE(EntryOf(journal, other), Entry::Clear);
+        QCOMPARE(EntryOf(journal, file), Entry::Failed);
     }
 
     void scannerHonoursTheSameJournal()
     {
         const QString cache = dir.filePath(QStringLiteral("xdg"));
-        CrashDuringAnalysis(cache + QStringLiteral("/Orvane Works/Tesk/analysis-journal"), {file},
-                            false);
-        QProcess scan;
+        CrashDuringAnalysis(cache + QStringLiteral("/Orvane Works/Tesk/analysis-journal"), {file});
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         env.insert(QStringLiteral("XDG_CACHE_HOME"), cache);
-        scan.setProcessEnvironment(env);
-        scan.start(QStringLiteral(TESK_SCAN_PATH), {QStringLiteral("--json"), dir.path()});
-        QVERIFY(scan.waitForFinished(60000));
-        QCOMPARE(scan.exitCode(), 0);
-        const QJsonArray rows = QJsonDocument::fromJson(scan.readAllStandardOutput()).array();
+        const ScanRun run = RunScan({QStringLiteral("--json"), dir.path()}, env);
+        QCOMPARE(run.exitCode, 0);
+        const QJsonArray rows = QJsonDocument::fromJson(run.out).array();
         QCOMPARE(rows.size(), 1);
-        const QJsonObject row = rows.first().toObject();
-        QCOMPARE(row.value(QStringLiteral("isValid")).toInt(), 0);
-        QCOMPARE(row.value(QStringLiteral("errorText")).toString(),
-                 QString::fromLatin1(kErrorAnalysisCrashed));
+        QCOMPARE(rows[0]["isValid"].toInt(), 0);
+        QCOMPARE(rows[0]["errorText"].toString(), QString::fromLatin1(kErrorAnalysisCrashed));
     }
 };
 

@@ -1,0 +1,275 @@
+// The player and the detail view, alone and in the real main window, where
+// they drive the table's playlist and play its regions. The engine has no
+// sound card here and plays on its silent output in real time.
+#include "KrokManager.h"
+#include "KrokTableSortModel.h"
+#include "LoudnessMatch.h"
+#include "MainWindow.h"
+#include "MenuBar.h"
+#include "TableRoles.h"
+#include "TeskManager.h"
+#include "WaveBuilder.h"
+#include "WaveHeaderReader.h"
+#include "WidgetDetailView.h"
+#include "WidgetPlayer.h"
+#include "WidgetTableBrowser.h"
+
+#include <QAction>
+#include <QLabel>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QSlider>
+#include <QTemporaryDir>
+#include <QToolButton>
+#include <QtTest>
+
+namespace {
+
+constexpr int kRate = 48000;
+
+QAction* ActionWithShortcut(QWidget* window, Qt::Key key)
+{
+    for (QAction* action : window->findChildren<QAction*>())
+        if (action->shortcut() == QKeySequence(key))
+            return action;
+    return nullptr;
+}
+
+// The window with `folder` listed and analysed.
+bool ShowFolder(MainWindow& window, const QString& folder)
+{
+    QSignalSpy end(window.GetManager(), &TeskManager::SigEndGetDetailInfo);
+    window.GetManager()->SlotChangeRootPathCalled(folder);
+    return end.wait(30000);
+}
+
+} // namespace
+
+class TestPlaybackWidgets : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir dir_;
+
+    QString sine(const QString& name, double seconds, int channels = 1)
+    {
+        const QString file = dir_.filePath(name);
+        return fixtures::writeSineWav(file, kRate, channels, int(seconds * kRate), 0.1, 330.0)
+                   ? file
+                   : QString();
+    }
+
+private slots:
+    void initTestCase()
+    {
+        // Region files go to the temporary location: this test's own folder.
+        QVERIFY(QDir().mkpath(dir_.filePath(QStringLiteral("tmp"))));
+        qputenv("TMPDIR", QFile::encodeName(dir_.filePath(QStringLiteral("tmp"))));
+        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, dir_.filePath("config"));
+    }
+
+    // Only the user's drag tells the engine, in hundredths.
+    void sliderDragSendsVolume()
+    {
+        WidgetPlayer player;
+        QSignalSpy sent(&player, &WidgetPlayer::SigChangeVolume);
+        player.volumeSlider()->setValue(50);
+        for (const int position : {37, 0}) {
+            player.volumeSlider()->setSliderDown(true);
+            player.volumeSlider()->setSliderPosition(position);
+            player.volumeSlider()->setSliderDown(false);
+        }
+        QCOMPARE(sent.count(), 2);
+        QCOMPARE(sent.at(0).at(0).toFloat(), 0.37f);
+        QCOMPARE(sent.at(1).at(0).toFloat(), 0.0f);
+    }
+
+    // The toggles follow the manager's flags both ways; the gain of each
+    // start shows while matching is on; Stop stops the sound and the playlist.
+    void togglesFollowTheManager()
+    {
+        TeskManager manager;
+        WidgetPlayer player;
+        player.ConnectManager(&manager);
+        manager.SlotChangeAutoPlaybackFlagCalled(false);
+        manager.SlotChangePlaylistFlagCalled(true);
+        QVERIFY(!player.autoplayButton()->isChecked() && player.playlistButton()->isChecked());
+        player.autoplayButton()->click();
+        QVERIFY(manager.IsAutoPlayback());
+        player.playlistButton()->click();
+        QVERIFY(!manager.IsPlaylist() && !player.playlistButton()->isChecked());
+
+        QVERIFY(player.gainLabel()->isHidden());
+        player.matchLoudnessButton()->click();
+        QVERIFY(manager.IsMatchLoudness() && !player.gainLabel()->isHidden());
+        for (const auto& [gain, text] : {std::pair<double, QString>{4.46, "+4.5 dB"},
+                                         {-0.04, "0.0 dB"},
+                                         {-12.0, QChar(0x2212) + QStringLiteral("12.0 dB")}}) {
+            emit manager.SigPreviewGainChanged(gain, int(LoudnessMatch::Basis::Matched));
+            QCOMPARE(player.gainLabel()->text(), text);
+        }
+        manager.SlotChangeMatchLoudnessCalled(false);
+        QVERIFY(!player.matchLoudnessButton()->isChecked() && player.gainLabel()->isHidden());
+
+        manager.SlotChangePlaylistFlagCalled(true);
+        manager.SlotStartPlaybackCalled(sine(QStringLiteral("long.wav"), 3.0));
+        QTRY_VERIFY(manager.GetKrokManager()->IsPlaying());
+        QVERIFY(manager.GetPlaylistTimer()->isActive());
+        player.stopButton()->click();
+        QVERIFY(!manager.GetPlaylistTimer()->isActive());
+        QTRY_VERIFY(!manager.GetKrokManager()->IsPlaying());
+    }
+
+    // Playlist on, autoplay off: each file's end plays the next visible row,
+    // rows filtered out are skipped, and the last row ends the list.
+    void playlistPlaysVisibleRowsInOrderAndStopsAtTheLast()
+    {
+        QTemporaryDir folder;
+        for (int i = 0; i < 4; ++i)
+            QVERIFY(fixtures::writeSineWav(folder.filePath(QStringLiteral("take%1.wav").arg(i)),
+                                           kRate, 1, kRate / 4));
+        MainWindow window;
+        TeskManager* manager = window.GetManager();
+        KrokManager* registry = manager->GetKrokManager();
+        WidgetTableBrowser* browser = window.GetTableBrowser();
+        QVERIFY(ShowFolder(window, folder.path()));
+        QTRY_COMPARE(browser->sortModel()->rowCount(), 4);
+        QStringList shown;
+        for (int row = 0; row < 4; ++row)
+            shown << browser->sortModel()->index(row, 0).data(TableRoles::FullPath).toString();
+        krokTableModel* model = browser->tableModel(); // filter out the third visible row
+        for (int row = 0; row < model->rowCount(); ++row)
+            model->setRowMatched(row, model->index(row, 0).data(TableRoles::FullPath) != shown[2]);
+        browser->sortModel()->refilter();
+        manager->SlotChangeAutoPlaybackFlagCalled(false);
+        manager->SlotChangePlaylistFlagCalled(true);
+
+        // Each advance starts the next file at once; what plays is noted then,
+        // not from the position reports, which a busy machine can space out.
+        QStringList played;
+        connect(manager, &TeskManager::SigSelectNextItem, this, [&] {
+            if (registry->GetPlayingPath() != played.last())
+                played << registry->GetPlayingPath();
+        });
+        browser->tableView()->selectRow(0);
+        QVERIFY(!registry->IsPlaying()); // autoplay off
+        window.findChild<WidgetPlayer*>()->playButton()->click();
+        played << registry->GetPlayingPath();
+        QTRY_VERIFY_WITH_TIMEOUT(!manager->GetPlaylistTimer()->isActive() && !registry->IsPlaying(),
+                                 15000);
+        QCOMPARE(played, QStringList({shown[0], shown[1], shown[3]}));
+        QCOMPARE(browser->tableView()->currentIndex().row(), 2);
+    }
+
+    // The output fails to open while the window starts the engine: the message
+    // still reaches the status line, and the silent output it fell back to
+    // plays; T and R, the menu bar's seek keys, move the playing file.
+    void engineStartFailureAndSeekKeys()
+    {
+        qputenv("SDL_AUDIODRIVER", "no_such_driver");
+        MainWindow window;
+        qunsetenv("SDL_AUDIODRIVER");
+        QTRY_VERIFY(window.GetStatusLabel()->text().startsWith(QStringLiteral("E2026112201 : ")));
+        QTemporaryDir folder;
+        const QString file = folder.filePath(QStringLiteral("seek.wav"));
+        QVERIFY(fixtures::writeSineWav(file, kRate, 1, 4 * kRate));
+        QVERIFY(ShowFolder(window, folder.path()));
+        KrokManager* registry = window.GetManager()->GetKrokManager();
+        window.GetManager()->SlotStartPlaybackCalled(file);
+        QTRY_VERIFY(registry->IsPlaying() && registry->GetPlaybackPosition() > kRate / 5);
+        const qint64 before = registry->GetPlaybackPosition();
+        ActionWithShortcut(&window, Qt::Key_T)->trigger();
+        QTRY_VERIFY(registry->IsPlaying());
+        const qint64 ahead = registry->GetPlaybackPosition();
+        QVERIFY2(ahead >= before + kRate,
+                 qPrintable(QStringLiteral("%1 -> %2").arg(before).arg(ahead)));
+        ActionWithShortcut(&window, Qt::Key_R)->trigger();
+        QTRY_VERIFY(registry->IsPlaying());
+        const qint64 behind = registry->GetPlaybackPosition();
+        QVERIFY2(behind < ahead && behind >= ahead - kRate - kRate / 10,
+                 qPrintable(QStringLiteral("%1 -> %2").arg(ahead).arg(behind)));
+        window.GetManager()->SlotStopPlaybackCalled();
+    }
+
+    // A drag across the waveform selects a region, whose WAV is written at
+    // once; a click plays from where it lands and drops the region.
+    void mouseSelectsARegionAndClicksPlay()
+    {
+        const QString wav = sine(QStringLiteral("take.wav"), 4.0, 2);
+        WidgetDetailView view;
+        view.resize(800, 150);
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        view.SetFile(wav);
+        QTRY_VERIFY(view.Overview() != nullptr);
+        QTest::mousePress(&view, Qt::LeftButton, {}, QPoint(200, 75));
+        for (const int x : {260, 400}) { // QTest's own move carries no buttons
+            QMouseEvent move(QEvent::MouseMove, QPoint(x, 75), view.mapToGlobal(QPoint(x, 75)),
+                             Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+            QApplication::sendEvent(&view, &move);
+        }
+        QTest::mouseRelease(&view, Qt::LeftButton, {}, QPoint(400, 75));
+        QCOMPARE(view.RegionStart(), std::int64_t(kRate)); // a quarter of 4 s
+        QCOMPARE(view.RegionEnd(), std::int64_t(2 * kRate));
+        QTRY_VERIFY(!view.RegionFile().isEmpty());
+        QVERIFY(view.RegionFile().startsWith(dir_.path()));
+        WaveHeaderHandle* h = OpenWaveHeader(QFile::encodeName(view.RegionFile()).constData());
+        QVERIFY(h);
+        QCOMPARE(GetWaveSamples(h), kRate);
+        CloseWaveHeader(h);
+
+        QSignalSpy region(&view, &WidgetDetailView::SigPlayRegion);
+        QVERIFY(view.PlayRegion());
+        QCOMPARE(region.count(), 1);
+        QCOMPARE(region.first().at(1).toLongLong() * 10 + region.first().at(2).toLongLong(),
+                 qint64(kRate) * 10 + 2 * kRate);
+        QSignalSpy from(&view, &WidgetDetailView::SigPlayFrom);
+        QTest::mouseClick(&view, Qt::LeftButton, {}, QPoint(600, 75));
+        QCOMPARE(from.count(), 1);
+        QCOMPARE(from.first().at(0).toString(), wav);
+        QCOMPARE(from.first().at(1).toInt(), 3000); // three quarters of 4 s
+        QVERIFY(!view.HasRegion() && !view.PlayRegion());
+    }
+
+    // In the window: the view shows the current row's file, Space plays its
+    // region once, and with the view hidden Space plays the row from its start.
+    void windowPlaysTheRegionOnSpace()
+    {
+        QTemporaryDir folder;
+        const QString file = folder.filePath(QStringLiteral("hit.wav"));
+        QVERIFY(fixtures::writeSineWav(file, kRate, 1, kRate * 3, 0.5, 330.0));
+        MainWindow window;
+        window.resize(1024, 700);
+        window.show();
+        TeskManager* manager = window.GetManager();
+        QVERIFY(ShowFolder(window, folder.path()));
+        manager->SlotChangeAutoPlaybackFlagCalled(false);
+        WidgetTableBrowser* browser = window.GetTableBrowser();
+        QTRY_COMPARE(browser->sortModel()->rowCount(), 1);
+        browser->tableView()->setCurrentIndex(browser->sortModel()->index(0, 0));
+        WidgetDetailView* view = window.GetDetailView();
+        QCOMPARE(view->File(), file);
+        QTRY_VERIFY(view->Overview() != nullptr);
+
+        view->SetRegion(kRate, kRate * 2);
+        QAction* space = ActionWithShortcut(&window, Qt::Key_Space);
+        space->trigger();
+        KrokManager* registry = manager->GetKrokManager();
+        QCOMPARE(registry->GetPlayingPath(), file);
+        QTRY_VERIFY(registry->IsPlaying());
+        const std::int64_t at = registry->GetPlaybackPosition();
+        QVERIFY2(at >= kRate && at < kRate * 2, qPrintable(QString::number(at)));
+        QTRY_VERIFY_WITH_TIMEOUT(!registry->IsPlaying(), 3000); // one second, then the end
+        QTRY_VERIFY(view->ShownPosition() < 0);
+
+        window.GetMenuBar()->detailViewAction()->trigger();
+        QVERIFY(!manager->IsDetailViewVisible() && view->isHidden());
+        space->trigger();
+        QTRY_VERIFY(registry->IsPlaying());
+        QVERIFY(registry->GetPlaybackPosition() < kRate);
+        manager->SlotStopPlaybackCalled();
+    }
+};
+
+QTEST_MAIN(TestPlaybackWidgets)
+#include "tst_playbackwidgets.moc"
