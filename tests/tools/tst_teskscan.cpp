@@ -1,4 +1,7 @@
+#include "AnalysisErrors.h"
+#include "AnalysisJournal.h"
 #include "AnalysisLibraryThread.h"
+#include "KrokManager.h"
 #include "ScanRun.h"
 #include "SqliteAnalysisLibrary.h"
 #include "TestSettings.h"
@@ -14,6 +17,9 @@
 #include <QTest>
 
 #include <csignal>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -72,6 +78,60 @@ std::size_t StoredCount(const QString& library, const QString& folder)
     return store.Open() ? store.KeysIn(LibraryKey::Absolute(folder), true).size() : 0;
 }
 
+enum class Entry
+{
+    Clear,
+    Suspect,
+    Failed
+};
+
+std::pair<std::int64_t, std::int64_t> StampOf(const QString& path)
+{
+    struct stat s
+    {};
+    ::stat(QFile::encodeName(path).constData(), &s);
+    return {s.st_size, std::int64_t(s.st_mtim.tv_sec) * 1000000000 + s.st_mtim.tv_nsec};
+}
+
+// What a new process opening the journal finds for `path` (`touched`: as if changed since).
+Entry EntryOf(const QString& journal, const QString& path, bool touched = false)
+{
+    AnalysisJournal j;
+    const auto [size, ns] = StampOf(path);
+    if (!j.open(journal))
+        return Entry::Clear;
+    if (j.isFailed(path.toStdString(), size, ns + touched))
+        return Entry::Failed;
+    return j.isSuspect(path.toStdString(), size, ns + touched) ? Entry::Suspect : Entry::Clear;
+}
+
+// A process that enters `paths` in the journal and then dies (or, with
+// `stayAlive`, waits until it is killed) without ending the entries.
+pid_t CrashDuringAnalysis(const QString& journal, const QStringList& paths, bool stayAlive = false)
+{
+    int ready[2];
+    if (::pipe(ready) != 0)
+        return -1;
+    const pid_t child = ::fork();
+    if (child == 0) {
+        AnalysisJournal j;
+        if (j.open(journal))
+            for (const QString& path : paths)
+                j.begin(path.toStdString(), StampOf(path).first, StampOf(path).second);
+        (void)::write(ready[1], "1", 1);
+        while (stayAlive)
+            ::pause();
+        ::_exit(0);
+    }
+    char byte = 0;
+    (void)::read(ready[0], &byte, 1);
+    ::close(ready[0]);
+    ::close(ready[1]);
+    if (!stayAlive)
+        ::waitpid(child, nullptr, 0);
+    return child;
+}
+
 } // namespace
 
 class TestTeskScan final : public QObject
@@ -81,6 +141,19 @@ class TestTeskScan final : public QObject
     fixtures::TestSettings settings; // the default library goes to the test's own cache
     QTemporaryDir dir;
     QTemporaryDir scratch;
+    QTemporaryDir crashDir;
+    QString journal;
+    QString file;
+
+    // A journal of its own and one file for each crash-journal test.
+    void freshJournal()
+    {
+        journal = crashDir.filePath(QStringLiteral("cache/analysis-journal"));
+        QFile::remove(journal);
+        file = crashDir.filePath(QStringLiteral("take.wav"));
+        QVERIFY(fixtures::writeSineWav(file, 48000, 2, 4800));
+        QVERIFY(QDir().mkpath(crashDir.filePath(QStringLiteral("elsewhere")))); // not scanned below
+    }
 
 private slots:
     void initTestCase()
@@ -91,12 +164,32 @@ private slots:
         QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("sub")));
         QVERIFY(QFile::copy(Fixture("tones-mono.ogg"), dir.filePath(QStringLiteral("sub/d.ogg"))));
         QVERIFY(QFile::copy(Fixture("tones-mono.wav"), dir.filePath(".e-hidden.wav")));
-        QVERIFY(fixtures::WriteBytes(dir.filePath(QStringLiteral("notes.txt"))));
+        QVERIFY(fixtures::WriteBytes(dir.filePath(QStringLiteral("ucs.csv")),
+                                     "Category,SubCategory,CatID,Explanations\n"
+                                     "DOORS,WOOD,DOORWood,\"Wooden doors, gates\"\n"));
+        fixtures::Bext bext;
+        bext.description = "Old oak door, slow creak, \"heavy\"";
+        bext.originator = "Field Kit";
+        bext.originationDate = "2023-04-01";
+        bext.originationTime = "12:30:05";
+        bext.timeReference = 48000ull * 3600;
+        const std::string ixml = "<BWFXML><SCENE>12A</SCENE><TAKE>3</TAKE><SPEED><TIMECODE_RATE>"
+                                 "25/1</TIMECODE_RATE></SPEED></BWFXML>";
+        QVERIFY(fixtures::writeFile(
+            dir.filePath(QStringLiteral("DOORWood_Creak Open_JD_FKIT_01.wav")),
+            fixtures::wavWith(
+                {fixtures::chunk("bext", fixtures::bextBody(bext)),
+                 fixtures::chunk("iXML", fixtures::text(ixml)),
+                 fixtures::chunk("LIST", fixtures::infoList({{"ICMT", "line one\r\nline two"}})),
+                 fixtures::chunk("acid", fixtures::acidBody(2, 57, 8, 4, 4, 92.5f))})));
     }
 
+    // The hidden file is listed, the sub-folder's is not; names with commas and
+    // quotes survive the quoting; metadata and the category list fill their columns.
     void csvRows()
     {
-        const ScanRun run = RunScan({QStringLiteral("--hidden"), dir.path()});
+        const ScanRun run = RunScan(
+            {"--hidden", "--ucs-list", dir.filePath(QStringLiteral("ucs.csv")), dir.path()});
         QCOMPARE(run.exitCode, 0);
         const QList<QStringList> rows = ParseCsv(run.out);
         QCOMPARE(rows.value(0).join(','),
@@ -104,22 +197,24 @@ private slots:
                                 "Samples,BIT,Duration,Plots,Loudness,Loops,Sort Specification,"
                                 "Sort Comments,Description,Title/Name,Artist/Originator,Comment,"
                                 "Date,Tempo/Key,CatID,Category,FX Name,Creator,Source"));
-        QCOMPARE(rows.size(), 1 + 4); // the hidden one too, not the sub-folder's
+        QCOMPARE(rows.size(), 1 + 5);
         for (const QStringList& row : rows)
             QCOMPARE(row.size(), 26);
         const QStringList mp3 = RowFor(rows, QStringLiteral("a-tones.mp3"));
         QCOMPARE(mp3.value(1), dir.filePath(QStringLiteral("a-tones.mp3")));
         QCOMPARE(mp3.value(2),
                  QStringLiteral("%1 KB").arg(QFileInfo(mp3.value(1)).size() / 1024.0, 0, 'f', 2));
-        QVERIFY(
-            QDateTime::fromString(mp3.value(3), QStringLiteral("yyyy/MM/dd HH:mm:ss")).isValid());
-        QCOMPARE(mp3.mid(4, 11).join('|'),
-                 QStringLiteral("MP3|44100|2|220500|128|0:05.000||---|0||"));
-        QCOMPARE(mp3.mid(15).join(QString()), QString());
+        QVERIFY(QDateTime::fromString(mp3.value(3), "yyyy/MM/dd HH:mm:ss").isValid());
+        QCOMPARE(mp3.mid(4).join('|'),
+                 QStringLiteral("MP3|44100|2|220500|128|0:05.000||---|0|||||||||||||"));
         QCOMPARE(RowFor(rows, "c, \"quoted\".wav").mid(4, 5).join('|'),
                  QStringLiteral("wav|44100|2|220500|16"));
         QCOMPARE(RowFor(rows, QStringLiteral("b-broken.mp3")).value(4), QStringLiteral("ERROR"));
         QVERIFY(!RowFor(rows, QStringLiteral(".e-hidden.wav")).isEmpty());
+        QCOMPARE(RowFor(rows, QStringLiteral("DOORWood_Creak Open_JD_FKIT_01.wav")).mid(15),
+                 (QStringList{"Old oak door, slow creak, \"heavy\"", "12A", "Field Kit",
+                              "line one line two", "2023-04-01 12:30:05", "92.5 BPM, A3",
+                              "DOORWood", "DOORS-WOOD", "Creak Open", "JD", "FKIT"}));
     }
 
     void json()
@@ -127,29 +222,29 @@ private slots:
         const ScanRun run = RunScan({"--json", "--multi-plot", "-r", "-l", dir.path()});
         QCOMPARE(run.exitCode, 0);
         const QJsonArray files = QJsonDocument::fromJson(run.out).array();
-        QCOMPARE(files.size(), 4);
+        QCOMPARE(files.size(), 5);
         int checked = 0;
         for (const QJsonValue& value : files) {
             const QJsonObject o = value.toObject();
-            for (const char* key :
-                 {"isHeaderRead", "modifyTime", "loopCount", "markerCount", "bitDepthOrMinKbps",
-                  "bitDepthOrMaxKbps", "loopStart", "loopEnd"})
-                QVERIFY2(o.contains(QLatin1String(key)), key);
             QCOMPARE(o.value("plot").toArray().size(), 500);
-            const QJsonArray multi = o.value("multiPlot").toArray();
-            QCOMPARE(multi.size(), o.value("channels").toInt());
-            for (const QJsonValue& channel : multi)
-                QCOMPARE(channel.toArray().size(), 500);
+            QCOMPARE(o["multiPlot"].toArray().size(), o["channels"].toInt());
+            QCOMPARE(o["multiPlot"][0].toArray().size(), 500);
             const QString path = o.value("path").toString();
             if (path.endsWith(QLatin1String("b-broken.mp3")))
                 checked += o.value("isValid").toInt() == 0;
+            if (path.endsWith(QLatin1String("_01.wav"))) {
+                const QJsonObject m = o["metadata"].toObject();
+                QCOMPARE(m["comment"].toString(), QStringLiteral("line one\nline two"));
+                QCOMPARE(m["take"].toString() + m["timecode"].toString(), "301:00:00:00");
+                QCOMPARE(m["acid"]["rootNote"].toInt(), 57);
+                ++checked;
+            }
             if (!path.endsWith(QLatin1String("d.ogg")))
                 continue;
             ++checked;
             QCOMPARE(o.value("format").toString(), QStringLiteral("Vorbis"));
             QCOMPARE(o.value("samples").toInt(), 220500);
             QCOMPARE(o.value("isMultiPlotValid").toInt(), 1);
-            QCOMPARE(o.value("fileSize").toInt(), int(QFileInfo(Fixture("tones-mono.ogg")).size()));
             QVERIFY(o.value("loudness").toDouble() > -40 && o.value("loudness").toDouble() < -10);
             const QJsonArray plot = o.value("plot").toArray(); // max/min pairs
             int drawn = 0;
@@ -159,54 +254,7 @@ private slots:
             }
             QVERIFY(drawn > 200);
         }
-        QCOMPARE(checked, 2);
-        QTemporaryDir empty;
-        const QJsonDocument none = QJsonDocument::fromJson(RunScan({"--json", empty.path()}).out);
-        QVERIFY(none.isArray() && none.array().isEmpty());
-    }
-
-    void metadataFields()
-    {
-        QTemporaryDir meta;
-        fixtures::Bext bext;
-        bext.description = "Old oak door, slow creak, \"heavy\"";
-        bext.originator = "Field Kit";
-        bext.originationDate = "2023-04-01";
-        bext.originationTime = "12:30:05";
-        bext.timeReference = 48000ull * 3600;
-        const std::string ixml = "<BWFXML><SCENE>12A</SCENE><TAKE>3</TAKE><SPEED><TIMECODE_RATE>"
-                                 "25/1</TIMECODE_RATE></SPEED></BWFXML>";
-        const QString door = QStringLiteral("DOORWood_Creak Open_JD_FKIT_01.wav");
-        QVERIFY(fixtures::writeFile(
-            meta.filePath(door),
-            fixtures::wavWith(
-                {fixtures::chunk("bext", fixtures::bextBody(bext)),
-                 fixtures::chunk("iXML", fixtures::text(ixml)),
-                 fixtures::chunk("LIST", fixtures::infoList({{"ICMT", "line one\r\nline two"}})),
-                 fixtures::chunk("acid", fixtures::acidBody(2, 57, 8, 4, 4, 92.5f))})));
-        QVERIFY(fixtures::writeFile(meta.filePath("kick_01_hard_v2.wav"), fixtures::wavWith({})));
-        const QString list = meta.filePath(QStringLiteral("ucs.csv"));
-        QVERIFY(fixtures::WriteBytes(list, "Category,SubCategory,CatID,Explanations\n"
-                                           "DOORS,WOOD,DOORWood,\"Wooden doors, gates\"\n"));
-
-        QList<QStringList> rows = ParseCsv(RunScan({meta.path()}).out);
-        QCOMPARE(RowFor(rows, door).mid(15),
-                 (QStringList{"Old oak door, slow creak, \"heavy\"", "12A", "Field Kit",
-                              "line one line two", "2023-04-01 12:30:05", "92.5 BPM, A3",
-                              "DOORWood", "", "Creak Open", "JD", "FKIT"}));
-        QCOMPARE(RowFor(rows, "kick_01_hard_v2.wav").mid(15).join(QString()), QString());
-        rows = ParseCsv(RunScan({"--ucs-list", list, meta.path()}).out);
-        QCOMPARE(RowFor(rows, door).value(22), QStringLiteral("DOORS-WOOD"));
-
-        const QJsonArray files =
-            QJsonDocument::fromJson(RunScan({"--ucs-list", list, "--json", meta.path()}).out)
-                .array();
-        const QJsonObject m = files[0]["metadata"].toObject();
-        QCOMPARE(m["comment"].toString(), QStringLiteral("line one\nline two"));
-        QCOMPARE(m["take"].toString() + m["timecode"].toString(), "301:00:00:00");
-        QCOMPARE(m["acid"]["rootNote"].toInt(), 57);
-        QCOMPARE(files[0]["ucs"]["userData"].toString(), QStringLiteral("01"));
-        QVERIFY(files[1]["metadata"].toObject().isEmpty() && files[1]["ucs"].toObject().isEmpty());
+        QCOMPARE(checked, 3);
     }
 
     void usageErrors_data()
@@ -214,7 +262,7 @@ private slots:
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<QByteArray>("says");
         QTest::newRow("missing folder") << QStringList{dir.filePath("nowhere")} << QByteArray();
-        QTest::newRow("a file") << QStringList{dir.filePath("notes.txt")} << QByteArray();
+        QTest::newRow("a file") << QStringList{dir.filePath("ucs.csv")} << QByteArray();
         QTest::newRow("bad option") << QStringList{"--frobnicate", dir.path()} << QByteArray();
         QTest::newRow("no folder") << QStringList{"--json"} << QByteArray();
         QTest::newRow("two folders") << QStringList{dir.path(), dir.path()} << QByteArray();
@@ -250,48 +298,16 @@ private slots:
         for (int pass = 0; pass < 2; ++pass) {
             const ScanRun run = RunScan(QStringList{"--library", library} + scan);
             QCOMPARE(run.out, plain.out);
-            QCOMPARE(run.err, QByteArray());
+            QCOMPARE(run.status(), QByteArray("0 "));
         }
-        QCOMPARE(StoredCount(library, dir.path()), 4u);
+        QCOMPARE(StoredCount(library, dir.path()), 5u);
         // A damaged library is set aside with one line on stderr, and the scan goes on.
         QVERIFY(fixtures::WriteBytes(library, QByteArray(8192, '\x01')));
         const ScanRun damaged = RunScan(QStringList{"--library", library} + scan);
         QCOMPARE(damaged.out, plain.out);
         QCOMPARE(damaged.err.count('\n'), 1);
         QVERIFY(damaged.err.startsWith("tesk-scan: The analysis library was damaged"));
-        QCOMPARE(StoredCount(library, dir.path()), 4u);
-    }
-
-    void twoProcessesWriteAtOnce()
-    {
-        const QString library = scratch.filePath(QStringLiteral("shared.sqlite"));
-        const QString one = MakeFolder(scratch.filePath(QStringLiteral("one")), 300);
-        const QString two = MakeFolder(scratch.filePath(QStringLiteral("two")), 300);
-        QVERIFY(!one.isEmpty() && !two.isEmpty());
-        // Two scans of one folder and one of the other, all at the same time.
-        std::vector<std::unique_ptr<QProcess>> processes;
-        for (const QString& folder : {one, two, one}) {
-            processes.push_back(std::make_unique<QProcess>());
-            processes.back()->setStandardOutputFile(QProcess::nullDevice());
-            processes.back()->start(QStringLiteral(TESK_SCAN_PATH),
-                                    {"-l", "--library", library, folder});
-        }
-        for (const auto& process : processes) {
-            QVERIFY(process->waitForFinished(120000));
-            QCOMPARE(process->exitCode(), 0);
-            QCOMPARE(process->readAllStandardError(), QByteArray());
-        }
-        SqliteAnalysisLibrary store(library);
-        QVERIFY(store.Open());
-        for (const QString& folder : {one, two}) {
-            const LibraryKeys keys = store.KeysIn(LibraryKey::Absolute(folder), true);
-            QCOMPARE(int(keys.size()), 300);
-            for (const auto& row : store.Fetch(keys)) {
-                QVERIFY(row && row->stamp == ReadFileStamp(row->key.path));
-                QCOMPARE(row->info.measuredParts, int(AnalysisPartLoudness));
-                QVERIFY(row->info.loudness > -40.0f);
-            }
-        }
+        QCOMPARE(StoredCount(library, dir.path()), 5u);
     }
 
     void killedMidWriteLosesAtMostABatch()
@@ -323,14 +339,105 @@ private slots:
         QVERIFY2(stored >= printed - 2 * int(AnalysisLibraryThread::kBatchRows),
                  qPrintable(QStringLiteral("%1 stored, %2 printed").arg(stored).arg(printed)));
 
-        const ScanRun again = RunScan({"-l", "--library", library, folder});
-        QCOMPARE(again.exitCode, 0);
-        QCOMPARE(again.err, QByteArray());
-        // One file caught alone in its analysis is named by the journal and
-        // shows as failed; several caught at once are analysed again, alone.
-        const int named = again.out.count(",ERROR,");
-        QVERIFY2(named <= 1, again.out.constData());
-        QCOMPARE(StoredCount(library, folder), std::size_t(2000 - named));
+        // Two scans write the rest at once. One file caught alone in its
+        // analysis is named by the journal and shows as failed; several caught
+        // at once are analysed again, alone.
+        const auto again = RunScansAtOnce(
+            {{"-l", "--library", library, folder}, {"-l", "--library", library, folder}});
+        QCOMPARE(again[0].status() + again[1].status(), QByteArray("0 0 "));
+        const int named = again[0].out.count(",ERROR,");
+        QVERIFY2(named <= 1, again[0].out.constData());
+        SqliteAnalysisLibrary store(library);
+        QVERIFY(store.Open());
+        const LibraryKeys keys = store.KeysIn(LibraryKey::Absolute(folder), true);
+        QCOMPARE(keys.size(), std::size_t(2000 - named));
+        for (const auto& row : store.Fetch(keys))
+            QVERIFY(row && row->stamp == ReadFileStamp(row->key.path) &&
+                    row->info.measuredParts == AnalysisPartLoudness);
+    }
+
+    // The crash journal: an analysis that never ended (its process died) marks
+    // the file failed until it changes, for the registry and for tesk-scan
+    // alike; a process that is still running keeps its entries.
+    void deadProcessMarksItsFileFailed()
+    {
+        freshJournal();
+        const pid_t child = CrashDuringAnalysis(journal, {file}, true);
+        const QString ended = crashDir.filePath(QStringLiteral("elsewhere/ended.wav"));
+        QVERIFY(child > 0 && fixtures::writeSineWav(ended, 48000, 1, 480));
+        {
+            AnalysisJournal j;
+            QVERIFY(j.open(journal));
+            j.end(j.begin(ended.toStdString(), StampOf(ended).first, StampOf(ended).second));
+        }
+        QCOMPARE(EntryOf(journal, file), Entry::Clear); // its process still runs
+        ::kill(child, SIGKILL);
+        ::waitpid(child, nullptr, 0);
+        QCOMPARE(EntryOf(journal, ended), Entry::Clear); // an analysis that ends leaves nothing
+        QCOMPARE(EntryOf(journal, file), Entry::Failed);
+        QCOMPARE(EntryOf(journal, file), Entry::Failed); // across starts, not only the first
+        QCOMPARE(EntryOf(journal, file, true), Entry::Clear);
+        QCOMPARE(EntryOf(journal, file), Entry::Clear); // a changed file is forgotten for good
+    }
+
+    void registryShowsTheCrashUntilTheFileChanges()
+    {
+        freshJournal();
+        CrashDuringAnalysis(journal, {file});
+        KrokManager registry;
+        registry.SetJournalPath(journal);
+        registry.Initialize();
+        registry.AnalyzeFile(file);
+        AudioFileInfo info;
+        QVERIFY(registry.FindFileInfo(file, info));
+        QCOMPARE(info.isValid, 0);
+        QCOMPARE(info.errorText, std::string(kErrorAnalysisCrashed));
+        QCOMPARE(info.fileSize, StampOf(file).first);
+        QVERIFY(fixtures::writeSineWav(file, 48000, 2, 9600));
+        registry.AnalyzeFile(file);
+        QVERIFY(registry.FindFileInfo(file, info));
+        QCOMPARE(info.samples, 9600);
+        registry.Finalize();
+    }
+
+    // Two in flight when the process died: neither is known to be the
+    // culprit, so both are suspects, analysed again alone. One that takes the
+    // process down on its own then is named; one that passes is cleared.
+    void severalInFlightAreAnalysedAgainAlone()
+    {
+        freshJournal();
+        const QString other = crashDir.filePath(QStringLiteral("elsewhere/other.wav"));
+        QVERIFY(fixtures::writeSineWav(other, 44100, 1, 4410));
+        CrashDuringAnalysis(journal, {file, other});
+        QCOMPARE(EntryOf(journal, file), Entry::Suspect);
+        CrashDuringAnalysis(journal, {file});
+        QCOMPARE(EntryOf(journal, file), Entry::Failed);
+        QCOMPARE(EntryOf(journal, other), Entry::Suspect);
+        KrokManager registry;
+        registry.SetJournalPath(journal);
+        registry.Initialize();
+        registry.AnalyzeFile(other);
+        AudioFileInfo info;
+        QVERIFY(registry.FindFileInfo(other, info));
+        QCOMPARE(info.samples, 4410);
+        registry.Finalize();
+        QCOMPARE(EntryOf(journal, other), Entry::Clear);
+        QCOMPARE(EntryOf(journal, file), Entry::Failed);
+    }
+
+    void scannerHonoursTheSameJournal()
+    {
+        freshJournal();
+        const QString cache = crashDir.filePath(QStringLiteral("xdg"));
+        CrashDuringAnalysis(cache + QStringLiteral("/Orvane Works/Tesk/analysis-journal"), {file});
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("XDG_CACHE_HOME"), cache);
+        const ScanRun run = RunScan({QStringLiteral("--json"), crashDir.path()}, env);
+        QCOMPARE(run.exitCode, 0);
+        const QJsonArray rows = QJsonDocument::fromJson(run.out).array();
+        QCOMPARE(rows.size(), 1);
+        QCOMPARE(rows[0]["isValid"].toInt(), 0);
+        QCOMPARE(rows[0]["errorText"].toString(), QString::fromLatin1(kErrorAnalysisCrashed));
     }
 };
 
