@@ -400,14 +400,6 @@ private slots:
         QCOMPARE(GetWaveBitDepth(out.get()), 24);
     }
 
-    void unreadableSourceSaysSo()
-    {
-        QVERIFY(writeFile(path(QStringLiteral("junk.wav")), Bytes(200, 'x')));
-        const QString target = path(QStringLiteral("junk-region.wav"));
-        QVERIFY(!ExportRegion(path(QStringLiteral("junk.wav")), 0, 10, target).isEmpty());
-        QVERIFY(!QFile::exists(target));
-    }
-
     // Region files go at the end of the run that made them, or at the next
     // start after a crash; a running run's files and anything not a region
     // file stay.

@@ -217,46 +217,6 @@ private slots:
                               "DOORWood", "DOORS-WOOD", "Creak Open", "JD", "FKIT"}));
     }
 
-    void json()
-    {
-        const ScanRun run = RunScan({"--json", "--multi-plot", "-r", "-l", dir.path()});
-        QCOMPARE(run.exitCode, 0);
-        const QJsonArray files = QJsonDocument::fromJson(run.out).array();
-        QCOMPARE(files.size(), 5);
-        int checked = 0;
-        for (const QJsonValue& value : files) {
-            const QJsonObject o = value.toObject();
-            QCOMPARE(o.value("plot").toArray().size(), 500);
-            QCOMPARE(o["multiPlot"].toArray().size(), o["channels"].toInt());
-            QCOMPARE(o["multiPlot"][0].toArray().size(), 500);
-            const QString path = o.value("path").toString();
-            if (path.endsWith(QLatin1String("b-broken.mp3")))
-                checked += o.value("isValid").toInt() == 0;
-            if (path.endsWith(QLatin1String("_01.wav"))) {
-                const QJsonObject m = o["metadata"].toObject();
-                QCOMPARE(m["comment"].toString(), QStringLiteral("line one\nline two"));
-                QCOMPARE(m["take"].toString() + m["timecode"].toString(), "301:00:00:00");
-                QCOMPARE(m["acid"]["rootNote"].toInt(), 57);
-                ++checked;
-            }
-            if (!path.endsWith(QLatin1String("d.ogg")))
-                continue;
-            ++checked;
-            QCOMPARE(o.value("format").toString(), QStringLiteral("Vorbis"));
-            QCOMPARE(o.value("samples").toInt(), 220500);
-            QCOMPARE(o.value("isMultiPlotValid").toInt(), 1);
-            QVERIFY(o.value("loudness").toDouble() > -40 && o.value("loudness").toDouble() < -10);
-            const QJsonArray plot = o.value("plot").toArray(); // max/min pairs
-            int drawn = 0;
-            for (int i = 0; i < 500; i += 2) {
-                QVERIFY(plot.at(i).toInt() >= plot.at(i + 1).toInt());
-                drawn += plot.at(i).toInt() != 0;
-            }
-            QVERIFY(drawn > 200);
-        }
-        QCOMPARE(checked, 3);
-    }
-
     void usageErrors_data()
     {
         QTest::addColumn<QStringList>("arguments");
@@ -286,28 +246,6 @@ private slots:
         QCOMPARE(run.exitCode, 2);
         QVERIFY(run.out.isEmpty());
         QVERIFY(run.err.startsWith("tesk-scan: ") && run.err.contains(says));
-    }
-
-    void libraryOptions()
-    {
-        const QString library = scratch.filePath(QStringLiteral("options.sqlite"));
-        const QStringList scan{QStringLiteral("-r"), QStringLiteral("-l"), dir.path()};
-        const ScanRun plain = RunScan(QStringList{"--no-library"} + scan);
-        QCOMPARE(plain.exitCode, 0);
-        QVERIFY(!QFile::exists(library));
-        for (int pass = 0; pass < 2; ++pass) {
-            const ScanRun run = RunScan(QStringList{"--library", library} + scan);
-            QCOMPARE(run.out, plain.out);
-            QCOMPARE(run.status(), QByteArray("0 "));
-        }
-        QCOMPARE(StoredCount(library, dir.path()), 5u);
-        // A damaged library is set aside with one line on stderr, and the scan goes on.
-        QVERIFY(fixtures::WriteBytes(library, QByteArray(8192, '\x01')));
-        const ScanRun damaged = RunScan(QStringList{"--library", library} + scan);
-        QCOMPARE(damaged.out, plain.out);
-        QCOMPARE(damaged.err.count('\n'), 1);
-        QVERIFY(damaged.err.startsWith("tesk-scan: The analysis library was damaged"));
-        QCOMPARE(StoredCount(library, dir.path()), 5u);
     }
 
     void killedMidWriteLosesAtMostABatch()
