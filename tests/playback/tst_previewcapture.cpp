@@ -91,34 +91,6 @@ class TestPreviewCapture : public QObject
         return out;
     }
 
-    // Plays what `play` starts until `frames` frames were heard, then checks
-    // that after the fade-in the card got exactly the frames a straight decode
-    // of `file` has at source(i).
-    template<typename Play, typename Source>
-    void expectDecodedFrames(const QString& file, std::size_t frames, Play play, Source source)
-    {
-        int channels = 0;
-        const std::vector<float> decoded = decodeWhole(file, channels);
-        QCOMPARE(channels, 2);
-        // Half real time: a sanitizer build on a busy machine decodes slowly,
-        // and the first fill holds only 2048 frames.
-        start(10);
-        lumo_->SetStreamThreshold(0);
-        play();
-        QVERIFY(lumo_->IsStreaming());
-        QTRY_VERIFY_WITH_TIMEOUT(lumo_->GetPlayedSamples() > std::int64_t(source(0) + frames),
-                                 15000);
-        lumo_->Stop();
-        const auto out = finishCapture();
-        const std::size_t first = firstSound(out);
-        QVERIFY(out.size() >= first + 2 * frames);
-        for (std::size_t i = kRamp; i < frames; ++i)
-            for (std::size_t c = 0; c < 2; ++c)
-                QVERIFY2(std::fabs(out[first + 2 * i + c] - decoded[2 * source(i) + c]) < 1e-6f,
-                         qPrintable(QStringLiteral("frame %1").arg(i)));
-        QCOMPARE(AudioEngine::GetCallbackStats().streamUnderruns, std::int64_t(0));
-    }
-
     static constexpr std::size_t kLoopStart = 10007;
     static constexpr std::size_t kLoopLength = 9973;
 
@@ -152,47 +124,53 @@ private slots:
         qunsetenv("SDL_DISKAUDIODELAY");
     }
 
-    // A seek into a streamed MP3, Ogg or FLAC file: after the fade-in, the card gets
-    // exactly the frames a straight decode has at the requested position.
-    void seekInAStreamedFileLandsOnItsFrame_data()
+    // A seek into a streamed MP3, Ogg or FLAC file, or an Ogg or FLAC file whose
+    // comments state a loop, or a WAV with a sampler loop, from the top: after
+    // the fade-in the card gets exactly the frames of a straight decode, each
+    // loop wrap sample-exact.
+    void streamedFileSendsItsOwnFrames_data()
     {
         QTest::addColumn<QString>("name");
-        QTest::addColumn<int>("startMs");
+        QTest::addColumn<int>("startMs"); // -1: from the top, through its loop
         QTest::newRow("MP3 at 4321 ms") << "music.mp3" << 4321;
         QTest::newRow("Ogg at 1234 ms") << "music.ogg" << 1234;
         QTest::newRow("FLAC at 2345 ms") << "music.flac" << 2345;
+        QTest::newRow("Ogg loop") << "loop.ogg" << -1;
+        QTest::newRow("FLAC loop") << "loop.flac" << -1;
+        QTest::newRow("WAV loop") << "loop.wav" << -1;
     }
 
-    void seekInAStreamedFileLandsOnItsFrame()
+    void streamedFileSendsItsOwnFrames()
     {
         QFETCH(QString, name);
         QFETCH(int, startMs);
         const QString file = dir_.filePath(name);
-        expectDecodedFrames(
-            file, 9600, [&] { lumo_->PlayFrom(file, startMs); },
-            [&](std::size_t i) { return std::size_t(startMs) * 48 + i; });
-    }
-
-    // An Ogg or FLAC file whose comments state a loop, or a WAV with a sampler
-    // loop, streams head then loop rounds, each wrap sample-exact.
-    void streamedLoopWrapsSampleExactly_data()
-    {
-        QTest::addColumn<QString>("name");
-        QTest::newRow("Ogg") << "loop.ogg";
-        QTest::newRow("FLAC") << "loop.flac";
-        QTest::newRow("WAV") << "loop.wav";
-    }
-
-    void streamedLoopWrapsSampleExactly()
-    {
-        QFETCH(QString, name);
-        expectDecodedFrames(
-            dir_.filePath(name), kLoopStart + 2 * kLoopLength + 100,
-            [&] { lumo_->Play(dir_.filePath(name)); },
-            [](std::size_t i) {
-                return i < kLoopStart + kLoopLength ? i
-                                                    : kLoopStart + (i - kLoopStart) % kLoopLength;
-            });
+        const std::size_t frames = startMs < 0 ? kLoopStart + 2 * kLoopLength + 100 : 9600;
+        const auto source = [&](std::size_t i) {
+            if (startMs >= 0)
+                return std::size_t(startMs) * 48 + i;
+            return i < kLoopStart + kLoopLength ? i : kLoopStart + (i - kLoopStart) % kLoopLength;
+        };
+        int channels = 0;
+        const std::vector<float> decoded = decodeWhole(file, channels);
+        QCOMPARE(channels, 2);
+        // Half real time: a sanitizer build on a busy machine decodes slowly,
+        // and the first fill holds only 2048 frames.
+        start(10);
+        lumo_->SetStreamThreshold(0);
+        lumo_->PlayFrom(file, std::max(startMs, 0));
+        QVERIFY(lumo_->IsStreaming());
+        QTRY_VERIFY_WITH_TIMEOUT(lumo_->GetPlayedSamples() > std::int64_t(source(0) + frames),
+                                 15000);
+        lumo_->Stop();
+        const auto out = finishCapture();
+        const std::size_t first = firstSound(out);
+        QVERIFY(out.size() >= first + 2 * frames);
+        for (std::size_t i = kRamp; i < frames; ++i)
+            for (std::size_t c = 0; c < 2; ++c)
+                QVERIFY2(std::fabs(out[first + 2 * i + c] - decoded[2 * source(i) + c]) < 1e-6f,
+                         qPrintable(QStringLiteral("frame %1").arg(i)));
+        QCOMPARE(AudioEngine::GetCallbackStats().streamUnderruns, std::int64_t(0));
     }
 
     // The device goes away mid-sound (the disk driver's writes start failing):
