@@ -50,14 +50,6 @@ class TestPlaybackWidgets : public QObject
 
     QTemporaryDir dir_;
 
-    QString sine(const QString& name, double seconds, int channels = 1)
-    {
-        const QString file = dir_.filePath(name);
-        return fixtures::writeSineWav(file, kRate, channels, int(seconds * kRate), 0.1, 330.0)
-                   ? file
-                   : QString();
-    }
-
 private slots:
     void initTestCase()
     {
@@ -104,7 +96,9 @@ private slots:
         manager.SlotChangeMatchLoudnessCalled(false);
         QVERIFY(!player.matchLoudnessButton()->isChecked() && player.gainLabel()->isHidden());
 
-        manager.SlotStartPlaybackCalled(sine(QStringLiteral("long.wav"), 3.0));
+        const QString file = dir_.filePath(QStringLiteral("long.wav"));
+        QVERIFY(fixtures::writeSineWav(file, kRate, 1, 3 * kRate));
+        manager.SlotStartPlaybackCalled(file);
         QTRY_VERIFY(manager.GetKrokManager()->IsPlaying());
         QVERIFY(manager.GetPlaylistTimer()->isActive());
         player.stopButton()->click();
@@ -163,53 +157,15 @@ private slots:
         QTRY_VERIFY(window.GetStatusLabel()->text().startsWith(QStringLiteral("E2026112201 : ")));
     }
 
-    // A drag across the waveform selects a region, whose WAV is written at
-    // once; a click plays from where it lands and drops the region.
-    void mouseSelectsARegionAndClicksPlay()
-    {
-        const QString wav = sine(QStringLiteral("take.wav"), 4.0, 2);
-        WidgetDetailView view;
-        view.resize(800, 150);
-        view.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&view));
-        view.SetFile(wav);
-        QTRY_VERIFY(view.Overview() != nullptr);
-        QTest::mousePress(&view, Qt::LeftButton, {}, QPoint(200, 75));
-        for (const int x : {260, 400}) { // QTest's own move carries no buttons
-            QMouseEvent move(QEvent::MouseMove, QPoint(x, 75), view.mapToGlobal(QPoint(x, 75)),
-                             Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
-            QApplication::sendEvent(&view, &move);
-        }
-        QTest::mouseRelease(&view, Qt::LeftButton, {}, QPoint(400, 75));
-        QCOMPARE(view.RegionStart(), std::int64_t(kRate)); // a quarter of 4 s
-        QCOMPARE(view.RegionEnd(), std::int64_t(2 * kRate));
-        QTRY_VERIFY(!view.RegionFile().isEmpty());
-        QVERIFY(view.RegionFile().startsWith(dir_.path()));
-        WaveHeaderHandle* h = OpenWaveHeader(QFile::encodeName(view.RegionFile()).constData());
-        QVERIFY(h);
-        QCOMPARE(GetWaveSamples(h), kRate);
-        CloseWaveHeader(h);
-
-        QSignalSpy region(&view, &WidgetDetailView::SigPlayRegion);
-        QVERIFY(view.PlayRegion());
-        QCOMPARE(region.count(), 1);
-        QCOMPARE(region.first().at(1).toLongLong() * 10 + region.first().at(2).toLongLong(),
-                 qint64(kRate) * 10 + 2 * kRate);
-        QSignalSpy from(&view, &WidgetDetailView::SigPlayFrom);
-        QTest::mouseClick(&view, Qt::LeftButton, {}, QPoint(600, 75));
-        QCOMPARE(from.count(), 1);
-        QCOMPARE(from.first().at(0).toString(), wav);
-        QCOMPARE(from.first().at(1).toInt(), 3000); // three quarters of 4 s
-        QVERIFY(!view.HasRegion() && !view.PlayRegion());
-    }
-
-    // In the window: the view shows the current row's file, Space plays its
-    // region once, and with the view hidden Space plays the row from its start.
-    void windowPlaysTheRegionOnSpace()
+    // In the window the detail view shows the current row's file. A drag
+    // across its waveform selects a region, whose WAV is written at once, and
+    // Space plays the region once; a click plays from where it lands and drops
+    // the region.
+    void dragSelectsARegionThatSpacePlays()
     {
         QTemporaryDir folder;
         const QString file = folder.filePath(QStringLiteral("hit.wav"));
-        QVERIFY(fixtures::writeSineWav(file, kRate, 1, kRate * 3, 0.5, 330.0));
+        QVERIFY(fixtures::writeSineWav(file, kRate, 1, kRate * 4, 0.5, 330.0));
         MainWindow window;
         window.resize(1024, 700);
         window.show();
@@ -223,16 +179,39 @@ private slots:
         QCOMPARE(view->File(), file);
         QTRY_VERIFY(view->Overview() != nullptr);
 
-        view->SetRegion(kRate, kRate * 2);
-        QAction* space = ActionWithShortcut(&window, Qt::Key_Space);
-        space->trigger();
+        const int w = view->width(), y = view->height() / 2;
+        QTest::mousePress(view, Qt::LeftButton, {}, QPoint(w / 4, y));
+        for (const int x : {w / 3, w / 2}) { // QTest's own move carries no buttons
+            QMouseEvent move(QEvent::MouseMove, QPoint(x, y), view->mapToGlobal(QPoint(x, y)),
+                             Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+            QApplication::sendEvent(view, &move);
+        }
+        QTest::mouseRelease(view, Qt::LeftButton, {}, QPoint(w / 2, y));
+        QCOMPARE(view->RegionStart(), view->FrameAt(w / 4));
+        QCOMPARE(view->RegionEnd(), view->FrameAt(w / 2));
+        QVERIFY(view->RegionEnd() - view->RegionStart() > kRate / 2);
+        QTRY_VERIFY(!view->RegionFile().isEmpty());
+        WaveHeaderHandle* h = OpenWaveHeader(QFile::encodeName(view->RegionFile()).constData());
+        QVERIFY(view->RegionFile().startsWith(dir_.path()) && h);
+        QCOMPARE(GetWaveSamples(h), view->RegionEnd() - view->RegionStart());
+        CloseWaveHeader(h);
+
+        ActionWithShortcut(&window, Qt::Key_Space)->trigger();
         KrokManager* registry = manager->GetKrokManager();
         QCOMPARE(registry->GetPlayingPath(), file);
         QTRY_VERIFY(registry->IsPlaying());
         const std::int64_t at = registry->GetPlaybackPosition();
-        QVERIFY2(at >= kRate && at < kRate * 2, qPrintable(QString::number(at)));
-        QTRY_VERIFY_WITH_TIMEOUT(!registry->IsPlaying(), 3000); // one second, then the end
+        QVERIFY2(at >= view->RegionStart() && at < view->RegionEnd(),
+                 qPrintable(QString::number(at)));
+        QTRY_VERIFY_WITH_TIMEOUT(!registry->IsPlaying(), 4000); // the region once, then the end
         QTRY_VERIFY(view->ShownPosition() < 0);
+
+        QSignalSpy from(view, &WidgetDetailView::SigPlayFrom);
+        QTest::mouseClick(view, Qt::LeftButton, {}, QPoint(w * 3 / 4, y));
+        QCOMPARE(from.count(), 1);
+        QCOMPARE(from.first().at(1).toInt(), int(view->FrameAt(w * 3 / 4) * 1000 / kRate));
+        QVERIFY(!view->HasRegion());
+        manager->SlotStopPlaybackCalled();
     }
 };
 
