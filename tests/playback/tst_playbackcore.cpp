@@ -257,8 +257,9 @@ private slots:
             !BuildWaveOverview(*OpenFrameSource(path(QStringLiteral("spikes.wav"))), 9, stop, o));
     }
 
-    // The region's WAV holds exactly the region's frames, in the source's rate,
-    // channels, bit depth and sample format, with its broadcast and INFO data.
+    // The region's WAV holds exactly the region's frames (a decoded source's
+    // within a 24-bit step), in the source's rate, channels, bit depth and
+    // sample format, with its broadcast and INFO data.
     void regionKeepsTheSourceFormat_data()
     {
         QTest::addColumn<QString>("name");
@@ -292,6 +293,10 @@ private slots:
             << "air.aif"
             << toQByteArray(aifc(2, 48000, 32, "fl32", fixtures::floats(32, floats, true))) << 32
             << qint64(10) << qint64(1900) << qint64(1890);
+        QFile mp3(QStringLiteral(TESK_FIXTURE_DIR "/cbr128.mp3"));
+        QVERIFY(mp3.open(QIODevice::ReadOnly)); // a decoded source becomes 24-bit PCM
+        QTest::newRow("MP3") << "tone.mp3" << mp3.readAll() << 24 << qint64(4410) << qint64(8820)
+                             << qint64(4410);
         QTest::newRow("region past the end is cut to the file")
             << "short.wav" << toQByteArray(wavInts(2, 48000, 16, ramp(1000 * 2, 16))) << 16
             << qint64(600) << qint64(5000) << qint64(400);
@@ -325,7 +330,7 @@ private slots:
         QCOMPARE(b.rate * 10 + b.channels, a.rate * 10 + a.channels);
         QCOMPARE(region.size(), static_cast<std::size_t>(frames * a.channels));
         for (std::size_t i = 0; i < region.size(); ++i)
-            QCOMPARE(region[i], whole[static_cast<std::size_t>(start * a.channels) + i]);
+            QVERIFY(std::fabs(region[i] - whole[std::size_t(start * a.channels) + i]) <= 0x1p-23f);
 
         if (name == QLatin1String("slam.wav")) {
             const QByteArray bext = chunkOf(target, "bext");
@@ -338,26 +343,6 @@ private slots:
         }
         if (name == QLatin1String("surround.wav")) // the channel layout travels along
             QCOMPARE(chunkOf(target, "fmt "), chunkOf(source, "fmt "));
-    }
-
-    // A decoded source becomes 24-bit PCM of the decoded frames.
-    void decodedRegionIs24BitPcm()
-    {
-        const QString source = QStringLiteral(TESK_FIXTURE_DIR "/cbr128.mp3");
-        AudioEngine::StreamFormat a;
-        AudioEngine::StreamFormat b;
-        const auto decoded = framesOf(source, a);
-        const QString target = path(QStringLiteral("decoded-region.wav"));
-        QCOMPARE(ExportRegion(source, 4410, 8820, target), QString());
-        const auto region = framesOf(target, b);
-        QCOMPARE(b.rate, 44100);
-        QCOMPARE(region.size(), std::size_t(4410 * 2));
-        for (std::size_t i = 0; i < region.size(); ++i)
-            QVERIFY(std::fabs(region[i] - decoded[4410 * 2 + i]) <= 1.0f / 8388607.0f);
-        std::unique_ptr<WaveHeaderHandle, void (*)(WaveHeaderHandle*)> out(
-            OpenWaveHeader(QFile::encodeName(target).constData()), CloseWaveHeader);
-        QVERIFY(out);
-        QCOMPARE(GetWaveBitDepth(out.get()), 24);
     }
 
     // Region files go at the end of the run that made them, or at the next
