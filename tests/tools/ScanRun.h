@@ -2,7 +2,6 @@
 // tesk-scan run as separate processes, as the tools tests drive it.
 
 #include <QProcess>
-#include <QProcessEnvironment>
 
 #include <memory>
 #include <vector>
@@ -22,19 +21,16 @@ RunScansAtOnce(const QList<QStringList>& scans,
                const QProcessEnvironment& env = QProcessEnvironment::systemEnvironment())
 {
     std::vector<std::unique_ptr<QProcess>> processes;
+    std::vector<ScanRun> runs(std::size_t(scans.size()));
     for (const QStringList& arguments : scans) {
         processes.push_back(std::make_unique<QProcess>());
         processes.back()->setProcessEnvironment(env);
         processes.back()->start(QStringLiteral(TESK_SCAN_PATH), arguments);
     }
-    std::vector<ScanRun> runs(processes.size());
     for (std::size_t i = 0; i < processes.size(); ++i) {
-        QProcess& process = *processes[i];
-        if (!process.waitForFinished(240000))
-            process.kill();
-        else if (process.exitStatus() == QProcess::NormalExit)
-            runs[i] = {process.exitCode(), process.readAllStandardOutput(),
-                       process.readAllStandardError()};
+        QProcess& p = *processes[i];
+        if (p.waitForFinished(240000) && p.exitStatus() == QProcess::NormalExit)
+            runs[i] = {p.exitCode(), p.readAllStandardOutput(), p.readAllStandardError()};
     }
     return runs;
 }

@@ -89,12 +89,8 @@ private:
         options.retryDelay = std::chrono::milliseconds(retryMs);
         return std::make_unique<FallbackAnalysisLibrary>(
             std::make_unique<PostgresAnalysisLibrary>(to),
-            std::make_unique<SqliteAnalysisLibrary>(dir.filePath(name + QStringLiteral("-local"))),
-            std::make_unique<SqliteAnalysisLibrary>(outboxPath(name)), options);
-    }
-    QString outboxPath(const QString& name) const
-    {
-        return dir.filePath(name + QStringLiteral("-outbox"));
+            std::make_unique<SqliteAnalysisLibrary>(dir.filePath(name + "-local")),
+            std::make_unique<SqliteAnalysisLibrary>(dir.filePath(name + "-outbox")), options);
     }
     // `count` mono WAV files in `folder`, and a symbolic link to the folder
     // standing for another workstation's mount point of the share.
@@ -249,7 +245,7 @@ private slots:
         QVERIFY2(cluster.Stop(), qPrintable(cluster.Error()));
         Scan(registry, files.mid(20));
         QTRY_COMPARE(problems.filter(kCannot).size(), 1);
-        const QString outbox = outboxPath(QStringLiteral("stopped"));
+        const QString outbox = dir.filePath(QStringLiteral("stopped-outbox"));
         QCOMPARE(outboxRows(outbox, {QStringLiteral("SFX"), QString()}), 20);
         QVERIFY2(cluster.Restart(), qPrintable(cluster.Error()));
         QTRY_COMPARE_WITH_TIMEOUT(problems.filter(QStringLiteral("can be reached again")).size(), 1,
