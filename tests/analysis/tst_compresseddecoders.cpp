@@ -110,44 +110,6 @@ private slots:
         QCOMPARE(std::memcmp(whole.constData(), pcm.data(), std::size_t(whole.size())), 0);
     }
 
-    void vorbisPlanarReadKeepsLeftLeft()
-    {
-        const std::vector<float> interleaved = decodeFixture(QStringLiteral("tones-stereo.ogg"));
-        OggSoundSource decoder; // the planes the meter and plots read
-        QVERIFY(decoder.open(fixture(QStringLiteral("tones-stereo.ogg")).c_str()));
-        std::vector<float> left(5 * 44100), right(5 * 44100);
-        float* planes[] = {left.data(), right.data()};
-        QCOMPARE(decoder.readPlanar(planes, 5 * 44100), std::int64_t(5 * 44100));
-        for (std::size_t i = 0; i < left.size(); i += 997)
-            QCOMPARE(QPointF(interleaved[2 * i], interleaved[2 * i + 1]),
-                     QPointF(left[i], right[i]));
-    }
-
-    // The frame scan gives the length before decoding; the decoder must agree.
-    void mp3ScannedLengthIsDecodedLength_data()
-    {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<int>("minKbps"); // -1: not checked
-        QTest::addColumn<int>("maxKbps");
-        QTest::newRow("vbr") << QStringLiteral("music-vbr.mp3") << -1 << -1;
-        QTest::newRow("mono") << QStringLiteral("mono-vbr.mp3") << -1 << -1;
-        QTest::newRow("96 and 320 kbps frames") << QStringLiteral("vbr-96-320.mp3") << 96 << 320;
-        QTest::newRow("cbr") << QStringLiteral("cbr128.mp3") << 128 << 128;
-    }
-    void mp3ScannedLengthIsDecodedLength()
-    {
-        QFETCH(QString, name);
-        QFETCH(int, minKbps);
-        Mp3SoundSource decoder;
-        QVERIFY(decoder.open(fixture(name).c_str()));
-        QVERIFY(decoder.frames() > 0);
-        QCOMPARE(std::int64_t(readFrames(decoder).size()), decoder.frames() * decoder.channels());
-        if (minKbps >= 0) {
-            QCOMPARE(decoder.stream().minKbps, minKbps);
-            QTEST(decoder.stream().maxKbps, "maxKbps");
-        }
-    }
-
     // Only a run of agreeing frame headers is MP3; PCM that happens to hold a
     // frame sync, or another container with MP3 inside, is not.
     void mp3Acceptance_data()
@@ -194,22 +156,6 @@ private slots:
         QVERIFY(WriteBytes(path, content));
         std::int32_t rate = -1, ch = -1;
         QCOMPARE(DecodeMp3ToPcm(path, rate, ch).isEmpty(), !accepted);
-    }
-
-    // "maximum nominal minimum" -> "minKbps maxKbps"; an unset (-1) rate is unsigned.
-    void vorbisKbpsRule()
-    {
-        for (const auto& [rates, kbps] :
-             {std::pair<const char*, const char*>{"0 160000 0", "160 160"},
-              {"320000 160000 96000", "96 320"},
-              {"192000 128000 -1", "4294967 192"},
-              {"-1 -1 -1", "4294967 4294967"},
-              {"128999 0 999", "0 128"}}) {
-            const QStringList r = QString::fromLatin1(rates).split(QLatin1Char(' '));
-            std::int32_t lo = 0, hi = 0;
-            VorbisKbps({r[0].toInt(), r[1].toInt(), r[2].toInt()}, lo, hi);
-            QCOMPARE(QStringLiteral("%1 %2").arg(lo).arg(hi), QLatin1String(kbps));
-        }
     }
 
     // A chain of links plays as one sound; a long chain is read as a stream so

@@ -7,7 +7,6 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
-#include <random>
 #include <vector>
 
 using namespace fixtures;
@@ -111,20 +110,6 @@ const std::vector<Signal> kSignals = {
     {"nine channels", 48000, 9, {{511, -30, 2}}, -23.645, 0.02},
 };
 
-// `frames` of noise in bursts with quiet gaps, so that both gates have work.
-Planes bursts(int rate, int channels, int frames)
-{
-    std::mt19937 random(1234);
-    std::uniform_real_distribution<float> noise(-0.5f, 0.5f);
-    Planes planes(static_cast<std::size_t>(channels),
-                  std::vector<float>(static_cast<std::size_t>(frames)));
-    for (int ch = 0; ch < channels; ++ch)
-        for (int i = 0; i < frames; ++i)
-            planes[ch][i] =
-                noise(random) * ((i / (rate / 4)) % 3 == 2 ? 0.001f : 1.0f) / float(ch + 1);
-    return planes;
-}
-
 // The same planes fed to the streaming meter interleaved, in uneven blocks.
 LoudnessResult measureStreamed(const Planes& planes, int rate)
 {
@@ -174,22 +159,6 @@ private slots:
         QCOMPARE(std::memcmp(&streamed.value, &r.value, sizeof r.value), 0);
     }
 
-    // Noise bursts of awkward lengths, streamed in uneven blocks, give the whole-input value.
-    void streamedEqualsWhole()
-    {
-        for (const auto& [rate, channels, frames] : {std::tuple<int, int, int>{48000, 1, 1000},
-                                                     {48000, 2, 4801},
-                                                     {48000, 6, 158417},
-                                                     {96000, 8, 96000},
-                                                     {8000, 1, 4003}}) {
-            const Planes planes = bursts(rate, channels, frames);
-            const LoudnessResult r = measure(planes, rate);
-            const LoudnessResult streamed = measureStreamed(planes, rate);
-            QVERIFY(r.valid == 1 && streamed.valid == 1);
-            QCOMPARE(std::memcmp(&streamed.value, &r.value, sizeof r.value), 0);
-        }
-    }
-
     void refusesShortWorkAreaAndEmptyInput()
     {
         Planes planes(1, std::vector<float>(48000, 0.1f));
@@ -211,7 +180,7 @@ private slots:
     {
         QTemporaryDir dir;
         const std::string path = dir.filePath(QStringLiteral("x.wav")).toStdString();
-        for (const int channels : {1, 2, 3, 4, 6, 8}) {
+        for (const int channels : {1, 4, 6}) {
             Planes planes(static_cast<std::size_t>(channels));
             appendSine(planes, 0xFF, -23.0 - channels, 2.0, 48000);
             QVERIFY(writeFile(path, wavFromPlanes(planes, 48000)));

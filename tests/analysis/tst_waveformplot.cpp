@@ -134,19 +134,6 @@ private slots:
         QTEST(multi, "multi");
     }
 
-    // (0.5 - 0.25) / 2 and (0.9 + 0.2) / 2 in percent, truncated; clipped decoder output
-    // stays in range.
-    void floatPlots()
-    {
-        const std::vector<float> a = {0.5f, 0.9f, -1.5f};
-        const std::vector<float> b = {-0.25f, 0.2f, -1.5f};
-        const float* both[] = {a.data(), b.data()};
-        Mixed mixed;
-        mixed.fill({55, 55});
-        ComputeMixedPlot(both, 2, 3, 48000, mixed.data());
-        QCOMPARE(nonZero(mixed), QStringLiteral("0:12/12 1:55/55 2:-100/-100"));
-    }
-
     // Streamed in uneven blocks, the builder gives the whole-input plots byte
     // for byte; a decoder that stops early plots the rest as silence.
     void streamedEqualsWhole_data()

@@ -118,9 +118,6 @@ private slots:
         add("plain stereo", wav16(2, 44100, {1, -1, 256, -256, 32767, -32768}),
             "wav:11 44100 2x16 3@44",
             {65536, -65536, 256 << 16, -(256 << 16), 32767 << 16, INT32_MIN});
-        add("stated size one byte larger",
-            riff({chunk("fmt ", fmtBody(1, 1, 48000, 16)), chunk("data", pcm16({1, 2, 3}))}, 1),
-            "wav:11 48000 1x16 3@44");
         // A 3-byte chunk without its pad byte pushes 'data' to an odd offset.
         add("odd chunk without pad",
             mono({chunk("junk", Bytes{1, 2, 3}, false, false)}, {100, -100}),
@@ -177,7 +174,8 @@ private slots:
             "wav:11 48000 2x32 2@68", fi);
         add("double", wavFloat(1, 48000, 64, {0.25, -0.25}), "wav:11 48000 1x64 2@44",
             {0x20000000, -0x20000000});
-        add("aiff 16", aiff16(1, 44100, {1, -2}), "aiff:22 44100 1x16 2@54", {1 << 16, -(2 << 16)});
+        add("aiff 16", aiff16(1, 192000, {1, -2}), "aiff:22 192000 1x16 2@54",
+            {1 << 16, -(2 << 16)});
         add("aiff 8 is signed", aiffInts(1, 22050, 8, {127, -128}), "aiff:22 22050 1x8 2@54",
             {127 << 24, INT32_MIN});
         add("aiff 24", aiffInts(1, 48000, 24, {-2}), "aiff:22 48000 1x24 1@54", {-512});
@@ -203,21 +201,6 @@ private slots:
                  {chunk("COMM", commBody(1, 400, 16, 44100), true), chunk("INST", inst, true),
                   chunk("MARK", mark, true), chunk("SSND", ssndBody(Bytes(800, 0)), true)}),
             "aiff:22 44100 1x16 400@112 m1:100\"en\" m2:300\"beg\" loop100-300");
-        for (const int rate : {8000, 192000})
-            add(qPrintable(QStringLiteral("aiff at %1 Hz").arg(rate)),
-                aiff16(2, std::uint32_t(rate), {0, 0}),
-                qPrintable(QStringLiteral("aiff:22 %1 2x16 1@54").arg(rate)));
-        Bytes caf;
-        putId(caf, "caff");
-        putBe32(caf, 0x00010000); // version 1, no flags
-        putId(caf, "desc");
-        append(caf, ints(32, {0, 32}, true));
-        append(caf, floats(64, {48000.0}, true));
-        putId(caf, "lpcm"); // big-endian integers, 4 bytes a packet, 1 frame, 2 x 16 bits
-        append(caf, ints(32, {0, 4, 1, 2, 16}, true));
-        putId(caf, "data"); // size -1: to the end of the file; no edits
-        append(caf, ints(32, {-1, -1, 0, 0x0102FFFF}, true));
-        add("caf", caf, "Unknown:32 48000 2x16 1@68", {0x0102 << 16, -65536});
     }
     void opensAndDecodes()
     {
@@ -260,8 +243,6 @@ private slots:
                     << QString::fromUtf8(message);
             };
         add("empty", {}, "E2006110803 : File size is too small.");
-        add("12 bytes", QByteArray("RIFF\x04\0\0\0WAVE", 12),
-            "E2006110803 : File size is too small.");
         add("not audio", "ID3\x04 some mp3 data here",
             "E2006110883 : Can not confirm the file identifier.");
         add("RIFF but AVI", QByteArray("RIFF\x10\0\0\0AVI LIST\x04\0\0\0abcd", 24),
@@ -275,8 +256,6 @@ private slots:
             "E2006110772 : This sampling frequency is not available.");
         fmt("zero bits", fmtBody(1, 2, 48000, 0), "E2006110774 : Quantization bits is wrong.");
         fmt("48 bits", fmtBody(1, 2, 48000, 48),
-            "E2006110775 : This quantization bits is not available.");
-        fmt("16-bit float", fmtBody(3, 2, 48000, 16),
             "E2006110775 : This quantization bits is not available.");
         Bytes badRate = fmtBody(1, 2, 48000, 16);
         badRate[8] ^= 1;
