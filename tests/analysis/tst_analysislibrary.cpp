@@ -3,8 +3,6 @@
 #include "KrokManager.h"
 #include "LibraryRoots.h"
 #include "LibraryRowSample.h"
-#include "LibraryServer.h"
-#include "LibrarySql.h"
 #include "SqliteAnalysisLibrary.h"
 #include "TestSettings.h"
 #include "WaveBuilder.h"
@@ -13,7 +11,6 @@
 #include <QDir>
 #include <QFile>
 #include <QSqlDatabase>
-#include <QSqlError>
 #include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTest>
@@ -24,13 +21,10 @@ namespace {
 
 using Options = SqliteAnalysisLibrary::Options;
 
-std::unique_ptr<KrokManager> Registry(const QString& library, bool loudness = false,
-                                      bool multiPlot = false, Options options = {})
+std::unique_ptr<KrokManager> Registry(const QString& library, Options options = {})
 {
     auto registry = std::make_unique<KrokManager>();
     registry->Initialize();
-    registry->SetLoudnessEnabled(loudness);
-    registry->SetMultiPlotEnabled(multiPlot);
     if (!library.isEmpty())
         registry->SetLibrary(std::make_unique<SqliteAnalysisLibrary>(library, options));
     return registry;
@@ -82,13 +76,6 @@ bool MarkStoredPlot(const QString& library, const QString& path)
 bool HasMarker(const AudioFileInfo& info)
 {
     return info.plot.front().max == kMarker && info.plot.back().min == -kMarker;
-}
-
-bool SetModified(const QString& path, const QDateTime& when)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadWrite) &&
-           file.setFileTime(when, QFileDevice::FileModificationTime);
 }
 
 QByteArray ReadAll(const QString& path)
@@ -180,10 +167,13 @@ private slots:
         const FileStamp before = ReadFileStamp(files.at(1));
         if (frames) {
             QVERIFY(fixtures::writeSineWav(files.at(1), 44100, channels, frames));
-            QVERIFY(SetModified(files.at(1), QDateTime::currentDateTime().addSecs(60)));
+            QFile file(files.at(1));
+            QVERIFY(file.open(QIODevice::ReadWrite) &&
+                    file.setFileTime(QDateTime::currentDateTime().addSecs(60),
+                                     QFileDevice::FileModificationTime));
             QCOMPARE(ReadFileStamp(files.at(1)).size == before.size, frames == 4800);
         }
-        const auto second = Registry(library, false, false, bumped);
+        const auto second = Registry(library, bumped);
         Scan(*second, files);
         QCOMPARE(HasMarker(second->GetFileInfo(files.at(0))), frames != 0);
         const AudioFileInfo changed = second->GetFileInfo(files.at(1));
@@ -254,7 +244,7 @@ private slots:
 
         Options quick;
         quick.busyTimeoutMs = 300;
-        const auto registry = Registry(library, false, false, quick);
+        const auto registry = Registry(library, quick);
         QStringList problems;
         connect(
             registry.get(), &KrokManager::SigLibraryProblem, this,
@@ -282,44 +272,6 @@ private slots:
             QCOMPARE(ReadAll(library), bytesBefore);
     }
 
-    void earlierSchemaIsMigrated()
-    {
-        // A library as the release before library roots left it: schema 2,
-        // rows keyed by absolute path.
-        const QString library = newLibraryPath();
-        const QString path = QStringLiteral("/sounds/kept.wav");
-        {
-            QSqlDatabase db =
-                QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("v2"));
-            db.setDatabaseName(library);
-            QVERIFY(db.open());
-            QSqlQuery q(db);
-            for (int step = 0; step < 2; ++step) {
-                for (const QString& sql : LibrarySql::MigrationStep(step, SqlDialect::Sqlite))
-                    QVERIFY2(q.exec(sql), qPrintable(q.lastError().text()));
-            }
-            QVERIFY(q.exec(QStringLiteral("PRAGMA user_version = 2")));
-            QVERIFY(q.prepare(QStringLiteral(
-                "INSERT INTO file_analysis VALUES (?, 144, 7, ?, 0, 1, 1, '', 44100, 2, 10, 0, "
-                "0, 16, 16, 0, 0, -96, 'WAV', X'0102', NULL, '', -1, NULL)")));
-            q.addBindValue(path);
-            q.addBindValue(kAnalysisVersion);
-            QVERIFY2(q.exec(), qPrintable(q.lastError().text()));
-        }
-        QSqlDatabase::removeDatabase(QStringLiteral("v2"));
-
-        SqliteAnalysisLibrary store(library);
-        QVERIFY(store.Open());
-        const std::optional<LibraryRow> row = store.Fetch({LibraryKey::Absolute(path)}).front();
-        QVERIFY(row && row->stamp == (FileStamp{144, 7}));
-        QVERIFY(row->info.samplingRate == 44100 && row->info.plot[0].max == 1);
-        LibraryRow rooted = *row;
-        rooted.key = {QStringLiteral("SFX"), QStringLiteral("kept.wav")};
-        QVERIFY(store.Store({rooted}));
-        QCOMPARE(Paths(store.KeysIn({QStringLiteral("SFX"), QString()}, true)),
-                 QStringList{QStringLiteral("SFX:kept.wav")});
-    }
-
     // "ROOT:relative" under a root, the absolute path outside them; and back.
     void rootsMapPathsToKeys()
     {
@@ -343,24 +295,6 @@ private slots:
         LibraryRoots::Parse({"=/nameless", "REL=sounds", "SFX=/a", "SFX=/again", "no folder"},
                             &errors);
         QCOMPARE(errors.size(), 4);
-    }
-
-    void serverUrls()
-    {
-        const std::pair<const char*, const char*> cases[] = {
-            {"postgresql://tesk@db.studio:6543/sfx", "tesk@db.studio:6543/sfx"},
-            {"postgres://tesk@/sfx?host=/run/postgresql", "tesk@/run/postgresql:5432/sfx"},
-            {"postgresql://tesk:secret@db/sfx", ""}, // passwords belong in PGPASSFILE
-            {"postgresql://tesk@db/", ""},
-            {"postgresql://tesk@db/sfx?sslmode=disable", ""},
-            {"/var/lib/library.sqlite", ""}};
-        for (const auto& [url, server] : cases) {
-            QString error;
-            const std::optional<LibraryServer> parsed =
-                LibraryServer::FromUrl(QString::fromLatin1(url), &error);
-            QCOMPARE(parsed ? parsed->Describe() : QString(), QString::fromLatin1(server));
-            QCOMPARE(error.isEmpty(), bool(parsed));
-        }
     }
 };
 

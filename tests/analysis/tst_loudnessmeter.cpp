@@ -93,7 +93,6 @@ const std::vector<Signal> kSignals = {
     {"just above the absolute gate", 48000, 2, {{3, -65, 5}}, -65.0, 0.1},
     {"under the absolute gate", 48000, 2, {{3, -75, 5}}, -96.0, 0},
     {"full scale @8k", 8000, 2, {{1, 0, 3}}, -3.01, 0.05},
-    {"full scale @22.05k", 22050, 2, {{1, 0, 3}}, -3.01, 0.05},
     {"full scale @384k", 384000, 2, {{1, 0, 3}}, -3.01, 0.05},
     {"@7999 Hz", 7999, 2, {{1, 0, 3}}, kDeclines, 0},
     {"@384001 Hz", 384001, 2, {{1, 0, 3}}, kDeclines, 0},
@@ -157,21 +156,6 @@ private slots:
             return;
         QVERIFY2(std::abs(r.value - s.lufs) <= s.tolerance, qPrintable(QString::number(r.value)));
         QCOMPARE(std::memcmp(&streamed.value, &r.value, sizeof r.value), 0);
-    }
-
-    void refusesShortWorkAreaAndEmptyInput()
-    {
-        Planes planes(1, std::vector<float>(48000, 0.1f));
-        LoudnessConfig config{1, 48000, 48000};
-        std::vector<std::uint64_t> work(GetLoudnessWorkSize(config) / 8);
-        const float* p = planes[0].data();
-        QCOMPARE(MeasureLoudness(config, work.data(), work.size() * 8 - 8, &p).valid, 0);
-        QCOMPARE(MeasureLoudness(config, work.data(), work.size() * 8, &p).valid, 1);
-        config.samples = 0;
-        QCOMPARE(MeasureLoudness(config, work.data(), work.size() * 8, &p).valid, 0);
-        LoudnessStream empty;
-        QVERIFY(!empty.start(config));
-        QCOMPARE(empty.finish().valid, 0);
     }
 
     // Files read block by block give what the meter gives on their samples

@@ -1,4 +1,3 @@
-#include "PlotBuilder.h"
 #include "WaveBuilder.h"
 #include "WaveHeaderReader.h"
 #include "WaveformPlot.h"
@@ -7,7 +6,6 @@
 
 #include <cstring>
 #include <memory>
-#include <random>
 
 using namespace fixtures;
 
@@ -103,8 +101,6 @@ private slots:
         add("empty", wav16(2, 48000, {}), "", "");
         add("full scale mono", wav16(1, 48000, {32767, -32768}), "0:99/99 1:-100/-100",
             "0.0:99/99 0.1:-100/-100");
-        add("full scale aiff", aiff16(1, 48000, {32767, -32768}), "0:99/99 1:-100/-100",
-            "0.0:99/99 0.1:-100/-100");
         add("full scale 24-bit",
             riff({chunk("fmt ", fmtBody(1, 1, 48000, 24)),
                   chunk("data", pcm24({0x7FFFFF, -0x800000}))}),
@@ -132,53 +128,6 @@ private slots:
         const auto [mixed, multi] = plotsOf(file);
         QTEST(mixed, "mixed");
         QTEST(multi, "multi");
-    }
-
-    // Streamed in uneven blocks, the builder gives the whole-input plots byte
-    // for byte; a decoder that stops early plots the rest as silence.
-    void streamedEqualsWhole_data()
-    {
-        QTest::addColumn<int>("frames");
-        QTest::addColumn<int>("rate");
-        QTest::addColumn<int>("channels");
-        QTest::addColumn<int>("decoded");
-        QTest::newRow("100 frames") << 100 << 48000 << 2 << 100;
-        QTest::newRow("long, skipping") << 250 * 5000 + 77 << 44100 << 3 << 250 * 5000 + 77;
-        QTest::newRow("ten channels") << 40000 << 8000 << 10 << 40000;
-        QTest::newRow("short decode") << 250 * 2000 << 22050 << 2 << 250 * 700 + 5;
-    }
-    void streamedEqualsWhole()
-    {
-        QFETCH(int, frames);
-        QFETCH(int, rate);
-        QFETCH(int, channels);
-        QFETCH(int, decoded);
-        std::mt19937 random(99);
-        std::uniform_real_distribution<float> noise(-1.2f, 1.2f);
-        std::vector<std::vector<float>> planes(static_cast<std::size_t>(channels),
-                                               std::vector<float>(std::size_t(frames), 0.0f));
-        std::vector<float> interleaved(std::size_t(frames) * std::size_t(channels), 0.0f);
-        std::vector<const float*> pointers;
-        for (int f = 0; f < decoded; ++f)
-            for (int ch = 0; ch < channels; ++ch)
-                interleaved[std::size_t(f) * channels + ch] = planes[ch][f] = noise(random);
-        for (const auto& p : planes)
-            pointers.push_back(p.data());
-        Mixed mixed, streamedMixed;
-        Multi multi, streamedMulti;
-        ComputeMixedPlot(pointers.data(), channels, frames, rate, mixed.data());
-        ComputeMultiPlot(pointers.data(), channels, frames, rate, multi.data());
-
-        FloatPlotBuilder builder(frames, rate, channels, true);
-        for (int at = 0, step = 1; at < decoded; at += step, step = step * 7 % 5003 + 1)
-            builder.feed(interleaved.data() + std::size_t(at) * channels, at,
-                         std::min(step, decoded - at));
-        builder.silenceFrom(decoded);
-        streamedMixed.fill({55, 55});
-        streamedMulti.fill({55, 55});
-        builder.finish(streamedMixed.data(), streamedMulti.data());
-        QCOMPARE(std::memcmp(streamedMixed.data(), mixed.data(), sizeof mixed), 0);
-        QCOMPARE(std::memcmp(streamedMulti.data(), multi.data(), sizeof multi), 0);
     }
 };
 

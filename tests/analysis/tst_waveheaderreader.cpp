@@ -136,9 +136,6 @@ private slots:
             "wav:11 48000 1x16 300@136 loop100-200 loop5-10");
         add("cue points capped at 256", mono({chunk("cue ", cueBody(300, 300))}, {0, 0}),
             "wav:11 48000 1x16 2@7256 m1:0 m256:2550 (256 markers)");
-        add("cue position is the sample offset",
-            mono({chunk("cue ", cueBody(2, 2, 0, 1000))}, {0, 0}),
-            "wav:11 48000 1x16 2@104 m1:1000 m2:1010");
         add("counts of 2^32-1 over few entries",
             mono({chunk("cue ", cueBody(0xFFFFFFFFu, 3)),
                   chunk("smpl", smplBody(0xFFFFFFFFu, {{1, 2}}))},
@@ -164,16 +161,12 @@ private slots:
         add("extensible 24",
             plain(fmtExtensible(2, 96000, 24, 24, 1), pcm24({0x400000, -0x400000})),
             "wav:11 96000 2x24 1@68", {0x40000000, -0x40000000});
-        add("extensible 20 in 24", plain(fmtExtensible(1, 96000, 24, 20, 1), pcm24({0x400010})),
-            "wav:11 96000 1x20 1@68", {0x40001000});
         // Floats scale by 2^23, clamp, then take the top 24 bits.
         const std::vector<double> f = {0.5, -1.0, 1.5, -2.0};
         const QVector<int> fi = {0x40000000, INT32_MIN, 8388607 * 256, INT32_MIN};
         add("float", wavFloat(2, 48000, 32, f), "wav:11 48000 2x32 2@44", fi);
         add("extensible float", plain(fmtExtensible(2, 48000, 32, 32, 3), floats(32, f)),
             "wav:11 48000 2x32 2@68", fi);
-        add("double", wavFloat(1, 48000, 64, {0.25, -0.25}), "wav:11 48000 1x64 2@44",
-            {0x20000000, -0x20000000});
         add("aiff 16", aiff16(1, 192000, {1, -2}), "aiff:22 192000 1x16 2@54",
             {1 << 16, -(2 << 16)});
         add("aiff 8 is signed", aiffInts(1, 22050, 8, {127, -128}), "aiff:22 22050 1x8 2@54",
@@ -252,20 +245,13 @@ private slots:
         fmt("zero channels", fmtBody(1, 0, 48000, 16),
             "E2006110773 : The number of channels is wrong.");
         fmt("zero rate", fmtBody(1, 2, 0, 16), "E2006110771 : Sampling frequency is wrong.");
-        fmt("absurd rate", fmtBody(1, 2, 90000000, 16),
-            "E2006110772 : This sampling frequency is not available.");
-        fmt("zero bits", fmtBody(1, 2, 48000, 0), "E2006110774 : Quantization bits is wrong.");
         fmt("48 bits", fmtBody(1, 2, 48000, 48),
             "E2006110775 : This quantization bits is not available.");
         Bytes badRate = fmtBody(1, 2, 48000, 16);
         badRate[8] ^= 1;
         fmt("byte rate", badRate, "E2006110727 : Wrong byte rate.");
-        Bytes zeroAlign = fmtBody(1, 2, 48000, 16);
-        std::fill(zeroAlign.begin() + 8, zeroAlign.begin() + 14, 0);
-        fmt("zero block align", zeroAlign, "E2006110766 : Unknown block size.");
         fmt("unknown GUID", fmtExtensible(2, 48000, 24, 24, 1, false),
             "E2022092602 : Unrecognizable subformat.");
-        fmt("ADPCM", fmtBody(2, 1, 48000, 16), "E2006110887 : Can not confirm the file format.");
     }
     void rejects()
     {
@@ -280,13 +266,6 @@ private slots:
         g_messages.clear();
         QVERIFY(!OpenWaveHeader(path.c_str()));
         QCOMPARE(g_messages, fromMemory);
-    }
-
-    void missingFileReportsOpenFailure()
-    {
-        QVERIFY(!OpenWaveHeader("/nonexistent/dir/file.wav"));
-        QCOMPARE(g_messages, (QStringList{"E2006110802 : Can not open file.",
-                                          "E2006110126 : Can not open file."}));
     }
 };
 
