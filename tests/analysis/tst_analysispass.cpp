@@ -1,7 +1,6 @@
-// An analysis pass on several threads gives every file the record one thread
-// gives it, to the byte (real recordings when installed, every format the
-// fixtures have, odd WAV and AIFF layouts, a damaged file), and it takes the
-// rows the table shows before the others; what a WAV's record holds.
+// An analysis pass on several threads gives every file the record one thread gives it,
+// to the byte (real recordings when installed, every format of the fixtures, odd WAV and
+// AIFF layouts, a damaged file), and takes the rows the table shows first.
 
 #include "AnalysisPass.h"
 #include "KrokManager.h"
@@ -56,15 +55,6 @@ public:
     std::int64_t GetPlayedSamples() override { return playedSamples; }
 };
 
-// 16-bit mono WAV of `frames` silent samples with one 'smpl' loop whose last
-// looped sample is `lastLooped` (the file format stores an inclusive end).
-fixtures::Bytes LoopedWav(std::uint32_t frames, std::uint32_t loopStart, std::uint32_t lastLooped)
-{
-    using namespace fixtures;
-    return riff({chunk("fmt ", fmtBody(1, 1, 48000, 16)), chunk("data", Bytes(frames * 2, 0)),
-                 chunk("smpl", smplBody(1, {{loopStart, lastLooped}}))});
-}
-
 } // namespace
 
 class TestAnalysisPass final : public QObject
@@ -102,7 +92,6 @@ class TestAnalysisPass final : public QObject
         return files;
     }
 
-    // Every record of `files` from a pass on `workers` threads, and the order they came in.
     static std::vector<KrokManager::Record>
     pass(const QStringList& files, int workers, std::vector<int>* order = nullptr,
          std::int64_t wantedRows = AnalysisPass::kNoWantedRows)
@@ -135,7 +124,6 @@ private slots:
     void sameRecordsOnEveryThreadCount()
     {
         const QStringList files = corpus();
-        // One thread, the file at a time, as before there were workers.
         std::vector<AudioFileInfo> alone;
         for (const QString& file : files) {
             AudioFileInfo info;
@@ -200,7 +188,11 @@ private slots:
         const QString looped = dir.filePath(QStringLiteral("looped.wav"));
         const QString plain = Fixture("cbr128.mp3");
         // Loop over samples 1000..1999: start 1000, end 2000 one past the last.
-        QVERIFY(fixtures::writeFile(looped, LoopedWav(48000, 1000, 1999)));
+        QVERIFY(fixtures::writeFile(
+            looped,
+            fixtures::riff({fixtures::chunk("fmt ", fixtures::fmtBody(1, 1, 48000, 16)),
+                            fixtures::chunk("data", fixtures::Bytes(96000, 0)),
+                            fixtures::chunk("smpl", fixtures::smplBody(1, {{1000, 1999}}))})));
         auto* player = new FakePlayer;
         KrokManager registry(player);
         registry.Initialize();

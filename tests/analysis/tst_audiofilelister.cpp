@@ -11,7 +11,6 @@ class TestAudioFileLister final : public QObject
 
     QTemporaryDir dir;
 
-    // The files found, relative to the folder and sorted.
     QStringList list(bool recursive, bool hidden)
     {
         bool cancelled = true;

@@ -165,13 +165,11 @@ private slots:
         const std::vector<double> f = {0.5, -1.0, 1.5, -2.0};
         const QVector<int> fi = {0x40000000, INT32_MIN, 8388607 * 256, INT32_MIN};
         add("float", wavFloat(2, 48000, 32, f), "wav:11 48000 2x32 2@44", fi);
-        add("extensible float", plain(fmtExtensible(2, 48000, 32, 32, 3), floats(32, f)),
-            "wav:11 48000 2x32 2@68", fi);
         add("aiff 16", aiff16(1, 192000, {1, -2}), "aiff:22 192000 1x16 2@54",
             {1 << 16, -(2 << 16)});
+        add("aiff 24", aiffInts(1, 48000, 24, {-2}), "aiff:22 48000 1x24 1@54", {-512});
         add("aiff 8 is signed", aiffInts(1, 22050, 8, {127, -128}), "aiff:22 22050 1x8 2@54",
             {127 << 24, INT32_MIN});
-        add("aiff 24", aiffInts(1, 48000, 24, {-2}), "aiff:22 48000 1x24 1@54", {-512});
         add("aifc sowt", aifc(1, 48000, 16, "sowt", Bytes{0x02, 0x01}), "aiff:22 48000 1x16 1@72",
             {0x0102 << 16});
         add("aiff sample count clamped to the data",
