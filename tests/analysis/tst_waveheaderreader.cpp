@@ -118,9 +118,6 @@ private slots:
         add("plain stereo", wav16(2, 44100, {1, -1, 256, -256, 32767, -32768}),
             "wav:11 44100 2x16 3@44",
             {65536, -65536, 256 << 16, -(256 << 16), 32767 << 16, INT32_MIN});
-        add("stated size one byte larger",
-            riff({chunk("fmt ", fmtBody(1, 1, 48000, 16)), chunk("data", pcm16({1, 2, 3}))}, 1),
-            "wav:11 48000 1x16 3@44");
         // A 3-byte chunk without its pad byte pushes 'data' to an odd offset.
         add("odd chunk without pad",
             mono({chunk("junk", Bytes{1, 2, 3}, false, false)}, {100, -100}),
@@ -139,9 +136,6 @@ private slots:
             "wav:11 48000 1x16 300@136 loop100-200 loop5-10");
         add("cue points capped at 256", mono({chunk("cue ", cueBody(300, 300))}, {0, 0}),
             "wav:11 48000 1x16 2@7256 m1:0 m256:2550 (256 markers)");
-        add("cue position is the sample offset",
-            mono({chunk("cue ", cueBody(2, 2, 0, 1000))}, {0, 0}),
-            "wav:11 48000 1x16 2@104 m1:1000 m2:1010");
         add("counts of 2^32-1 over few entries",
             mono({chunk("cue ", cueBody(0xFFFFFFFFu, 3)),
                   chunk("smpl", smplBody(0xFFFFFFFFu, {{1, 2}}))},
@@ -167,20 +161,15 @@ private slots:
         add("extensible 24",
             plain(fmtExtensible(2, 96000, 24, 24, 1), pcm24({0x400000, -0x400000})),
             "wav:11 96000 2x24 1@68", {0x40000000, -0x40000000});
-        add("extensible 20 in 24", plain(fmtExtensible(1, 96000, 24, 20, 1), pcm24({0x400010})),
-            "wav:11 96000 1x20 1@68", {0x40001000});
         // Floats scale by 2^23, clamp, then take the top 24 bits.
         const std::vector<double> f = {0.5, -1.0, 1.5, -2.0};
         const QVector<int> fi = {0x40000000, INT32_MIN, 8388607 * 256, INT32_MIN};
         add("float", wavFloat(2, 48000, 32, f), "wav:11 48000 2x32 2@44", fi);
-        add("extensible float", plain(fmtExtensible(2, 48000, 32, 32, 3), floats(32, f)),
-            "wav:11 48000 2x32 2@68", fi);
-        add("double", wavFloat(1, 48000, 64, {0.25, -0.25}), "wav:11 48000 1x64 2@44",
-            {0x20000000, -0x20000000});
-        add("aiff 16", aiff16(1, 44100, {1, -2}), "aiff:22 44100 1x16 2@54", {1 << 16, -(2 << 16)});
+        add("aiff 16", aiff16(1, 192000, {1, -2}), "aiff:22 192000 1x16 2@54",
+            {1 << 16, -(2 << 16)});
+        add("aiff 24", aiffInts(1, 48000, 24, {-2}), "aiff:22 48000 1x24 1@54", {-512});
         add("aiff 8 is signed", aiffInts(1, 22050, 8, {127, -128}), "aiff:22 22050 1x8 2@54",
             {127 << 24, INT32_MIN});
-        add("aiff 24", aiffInts(1, 48000, 24, {-2}), "aiff:22 48000 1x24 1@54", {-512});
         add("aifc sowt", aifc(1, 48000, 16, "sowt", Bytes{0x02, 0x01}), "aiff:22 48000 1x16 1@72",
             {0x0102 << 16});
         add("aiff sample count clamped to the data",
@@ -203,21 +192,6 @@ private slots:
                  {chunk("COMM", commBody(1, 400, 16, 44100), true), chunk("INST", inst, true),
                   chunk("MARK", mark, true), chunk("SSND", ssndBody(Bytes(800, 0)), true)}),
             "aiff:22 44100 1x16 400@112 m1:100\"en\" m2:300\"beg\" loop100-300");
-        for (const int rate : {8000, 11025, 22050, 88200, 192000})
-            add(qPrintable(QStringLiteral("aiff at %1 Hz").arg(rate)),
-                aiff16(2, std::uint32_t(rate), {0, 0}),
-                qPrintable(QStringLiteral("aiff:22 %1 2x16 1@54").arg(rate)));
-        Bytes caf;
-        putId(caf, "caff");
-        putBe32(caf, 0x00010000); // version 1, no flags
-        putId(caf, "desc");
-        append(caf, ints(32, {0, 32}, true));
-        append(caf, floats(64, {48000.0}, true));
-        putId(caf, "lpcm"); // big-endian integers, 4 bytes a packet, 1 frame, 2 x 16 bits
-        append(caf, ints(32, {0, 4, 1, 2, 16}, true));
-        putId(caf, "data"); // size -1: to the end of the file; no edits
-        append(caf, ints(32, {-1, -1, 0, 0x0102FFFF}, true));
-        add("caf", caf, "Unknown:32 48000 2x16 1@68", {0x0102 << 16, -65536});
     }
     void opensAndDecodes()
     {
@@ -260,8 +234,6 @@ private slots:
                     << QString::fromUtf8(message);
             };
         add("empty", {}, "E2006110803 : File size is too small.");
-        add("12 bytes", QByteArray("RIFF\x04\0\0\0WAVE", 12),
-            "E2006110803 : File size is too small.");
         add("not audio", "ID3\x04 some mp3 data here",
             "E2006110883 : Can not confirm the file identifier.");
         add("RIFF but AVI", QByteArray("RIFF\x10\0\0\0AVI LIST\x04\0\0\0abcd", 24),
@@ -271,22 +243,13 @@ private slots:
         fmt("zero channels", fmtBody(1, 0, 48000, 16),
             "E2006110773 : The number of channels is wrong.");
         fmt("zero rate", fmtBody(1, 2, 0, 16), "E2006110771 : Sampling frequency is wrong.");
-        fmt("absurd rate", fmtBody(1, 2, 90000000, 16),
-            "E2006110772 : This sampling frequency is not available.");
-        fmt("zero bits", fmtBody(1, 2, 48000, 0), "E2006110774 : Quantization bits is wrong.");
         fmt("48 bits", fmtBody(1, 2, 48000, 48),
-            "E2006110775 : This quantization bits is not available.");
-        fmt("16-bit float", fmtBody(3, 2, 48000, 16),
             "E2006110775 : This quantization bits is not available.");
         Bytes badRate = fmtBody(1, 2, 48000, 16);
         badRate[8] ^= 1;
         fmt("byte rate", badRate, "E2006110727 : Wrong byte rate.");
-        Bytes zeroAlign = fmtBody(1, 2, 48000, 16);
-        std::fill(zeroAlign.begin() + 8, zeroAlign.begin() + 14, 0);
-        fmt("zero block align", zeroAlign, "E2006110766 : Unknown block size.");
         fmt("unknown GUID", fmtExtensible(2, 48000, 24, 24, 1, false),
             "E2022092602 : Unrecognizable subformat.");
-        fmt("ADPCM", fmtBody(2, 1, 48000, 16), "E2006110887 : Can not confirm the file format.");
     }
     void rejects()
     {
@@ -301,83 +264,6 @@ private slots:
         g_messages.clear();
         QVERIFY(!OpenWaveHeader(path.c_str()));
         QCOMPARE(g_messages, fromMemory);
-    }
-
-    void missingFileReportsOpenFailure()
-    {
-        QVERIFY(!OpenWaveHeader("/nonexistent/dir/file.wav"));
-        QCOMPARE(g_messages, (QStringList{"E2006110802 : Can not open file.",
-                                          "E2006110126 : Can not open file."}));
-    }
-
-    void strictLibraryRejectsWrongStatedSize()
-    {
-        const Bytes bytes =
-            riff({chunk("fmt ", fmtBody(1, 1, 48000, 16)), chunk("data", pcm16({1}))}, 100);
-        WaveHeaderLibraryParams strict;
-        strict.strict = 1;
-        InitializeWaveHeaderLibrary(&strict);
-        InitializeWaveHeaderLibrary(); // a second user does not change the first's choice
-        QVERIFY(!openBytes(bytes));
-        QVERIFY(g_messages.contains(
-            "E2006110801 : The size written in header is not same as actual file size."));
-        FinalizeWaveHeaderLibrary();
-        QVERIFY(!openBytes(bytes)); // still held by the first user
-        FinalizeWaveHeaderLibrary();
-        QVERIFY(openBytes(bytes));
-    }
-
-    void seekAndStereoFrames()
-    {
-        const Bytes bytes = wav16(2, 48000, {1, 2, 3, 4, 5, 6, 7, 8});
-        Handle h = openBytes(bytes);
-        QVERIFY(h);
-        std::int16_t l = 0, r = 0;
-        const auto read = [&](WaveHeaderHandle* handle) {
-            return ReadStereo16(handle, &l, &r) == 0 ? QPoint(l, r) : QPoint(-1000, -1000);
-        };
-        QCOMPARE(SeekSample(h.get(), 2, 0), std::int64_t(2));
-        QCOMPARE(read(h.get()), QPoint(5, 6));
-        QCOMPARE(SeekSample(h.get(), -2, 1), std::int64_t(1));
-        QCOMPARE(read(h.get()), QPoint(3, 4));
-        QCOMPARE(SeekSample(h.get(), -1, 2), std::int64_t(3));
-        QCOMPARE(read(h.get()), QPoint(7, 8));
-        QCOMPARE(read(h.get()), QPoint(-1000, -1000));           // end of data
-        QCOMPARE(SeekSample(h.get(), 1000, 0), std::int64_t(4)); // clamped
-        QCOMPARE(SeekSample(h.get(), -1000, 0), std::int64_t(0));
-        QCOMPARE(SeekSample(h.get(), 0, 3), std::int64_t(-1));
-        // Mono repeats its channel; more channels give the first two.
-        const Bytes monoBytes = wav16(1, 48000, {-9});
-        QCOMPARE(read(openBytes(monoBytes).get()), QPoint(-9, -9));
-        const Bytes quadBytes =
-            plain(fmtBody(1, 4, 48000, 24), pcm24({256, 512, 768, 1024, 1280, 1536, 1792, 2048}));
-        Handle quad = openBytes(quadBytes);
-        QCOMPARE(read(quad.get()), QPoint(1, 2));
-        QCOMPARE(read(quad.get()), QPoint(5, 6));
-    }
-
-    void nullHandleMessages()
-    {
-        using Getter = std::int32_t (*)(const WaveHeaderHandle*);
-        for (const Getter get :
-             {GetWaveSamplingRate, GetWaveChannels, GetWaveBitDepth, GetWaveSamples,
-              GetWaveFormatIndex, GetWaveMarkerCount, GetWaveLoopCount})
-            QCOMPARE(get(nullptr), -1);
-        QStringList expected;
-        for (const int code : {138, 139, 140, 141, 143, 145, 149})
-            expected << QStringLiteral("E2006110%1 : NULL pointer is passed.").arg(code);
-        QCOMPARE(g_messages, expected);
-        std::uint32_t start = 0, end = 0;
-        const Bytes bytes = wav16(1, 48000, {0});
-        QCOMPARE(GetLoop(openBytes(bytes).get(), 0, &start, &end), -1);
-        QCOMPARE(g_messages.last(),
-                 QStringLiteral("E2006110810 : Specified loop ID is out of range."));
-        QCOMPARE(FindMarkerIndex(nullptr, 1), -1);
-        QCOMPARE(SeekSample(nullptr, 0, 0), std::int64_t(-1));
-        std::int16_t l, r;
-        QCOMPARE(ReadStereo16(nullptr, &l, &r), -1);
-        SetWaveHeaderErrorCallback(nullptr);
-        QCOMPARE(GetWaveChannels(nullptr), -1); // silenced, and still no crash
     }
 };
 
