@@ -56,7 +56,6 @@ private slots:
         row("quotes are not quoting", "\"%FILEPATH%\"", "/My Sounds/a.wav",
             {"\"/My", "Sounds/a.wav\""});
         row("tab is not a separator", "-a\t%FILEPATH%", "/a.wav", {"-a\t/a.wav"});
-        row("no placeholder", "-v", "/a.wav", {"-v"});
         row("empty template", "", "/a.wav", {});
     }
 
@@ -73,9 +72,8 @@ private slots:
 
     void emptyOrMissingProgramDoesNothing()
     {
-        for (const QString& program : {QString(), dir.filePath(QStringLiteral("no-such-tool"))})
-            QVERIFY(!LaunchExternalTool(program, QStringLiteral("%FILEPATH%"),
-                                        QStringLiteral("/a.wav")));
+        QVERIFY(!LaunchExternalTool(QString(), "%FILEPATH%", "/a.wav"));
+        QVERIFY(!LaunchExternalTool(dir.filePath("no-such-tool"), "%FILEPATH%", "/a.wav"));
     }
 };
 
