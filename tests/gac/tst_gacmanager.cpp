@@ -63,11 +63,9 @@ const char* const kNotInitialised =
 class TestGacManager final : public QObject
 {
     Q_OBJECT
-
     FakeSdkControl m_sdk;
     const QString m_sdkPath = QStringLiteral(FAKE_GAC_SDK_PATH);
     QStringList m_log;
-
     // A manager whose log lines land in m_log.
     std::unique_ptr<GacManager> makeManager(const QStringList& candidates, int timeoutMs = 0)
     {
@@ -127,11 +125,9 @@ private slots:
         m_sdk.setResult("gacConnectToServer", 3);
         auto manager = makeManager({m_sdkPath});
         QSignalSpy disconnected(manager.get(), &GacManager::SigGacServerDisconnected);
-
         manager->StartConnecting();
         QTRY_VERIFY(m_log.contains("[Info] GAC connection status: failure"));
         QCOMPARE(manager->GetState(), int(GacManager::WaitingConnection));
-
         m_sdk.setResult("gacConnectToServer", 7);
         QTRY_COMPARE_WITH_TIMEOUT(manager->GetState(), int(GacManager::Connected), 10000);
         QTRY_VERIFY(containsInOrder(m_log, {"[Info] GAC connection status: failure",
@@ -140,12 +136,10 @@ private slots:
         QVERIFY(containsInOrder(m_sdk.callList(),
                                 {"gacSetServerPort 4444", "gacConnectToServer localhost",
                                  "gacGetServerVersion", "gacSetClientDropPath "}));
-
         // Connected: stopping is refused and the connection stays.
         QVERIFY(!manager->StopConnecting());
         QTRY_VERIFY(m_log.contains("[Warning] Please disable the GAC server first."));
         QCOMPARE(manager->GetState(), int(GacManager::Connected));
-
         // The server goes away: back to waiting, by itself.
         m_sdk.setResult("gacConnectToServer", 3);
         const int before = m_log.size();
@@ -153,7 +147,6 @@ private slots:
         QTRY_COMPARE(manager->GetState(), int(GacManager::WaitingConnection));
         QTRY_COMPARE(disconnected.count(), 1);
         QTRY_VERIFY(containsInOrder(m_log, {"[Info] GAC connection status: failure"}, before));
-
         // Waiting: stopping works, at once, and nothing keeps trying after it.
         QVERIFY(manager->StopConnecting());
         QCOMPARE(manager->GetState(), int(GacManager::NotConnected));
@@ -166,7 +159,8 @@ private slots:
 
     void setServerIsUsedForTheNextAttempt()
     {
-        auto manager = makeManager({m_sdkPath});
+        // The SDK is also found in a folder named among the candidates.
+        auto manager = makeManager({"/nonexistent/folder", QFileInfo(m_sdkPath).absolutePath()});
         manager->SetServer("10.1.2.3", 5555);
         // Ports that do not exist never reach the SDK.
         manager->SetServer("10.1.2.3", 0);
@@ -192,7 +186,6 @@ private slots:
                     messages.push_back(m);
                 });
         QSignalSpy progress(manager.get(), &GacManager::SigGacTransferProgress);
-
         m_sdk.setExportedAsset("/lib/export/door.wav");
         for (int kind : {int(GacSdk::NewAssetExported), int(GacSdk::AssetTransferred),
                          int(GacSdk::SegmentTransferred), int(GacSdk::TransferProgress), 9})
@@ -204,7 +197,6 @@ private slots:
         m_sdk.fireCount(GacSdk::TransferProgress, -1); // not a number: read as none
         QTRY_COMPARE(progress.count(), 2);
         QCOMPARE(progress.at(1).at(0).toDouble(), 0.0);
-
         // The SDK's records as the stand-in fills them, copied whole.
         const auto forest = [](const std::string& path, double start) {
             return AssetData{path,
@@ -243,26 +235,21 @@ private slots:
             const QList<QVariant> last = finished.last();
             return QString(last.at(0).toBool() ? "ok: " : "failed: ") + last.at(1).toString();
         };
-
         // Not connected: nothing reaches the server.
         QVERIFY(open(path).startsWith("failed: Not connected to Nuendo"));
         QCOMPARE(m_sdk.callList().filter("gacReadMetaData").size(), 0);
-
         connectNow(*manager);
         QCOMPARE(open(path), "ok: Opened in Nuendo: " + path);
         // The record read for the file is the one handed on.
         QVERIFY(containsInOrder(m_sdk.callList(),
                                 {"gacReadMetaData " + path,
                                  "gacOpenNuendoProject " + path + " | /projects/Forest.npr"}));
-
         // No file: no request and no answer.
         manager->OpenByNuendo(QString());
         QCOMPARE(m_sdk.callList().filter("gacReadMetaData").size(), 1);
-
         m_sdk.setResult("gacOpenNuendoProject", 12);
         QCOMPARE(open(path), "failed: Nuendo could not open " + path + ": fake error 12");
         QTRY_VERIFY(m_log.contains("[Warning] fake error 12"));
-
         m_sdk.setResult("gacReadMetaData", 4);
         const int opens = m_sdk.callList().filter("gacOpenNuendoProject").size();
         QCOMPARE(open(path), "failed: Nuendo could not open " + path + ": fake error 4");
@@ -311,7 +298,6 @@ private slots:
         QCOMPARE(finished.count(), 2);
         QCOMPARE(finished.last().at(1).toString(),
                  QString("Nuendo has not answered the previous request yet."));
-
         m_sdk.hold("gacReadMetaData", 0);
         QTRY_VERIFY(m_sdk.callList().contains("gacOpenNuendoProject /sfx/door.wav | "
                                               "/projects/Forest.npr"));
@@ -344,7 +330,6 @@ private slots:
         QFETCH(QString, reason);
         if (!initFailure.isEmpty())
             m_sdk.setResult(initFailure.toUtf8().constData(), 5);
-
         auto manager = makeManager({candidate});
         QCOMPARE(manager->GetState(), int(GacManager::NotConnected));
         QTRY_VERIFY(containsInOrder(m_log, {"[Info] GAC engine name: Vex Tesk"}));
@@ -352,7 +337,6 @@ private slots:
         QVERIFY(!m_log.contains("[Info] GAC status: initialized"));
         if (QTest::currentDataTag() == QByteArray("incomplete"))
             QVERIFY(m_log.indexOf(QRegularExpression(".*lacks: gacDeinitialize$")) >= 0);
-
         manager->StartConnecting();
         QTRY_VERIFY(m_log.contains(kNotInitialised));
         QTRY_COMPARE(manager->GetState(), int(GacManager::NotConnected));
@@ -360,12 +344,6 @@ private slots:
                                         "[API] Vex GAC tryConnect()", kNotInitialised}));
         QVERIFY(manager->StopConnecting());
         QCOMPARE(m_sdk.callList().filter("gacConnectToServer").size(), 0);
-    }
-
-    void sdkFolderIsSearched()
-    {
-        auto manager = makeManager({"/nonexistent/folder", QFileInfo(m_sdkPath).absolutePath()});
-        connectNow(*manager);
     }
 
     // The client's requests that go through sendMessage, each to its own SDK
@@ -390,7 +368,6 @@ private slots:
                                            static_cast<const VexGacMessageBase*>(&open)})
             QVERIFY(!client.sendMessage(*m));
         QCOMPARE(m_sdk.callList().filter(requests).size(), 0);
-
         client.startConnectionThread();
         QTRY_VERIFY(client.isConnected());
         QVERIFY(client.sendMessage(create));
@@ -474,7 +451,6 @@ private slots:
         auto manager = makeManager({m_sdkPath});
         manager->StartConnecting();
         QTRY_COMPARE(m_sdk.held(function.constData()), 1);
-
         // The server drops in another thread of the SDK, as a real one would.
         std::unique_ptr<std::thread> dropper;
         if (serverDrops)
@@ -489,7 +465,6 @@ private slots:
         QCOMPARE(m_sdk.held(function.constData()), 1);
         if (dropper)
             dropper->join();
-
         m_sdk.hold(function.constData(), 0);
         QTRY_COMPARE(m_sdk.held(function.constData()), 0);
         if (!quit) {
@@ -536,7 +511,6 @@ private slots:
         connectNow(*manager);
         QCOMPARE(m_sdk.callList().filter("gacConnectToServer").size(), 2);
         QTRY_VERIFY(m_log.contains("[Info] The server went away while connecting; trying again."));
-
         // And a drop while connected leads back to connecting, every time.
         for (int connects = 3; connects <= 5; ++connects) {
             m_sdk.fire(GacSdk::ServerDisconnected);
@@ -590,7 +564,6 @@ private slots:
         m_sdk.setExportedCounts(reportedExports, writtenExports);
         m_sdk.fireCount(kind, count);
         QTRY_COMPARE(messages.size(), size_t(1));
-
         int got = -1;
         int gotMarkers = 0;
         if (const auto* m = dynamic_cast<const AssetExportedMessage*>(messages[0].get())) {

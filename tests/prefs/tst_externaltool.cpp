@@ -10,7 +10,6 @@ class tst_ExternalTool final : public QObject
 
 private:
     QTemporaryDir dir;
-
     // Launches the recorder through the real rule and reads back what it got.
     QStringList launchAndRecord(const QString& argumentTemplate, const QString& filePath)
     {

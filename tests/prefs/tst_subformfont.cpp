@@ -38,7 +38,6 @@ private slots:
         auto* tableSize = child<QSpinBox>(form, "tableFontSize");
         QCOMPARE(child<QFontComboBox>(form, "treeFontFamilies")->currentFont().family(), b);
         QCOMPARE(tableSize->value(), 9);
-
         treeSize->setValue(20);
         child<QFontComboBox>(form, "tableFontFamilies")->setCurrentFont(QFont(a));
         tableSize->setValue(12);
@@ -48,7 +47,6 @@ private slots:
         QCOMPARE(fonts.GetFamily(FontSettings::Table), a);
         QCOMPARE(fonts.GetPointSize(FontSettings::Table), 12);
         QCOMPARE(child<QLineEdit>(form, "tableTextPreview")->font().pointSize(), 12);
-
         auto* fit = child<QCheckBox>(form, "fitTableCell");
         fit->setChecked(true);
         QVERIFY(fonts.IsFitToCell());
@@ -61,7 +59,6 @@ private slots:
         fit->setChecked(false);
         QVERIFY(tableSize->isEnabled());
         QCOMPARE(changed.count(), 5);
-
         child<QPushButton>(form, "defaultTreeFont")->click();
         QCOMPARE(fonts.GetFamily(FontSettings::Tree), a);
         QCOMPARE(treeSize->value(), 11);

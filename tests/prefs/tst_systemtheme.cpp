@@ -98,7 +98,6 @@ private slots:
         portal.calls = 0;
         QCOMPARE(IsSystemDarkTheme(), dark);
         QVERIFY(portal.calls >= 1);
-
         // "System" is the manager's theme until the user picks another.
         TeskManager manager;
         QCOMPARE(manager.GetColorTheme(), TeskManager::System);

@@ -54,7 +54,6 @@ private slots:
         } else if (kind == QLatin1String("missing")) {
             path = dir.filePath(QStringLiteral("gone"));
         }
-
         subFormToolSettings form(path, QString(), 1000);
         form.show();
         auto* ok = form.findChild<QPushButton*>(QStringLiteral("buttonOk"));

@@ -12,13 +12,10 @@
 #include <QFile>
 #include <QFontMetrics>
 #include <QHeaderView>
-#include <QLineEdit>
-#include <QMenu>
 #include <QMimeData>
 #include <QSignalSpy>
 #include <QStandardItemModel>
 #include <QTemporaryDir>
-#include <QVBoxLayout>
 #include <QtTest>
 
 #include <algorithm>
@@ -67,9 +64,7 @@ private slots:
     void namedFileIsSelectedWithoutPlaying();
     void viewKeys_data();
     void viewKeys();
-    void nuendoMenuOnlyForConnectedWav();
     void copyPutsEncodedFileListsOnClipboard();
-    void tabFocusSelectsFirstRow();
 };
 
 void TestTableBrowser::drops()
@@ -143,7 +138,6 @@ void TestTableBrowser::columnVisibilityAndRefresh()
     for (int column = 0; column < 15; ++column)
         QCOMPARE(browser.tableView()->isColumnHidden(column), column == 1 || column == 14);
     QVERIFY(browser.tableView()->isColumnHidden(kFirstMetadataColumn));
-
     browser.tableModel()->setFilePathList(takes(3));
     QSignalSpy changed(browser.tableModel(), &QAbstractItemModel::dataChanged);
     browser.SlotLoudnessVoltModeChanged(true);
@@ -178,7 +172,6 @@ void TestTableBrowser::endOfListOrderEqualsAFreshSort()
         listed << QStringLiteral("/lib/%1/take%2.wav").arg(QLatin1String(folders[k % 4])).arg(k);
     std::mt19937 random(static_cast<unsigned>(count));
     std::shuffle(listed.begin(), listed.end(), random);
-
     WidgetTableBrowser browser(nullptr, {});
     if (replaceListFirst) {
         browser.SlotRootPathChanged();
@@ -195,7 +188,6 @@ void TestTableBrowser::endOfListOrderEqualsAFreshSort()
     browser.SlotAnalyzedInfoAcquired(count / 2 + 1, count - 1);
     browser.SlotGetDetailEnded();
     browser.SlotSearchExecute(SearchCriteriaStruct());
-
     // Natural and case-blind: Foley and foley are one folder, "sub" sorts
     // before its "take" files, and takes go by number.
     QStringList expected = listed;
@@ -273,7 +265,6 @@ void TestTableBrowser::firstRootChangeSetsWidthsAndUserSortSurvives()
     }
     QCOMPARE(header->sectionSize(ColumnPlots), 120);
     header->resizeSection(0, 77);
-
     // Finished lists come in natural path order until the user sorts otherwise.
     browser.SlotFilePathListAcquired({"/a/take2.wav", "/a/take10.wav", "/a/Take1.wav"});
     QVERIFY(!browser.tableView()->isSortingEnabled());
@@ -362,35 +353,6 @@ void TestTableBrowser::viewKeys()
         QCOMPARE(spy->signal().startsWith(signal + '(') ? 1 : 0, spy->count());
 }
 
-void TestTableBrowser::nuendoMenuOnlyForConnectedWav()
-{
-    // state, format: Nuendo offered only when connected (2) and the file is "wav".
-    const struct
-    {
-        int state;
-        const char* format;
-        bool nuendo;
-    } cases[] = {{2, "wav", true}, {2, "aiff", false}, {2, "WAV", false}, {1, "wav", false}};
-    for (const auto& c : cases) {
-        const int state = c.state;
-        SubWidgetTableView view([state] { return state; });
-        QStandardItemModel model(1, 2);
-        model.setData(model.index(0, 0), QString::fromLatin1(c.format), 258);
-        view.setModel(&model);
-        view.setCurrentIndex(model.index(0, 0));
-        std::unique_ptr<QMenu> menu(view.createContextMenu(nullptr));
-        QStringList expected = {"Show in File Manager\tCtrl+E",
-                                "Open with an external tool\tCtrl+Shift+E",
-                                "Copy to Clipboard\tCtrl+C", "Update information\tCtrl+R"};
-        if (c.nuendo)
-            expected << QStringLiteral("Open with Nuendo\t");
-        QStringList texts;
-        for (QAction* action : menu->actions())
-            texts << action->text() + QLatin1Char('\t') + action->shortcut().toString();
-        QCOMPARE(texts, expected);
-    }
-}
-
 void TestTableBrowser::copyPutsEncodedFileListsOnClipboard()
 {
     // Names a file manager must get back exactly: blanks, #, %, Japanese.
@@ -408,7 +370,6 @@ void TestTableBrowser::copyPutsEncodedFileListsOnClipboard()
     QApplication::clipboard()->setText(QStringLiteral("before"));
     view.SlotCopyToClip();
     QCOMPARE(QApplication::clipboard()->text(), QStringLiteral("before"));
-
     for (int row : {0, 2})
         view.selectionModel()->select(model.index(row, 0),
                                       QItemSelectionModel::Select | QItemSelectionModel::Rows);
@@ -427,23 +388,6 @@ void TestTableBrowser::copyPutsEncodedFileListsOnClipboard()
              (QList<QByteArray>{"file:///lib/%E3%83%89%E3%82%A2%20%E9%96%89%E3%81%BE%E3%82%8B.wav",
                                 "file:///lib/door%20%232%20100%25.wav"}));
 #endif
-}
-
-void TestTableBrowser::tabFocusSelectsFirstRow()
-{
-    QWidget window;
-    auto* other = new QLineEdit(&window);
-    auto* view = new SubWidgetTableView({}, &window);
-    QStandardItemModel model(3, 2);
-    view->setModel(&model);
-    (new QVBoxLayout(&window))->addWidget(view);
-    window.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&window));
-    view->setFocus(Qt::MouseFocusReason);
-    QVERIFY(!view->selectionModel()->hasSelection());
-    other->setFocus(Qt::OtherFocusReason);
-    view->setFocus(Qt::TabFocusReason);
-    QTRY_VERIFY(view->selectionModel()->isRowSelected(0, QModelIndex()));
 }
 
 QTEST_MAIN(TestTableBrowser)

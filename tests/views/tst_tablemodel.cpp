@@ -81,7 +81,6 @@ void TestTableModel::initTestCase()
     QVERIFY(writeSineWav(wav("stereo.wav"), 48000, 2, 24000, 0.5, 100));
     QVERIFY(writeSineWav(wav("sine_mono.wav"), 48000, 1, 96000, 0.1));
     QVERIFY(writeSineWav(wav("sine_stereo.wav"), 48000, 2, 96000, 0.1));
-
     // A commercial-style library: bext, iXML, INFO, acid, UCS names.
     Bext door;
     door.description = "Old oak door, slow creak";
@@ -139,7 +138,6 @@ void TestTableModel::placeholderAndBlankCells()
     QVERIFY(!m->index(1, 0).isValid());
     QVERIFY(!m->index(0, 26).isValid());
     QVERIFY(!m->index(0, 2).data(256).isValid());
-
     const QString path = wav("one_second.wav");
     manager->GetKrokManager()->AnalyzeFile(path);
     m = model({path, wav("never_analysed.wav")});
@@ -216,7 +214,6 @@ void TestTableModel::plotCellAndPosition()
     // A 0.5-peak sine puts its maxima near +50 and minima near -50.
     const auto [lo, hi] = std::minmax_element(item->plot().begin(), item->plot().end());
     QVERIFY(*hi >= 40 && *hi <= 50 && *lo <= -40 && *lo >= -50);
-
     QSignalSpy changed(m.get(), &QAbstractItemModel::dataChanged);
     m->setPlaybackPosition(paths[1], 0.25);
     QCOMPARE(changed.count(), 1);
@@ -227,7 +224,6 @@ void TestTableModel::plotCellAndPosition()
     m->setPlaybackPosition(wav("not_listed.wav"), 0.5);
     QCOMPARE(changed.count(), 1);
     QCOMPARE(m->index(1, 10).data().value<PlotPointer>()->position(), 0.0);
-
     // One lane per channel once the registry keeps them.
     manager->GetKrokManager()->SetMultiPlotEnabled(true);
     auto multi = model({paths[1]}, true);
@@ -413,7 +409,6 @@ void TestTableModel::fillsRowsRangeByRange()
             folder.filePath(QStringLiteral("take%1.wav").arg(k, 3, 10, QLatin1Char('0'))), 8000, 8,
             800 + k));
     QVERIFY(fixtures::WriteBytes(folder.filePath("notes.txt"))); // not audio: never listed
-
     TeskManager owner;
     WidgetTableBrowser browser(&owner, {});
     krokTableModel* m = browser.tableModel();

@@ -66,10 +66,8 @@ class TestWaveformItem : public QObject
 private slots:
     void polylineByWidth_data();
     void polylineByWidth();
-    void laneMapping();
     void marker_data();
     void marker();
-    void denseScreenDrawsInDevicePixels();
     void delegatePaintsPlotCells();
 };
 
@@ -103,23 +101,6 @@ void TestWaveformItem::polylineByWidth()
     QCOMPARE(line, expected);
 }
 
-void TestWaveformItem::laneMapping()
-{
-    QVector<std::int8_t> bottom(500, 0);
-    bottom[0] = 100;
-    bottom[1] = -100;
-    WaveformStyledItem item(QVector<QVector<std::int8_t>>{QVector<std::int8_t>(500, 0), bottom},
-                            0.0);
-    render(item, QSize(500, 40), QRect(0, 0, 500, 40));
-    const QVector<QPolygonF>& lanes = item.cachedChannelPolylines();
-    QCOMPARE(lanes.size(), 2);
-    QCOMPARE(lanes[0][1], QPointF(0, 10));
-    // +100 is the top of the second lane, -100 the bottom of the cell.
-    QCOMPARE(lanes[1].first(), QPointF(0, 30));
-    QCOMPARE(lanes[1][1], QPointF(0, 20));
-    QCOMPARE(lanes[1][2], QPointF(1, 40));
-}
-
 void TestWaveformItem::marker_data()
 {
     QTest::addColumn<double>("ratio");
@@ -146,24 +127,6 @@ void TestWaveformItem::marker()
         QVERIFY2(columns.contains(x), qPrintable(QString::number(x)));
     if (cell.top() >= 10)
         QVERIFY(markerColumns(image, cell.top() - 10, 0, 300).isEmpty());
-}
-
-void TestWaveformItem::denseScreenDrawsInDevicePixels()
-{
-    // A 250-pixel cell on a screen of twice the density: 500 device columns,
-    // one value each, as on a 500-pixel cell of a plain screen.
-    QVector<std::int8_t> values(500);
-    for (int k = 0; k < 500; ++k)
-        values[k] = static_cast<std::int8_t>(k % 2 == 0 ? 80 : -80);
-    WaveformStyledItem item(values, 0.5);
-    const QImage image = render(item, QSize(300, 30), QRect(0, 0, 250, 30), 2.0);
-    QCOMPARE(item.cachedPolyline().size(), 502);
-    QCOMPARE(item.cachedPolyline().at(1), QPoint(0, yOf(80, 60)));
-    QCOMPARE(item.cachedPolyline().at(2), QPoint(1, yOf(-80, 60)));
-    QCOMPARE(image.pixel(520, 30), QColor(Qt::white).rgb()); // nothing right of the cell
-    // The marker at the middle of the cell, one logical pixel wide.
-    const int blue = markerColumns(image, 5, 240, 260).size();
-    QVERIFY(blue >= 1 && blue <= 3);
 }
 
 void TestWaveformItem::delegatePaintsPlotCells()
