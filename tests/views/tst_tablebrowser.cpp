@@ -59,7 +59,6 @@ private slots:
     void columnVisibilityAndRefresh();
     void endOfListOrderEqualsAFreshSort_data();
     void endOfListOrderEqualsAFreshSort();
-    void nameSearchIgnoresCase();
     void firstRootChangeSetsWidthsAndUserSortSurvives();
     void namedFileIsSelectedWithoutPlaying();
     void viewKeys_data();
@@ -205,29 +204,6 @@ void TestTableBrowser::endOfListOrderEqualsAFreshSort()
     browser.tableView()->sortByColumn(1, Qt::DescendingOrder);
     std::reverse(expected.begin(), expected.end());
     QCOMPARE(columnOf(proxy, 1), expected);
-}
-
-void TestTableBrowser::nameSearchIgnoresCase()
-{
-    WidgetTableBrowser browser(nullptr, {});
-    browser.tableModel()->setFilePathList(
-        {"/lib/take_01.wav", "/lib/Take_02.wav", "/Take/other.wav"});
-    browser.SlotGetDetailEnded();
-    SearchCriteriaStruct criteria;
-    criteria.name = QStringLiteral("tAKE_");
-    browser.SlotSearchExecute(criteria);
-    // The file name only, in any case: the folder "Take" does not count.
-    browser.sortModel()->sort(ColumnFile);
-    QCOMPARE(columnOf(browser.sortModel(), 0), (QStringList{"take_01.wav", "Take_02.wav"}));
-    // Unanalysed rows have a blank format, which only the "Error" box admits.
-    criteria.name.clear();
-    criteria.useDetail = true;
-    criteria.formatMask = SearchCriteriaStruct::FormatWav;
-    browser.SlotSearchExecute(criteria);
-    QCOMPARE(browser.sortModel()->rowCount(), 0);
-    criteria.useDetail = false;
-    browser.SlotSearchExecute(criteria);
-    QCOMPARE(browser.sortModel()->rowCount(), 3);
 }
 
 void TestTableBrowser::firstRootChangeSetsWidthsAndUserSortSurvives()
