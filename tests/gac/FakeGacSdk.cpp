@@ -52,21 +52,26 @@ State& state()
 void fire(int kind, int count);
 
 // Records the call, holds it while asked to (30 s at most, so that a broken
-// test ends), fires what is due during it.
-int record(const char* function, const std::string& args = {})
+// test ends), does its work (before a held call counts as returned), fires
+// what is due during it.
+int record(const char* function, const std::string& args = {}, void (*work)(State&) = nullptr)
 {
     State& s = state();
     int due = -1;
     {
         std::unique_lock<std::mutex> lock(s.mutex);
         s.calls.push_back(args.empty() ? std::string(function) : function + (' ' + args));
-        if (s.holding.count(function)) {
+        const bool hold = s.holding.count(function) > 0;
+        if (hold) {
             ++s.held[function];
             if (!s.released.wait_for(lock, std::chrono::seconds(30),
                                      [&] { return s.holding.count(function) == 0; }))
                 ++s.holdsGivenUp;
-            --s.held[function];
         }
+        if (work)
+            work(s);
+        if (hold)
+            --s.held[function];
         const auto it = s.fireDuring.find(function);
         if (it != s.fireDuring.end()) {
             due = it->second;
@@ -147,11 +152,10 @@ void fire(int kind, int count)
 #ifndef FAKE_GAC_OMIT_DEINITIALIZE
 FAKE_EXPORT int gacDeinitialize(void)
 {
-    const int code = record("gacDeinitialize");
-    std::lock_guard<std::mutex> lock(state().mutex);
-    state().callbacks.clear();
-    state().translate = nullptr;
-    return code;
+    return record("gacDeinitialize", {}, [](State& s) {
+        s.callbacks.clear();
+        s.translate = nullptr;
+    });
 }
 #endif
 
