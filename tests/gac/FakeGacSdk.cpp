@@ -1,8 +1,8 @@
 // A stand-in for the vendor's Game Audio Connect SDK: exports the functions the
 // client resolves, plays a server whose answers the tests choose, records every
 // call, and fires callbacks from a thread of its own as the real one does. Like
-// a networked SDK it can also hold a call until released, fire a callback in
-// the middle of a call, and hand over counts that do not match what it holds.
+// a networked SDK it can hold a call until released, fire a callback in the
+// middle of a call, and hand over counts that do not match what it holds.
 
 #include "GacSdk.h"
 
@@ -22,14 +22,7 @@
 
 namespace {
 
-// A held call gives up by itself after this, so that a broken test ends.
-constexpr std::chrono::seconds kHoldLimit(30);
-
-struct Registration
-{
-    GacCallback callback = nullptr;
-    void* userData = nullptr;
-};
+constexpr int kTrueCount = std::numeric_limits<int>::min();
 
 struct State
 {
@@ -37,20 +30,16 @@ struct State
     std::condition_variable released;
     std::map<std::string, int> results;
     std::vector<std::string> calls;
-    std::map<int, Registration> callbacks;
+    std::map<int, std::pair<GacCallback, void*>> callbacks;
     GacPathTranslateCallback translate = nullptr;
     void* translateUserData = nullptr;
     std::string exportedAsset;
-    // Functions that hold their callers, and how many callers they hold now.
-    std::set<std::string> holding;
-    std::map<std::string, int> held;
+    std::set<std::string> holding;   // functions that hold their callers
+    std::map<std::string, int> held; // callers held now
     int holdsGivenUp = 0;
-    // Function -> callback kind fired during its next call.
-    std::map<std::string, int> fireDuring;
-    // gacGetExportedAssets: the count reported when asked for it, and the
-    // count claimed as written; INT_MIN means "the true one".
-    int reportedCount = std::numeric_limits<int>::min();
-    int writtenCount = std::numeric_limits<int>::min();
+    std::map<std::string, int> fireDuring; // function -> callback kind fired in its next call
+    int reportedCount = kTrueCount;        // gacGetExportedAssets, asked for the count
+    int writtenCount = kTrueCount;         // and claimed as written
 };
 
 // Never destroyed: threads held in a call may still use it while the process ends.
@@ -60,30 +49,29 @@ State& state()
     return *s;
 }
 
-int resultOf(State& s, const char* function)
-{
-    const auto it = s.results.find(function);
-    return it == s.results.end() ? GacSdk::kResultSuccess : it->second;
-}
-
 void fire(int kind, int count);
 
-// Records the call, holds it while asked to, fires what is due during it.
-int record(const char* function, const std::string& args = {})
+// Records the call, holds it while asked to (30 s at most, so that a broken
+// test ends), does its work (before a held call counts as returned), fires
+// what is due during it.
+int record(const char* function, const std::string& args = {}, void (*work)(State&) = nullptr)
 {
     State& s = state();
     int due = -1;
     {
         std::unique_lock<std::mutex> lock(s.mutex);
-        s.calls.push_back(args.empty() ? std::string(function)
-                                       : std::string(function) + ' ' + args);
-        if (s.holding.count(function)) {
+        s.calls.push_back(args.empty() ? std::string(function) : function + (' ' + args));
+        const bool hold = s.holding.count(function) > 0;
+        if (hold) {
             ++s.held[function];
-            if (!s.released.wait_for(lock, kHoldLimit,
+            if (!s.released.wait_for(lock, std::chrono::seconds(30),
                                      [&] { return s.holding.count(function) == 0; }))
                 ++s.holdsGivenUp;
-            --s.held[function];
         }
+        if (work)
+            work(s);
+        if (hold)
+            --s.held[function];
         const auto it = s.fireDuring.find(function);
         if (it != s.fireDuring.end()) {
             due = it->second;
@@ -93,7 +81,8 @@ int record(const char* function, const std::string& args = {})
     if (due >= 0)
         fire(due, 2);
     std::lock_guard<std::mutex> lock(s.mutex);
-    return resultOf(s, function);
+    const auto it = s.results.find(function);
+    return it == s.results.end() ? GacSdk::kResultSuccess : it->second;
 }
 
 void copyText(char* buffer, const std::string& text)
@@ -112,69 +101,50 @@ void fillAsset(GacAsset* a, const std::string& path, double start)
     a->metaData.length = 2.5;
 }
 
-// Fires the callback registered for kind from a new thread and waits for it.
-// Lists hold max(count, 2) records but claim count of them; the first record's
-// texts fill their buffers without a terminating zero when count is not 2.
-// Asset and segment data name files under /lib/forest/.
+// Fires the callback registered for kind (unknown kinds: any callback) from a
+// new thread and waits for it. Lists hold max(count, 2) records under
+// /lib/forest/ but claim count of them; unless count is 2, the first record's
+// path fills its buffer without a terminating zero.
 void fire(int kind, int count)
 {
     State& s = state();
-    Registration reg;
+    std::pair<GacCallback, void*> reg{};
     {
         std::lock_guard<std::mutex> lock(s.mutex);
         const auto it = s.callbacks.find(kind);
-        // Unknown kinds go to whatever callback the client gave us.
         if (it != s.callbacks.end())
             reg = it->second;
         else if (!s.callbacks.empty())
             reg = s.callbacks.begin()->second;
     }
-    if (!reg.callback)
+    if (!reg.first)
         return;
-    std::thread worker([kind, count, reg] {
+    std::thread([kind, count, reg] {
         const size_t n = static_cast<size_t>(std::max(count, 2));
         std::vector<GacAsset> assets(n);
-        for (size_t i = 0; i < n; ++i)
+        std::vector<double> starts(n);
+        for (size_t i = 0; i < n; ++i) {
             fillAsset(&assets[i], i % 2 ? "/lib/forest/wind.wav" : "/lib/forest/birds.wav",
                       2.5 * double(i % 2));
+            starts[i] = 4.0 * double(i);
+        }
         if (count != 2)
             std::memset(assets[0].filePath, 'x', sizeof assets[0].filePath);
         const GacAssetList list{assets.data(), count};
         const std::vector<double> lengths(n, 2.5), offsets(n, 0.25);
-        std::vector<double> startsInOrder(n);
-        for (size_t i = 0; i < n; ++i)
-            startsInOrder[i] = 4.0 * double(i);
-        std::vector<GacTrack> tracks(n,
-                                     GacTrack{assets.data(), startsInOrder.data(), lengths.data(),
-                                              offsets.data(), count, "Ambience"});
-        if (count == 2)
-            tracks[0].numberOfEvents = 2;
+        std::vector<GacTrack> tracks(n, GacTrack{assets.data(), starts.data(), lengths.data(),
+                                                 offsets.data(), count, "Ambience"});
         const std::vector<GacMarker> markers(n, GacMarker{7, 1.0, 3.0});
-        const GacSegment segment{tracks.data(),
-                                 count == 2 ? 1 : count,
-                                 markers.data(),
-                                 count == 2 ? 1 : count,
-                                 96.0,
-                                 3,
-                                 4};
+        const int tracksAndMarkers = count == 2 ? 1 : count;
+        const GacSegment segment{
+            tracks.data(), tracksAndMarkers, markers.data(), tracksAndMarkers, 96.0, 3, 4};
         const double progress = count == 2 ? 0.5 : std::numeric_limits<double>::quiet_NaN();
-        const void* data = nullptr;
-        switch (kind) {
-        case GacSdk::AssetTransferred:
-            data = &list;
-            break;
-        case GacSdk::SegmentTransferred:
-            data = &segment;
-            break;
-        case GacSdk::TransferProgress:
-            data = &progress;
-            break;
-        default:
-            break;
-        }
-        reg.callback(kind, data, reg.userData);
-    });
-    worker.join();
+        const void* data = kind == GacSdk::AssetTransferred     ? static_cast<const void*>(&list)
+                           : kind == GacSdk::SegmentTransferred ? static_cast<const void*>(&segment)
+                           : kind == GacSdk::TransferProgress   ? &progress
+                                                                : nullptr;
+        reg.first(kind, data, reg.second);
+    }).join();
 }
 
 } // namespace
@@ -182,41 +152,32 @@ void fire(int kind, int count)
 #ifndef FAKE_GAC_OMIT_DEINITIALIZE
 FAKE_EXPORT int gacDeinitialize(void)
 {
-    State& s = state();
-    const int code = record("gacDeinitialize");
-    std::lock_guard<std::mutex> lock(s.mutex);
-    s.callbacks.clear();
-    s.translate = nullptr;
-    return code;
+    return record("gacDeinitialize", {}, [](State& s) {
+        s.callbacks.clear();
+        s.translate = nullptr;
+    });
 }
 #endif
 
-FAKE_EXPORT int gacInternalInitialize(const char* engineName, int argument1, int argument2)
-{
-    return record("gacInternalInitialize", std::string(engineName) + ' ' +
-                                               std::to_string(argument1) + ' ' +
-                                               std::to_string(argument2));
-}
-
-FAKE_EXPORT int gacEnableCallbackExecutionInBackground(void)
-{
-    return record("gacEnableCallbackExecutionInBackground");
-}
+// Calls that only record their arguments and answer as told.
+#define FAKE_RECORDED(name, params, args)                                                          \
+    FAKE_EXPORT int name params                                                                    \
+    {                                                                                              \
+        return record(#name, args);                                                                \
+    }
+FAKE_RECORDED(gacInternalInitialize, (const char* engine, int argument1, int argument2),
+              std::string(engine) + ' ' + std::to_string(argument1) + ' ' +
+                  std::to_string(argument2))
+FAKE_RECORDED(gacEnableCallbackExecutionInBackground, (void), {})
+FAKE_RECORDED(gacSetServerPort, (int port), std::to_string(port))
+FAKE_RECORDED(gacConnectToServer, (const char* address), address)
+FAKE_RECORDED(gacSetClientDropPath, (const char* path), path)
+FAKE_RECORDED(gacSetAssetUpdate, (const char* displayValue), displayValue)
 
 FAKE_EXPORT void gacGetErrorMessage(int code, char* buffer)
 {
     record("gacGetErrorMessage", std::to_string(code));
     copyText(buffer, "fake error " + std::to_string(code));
-}
-
-FAKE_EXPORT int gacSetServerPort(int port)
-{
-    return record("gacSetServerPort", std::to_string(port));
-}
-
-FAKE_EXPORT int gacConnectToServer(const char* address)
-{
-    return record("gacConnectToServer", address);
 }
 
 FAKE_EXPORT int gacGetServerVersion(char* buffer)
@@ -225,27 +186,20 @@ FAKE_EXPORT int gacGetServerVersion(char* buffer)
     return record("gacGetServerVersion");
 }
 
-FAKE_EXPORT int gacSetClientDropPath(const char* path)
-{
-    return record("gacSetClientDropPath", path);
-}
-
 FAKE_EXPORT int gacRegisterCallback(int kind, GacCallback callback, void* userData)
 {
-    State& s = state();
     const int code = record("gacRegisterCallback", std::to_string(kind));
-    std::lock_guard<std::mutex> lock(s.mutex);
-    s.callbacks[kind] = {callback, userData};
+    std::lock_guard<std::mutex> lock(state().mutex);
+    state().callbacks[kind] = {callback, userData};
     return code;
 }
 
 FAKE_EXPORT int gacRegisterPathTranslateCallback(GacPathTranslateCallback callback, void* userData)
 {
-    State& s = state();
     const int code = record("gacRegisterPathTranslateCallback");
-    std::lock_guard<std::mutex> lock(s.mutex);
-    s.translate = callback;
-    s.translateUserData = userData;
+    std::lock_guard<std::mutex> lock(state().mutex);
+    state().translate = callback;
+    state().translateUserData = userData;
     return code;
 }
 
@@ -279,16 +233,11 @@ FAKE_EXPORT int gacGetExportedAssets(GacAsset* assets, int capacity, int* count)
     if (capacity > 0 && held > 0)
         fillAsset(&assets[0], s.exportedAsset, 1.0);
     const int claimed = capacity > 0 ? s.writtenCount : s.reportedCount;
-    *count = claimed == std::numeric_limits<int>::min() ? held : claimed;
+    *count = claimed == kTrueCount ? held : claimed;
     return code;
 }
 
-FAKE_EXPORT int gacSetAssetUpdate(const char* displayValue)
-{
-    return record("gacSetAssetUpdate", displayValue);
-}
-
-// ---- Test controls -------------------------------------------------------
+// ---- Test controls (see FakeSdkControl.h) ---------------------------------
 
 FAKE_EXPORT void fakeGacReset()
 {
@@ -302,35 +251,29 @@ FAKE_EXPORT void fakeGacReset()
     s.holding.clear();
     s.fireDuring.clear();
     s.holdsGivenUp = 0;
-    s.reportedCount = s.writtenCount = std::numeric_limits<int>::min();
+    s.reportedCount = s.writtenCount = kTrueCount;
     s.released.notify_all();
 }
 
 FAKE_EXPORT void fakeGacSetResult(const char* function, int code)
 {
-    State& s = state();
-    std::lock_guard<std::mutex> lock(s.mutex);
-    s.results[function] = code;
+    std::lock_guard<std::mutex> lock(state().mutex);
+    state().results[function] = code;
 }
 
 FAKE_EXPORT void fakeGacSetExportedAsset(const char* path)
 {
-    State& s = state();
-    std::lock_guard<std::mutex> lock(s.mutex);
-    s.exportedAsset = path;
+    std::lock_guard<std::mutex> lock(state().mutex);
+    state().exportedAsset = path;
 }
 
-// What gacGetExportedAssets claims: the count when asked for it and the count
-// written into the caller's array; INT_MIN for the true one.
 FAKE_EXPORT void fakeGacSetExportedCounts(int reported, int written)
 {
-    State& s = state();
-    std::lock_guard<std::mutex> lock(s.mutex);
-    s.reportedCount = reported;
-    s.writtenCount = written;
+    std::lock_guard<std::mutex> lock(state().mutex);
+    state().reportedCount = reported;
+    state().writtenCount = written;
 }
 
-// Calls to function wait while on is non-zero.
 FAKE_EXPORT void fakeGacHold(const char* function, int on)
 {
     State& s = state();
@@ -342,60 +285,48 @@ FAKE_EXPORT void fakeGacHold(const char* function, int on)
     s.released.notify_all();
 }
 
-// How many calls to function are held now.
 FAKE_EXPORT int fakeGacHeld(const char* function)
 {
-    State& s = state();
-    std::lock_guard<std::mutex> lock(s.mutex);
-    const auto it = s.held.find(function);
-    return it == s.held.end() ? 0 : it->second;
+    std::lock_guard<std::mutex> lock(state().mutex);
+    const auto it = state().held.find(function);
+    return it == state().held.end() ? 0 : it->second;
 }
 
-// Held calls that gave up waiting by themselves.
 FAKE_EXPORT int fakeGacHoldsGivenUp()
 {
-    State& s = state();
-    std::lock_guard<std::mutex> lock(s.mutex);
-    return s.holdsGivenUp;
+    std::lock_guard<std::mutex> lock(state().mutex);
+    return state().holdsGivenUp;
 }
 
-// The next call to function fires the callback of kind from a thread of the
-// SDK, and returns only once the client's callback has returned.
 FAKE_EXPORT void fakeGacFireDuring(const char* function, int kind)
 {
-    State& s = state();
-    std::lock_guard<std::mutex> lock(s.mutex);
-    s.fireDuring[function] = kind;
+    std::lock_guard<std::mutex> lock(state().mutex);
+    state().fireDuring[function] = kind;
 }
 
-// The calls so far, one per line; returns the length the whole text needs.
 FAKE_EXPORT int fakeGacCalls(char* buffer, int size)
 {
-    State& s = state();
-    std::lock_guard<std::mutex> lock(s.mutex);
+    std::lock_guard<std::mutex> lock(state().mutex);
     std::string text;
-    for (const std::string& c : s.calls)
+    for (const std::string& c : state().calls)
         text += c + '\n';
     if (buffer && size > 0)
         std::snprintf(buffer, static_cast<size_t>(size), "%s", text.c_str());
     return static_cast<int>(text.size()) + 1;
 }
 
-// Asks the client to translate a path as the server would; returns its answer.
 FAKE_EXPORT int fakeGacTranslate(const char* path, char* translated, int size)
 {
-    State& s = state();
     GacPathTranslateCallback callback = nullptr;
     void* userData = nullptr;
     {
-        std::lock_guard<std::mutex> lock(s.mutex);
-        callback = s.translate;
-        userData = s.translateUserData;
+        std::lock_guard<std::mutex> lock(state().mutex);
+        callback = state().translate;
+        userData = state().translateUserData;
     }
     return callback ? callback(path, translated, size, userData) : -1;
 }
 
-// Fires the callback of kind with lists that claim count records (see fire()).
 FAKE_EXPORT void fakeGacFireCount(int kind, int count)
 {
     fire(kind, count);

@@ -8,16 +8,22 @@
 struct FakeSdkControl
 {
     void (*reset)() = nullptr;
-    void (*setResult)(const char*, int) = nullptr;
-    void (*setExportedAsset)(const char*) = nullptr;
-    void (*setExportedCounts)(int, int) = nullptr;
-    int (*calls)(char*, int) = nullptr;
-    void (*fireCount)(int, int) = nullptr;
-    void (*fireDuring)(const char*, int) = nullptr;
-    void (*hold)(const char*, int) = nullptr;
-    int (*held)(const char*) = nullptr;
+    void (*setResult)(const char* function, int code) = nullptr;
+    void (*setExportedAsset)(const char* path) = nullptr;
+    // What gacGetExportedAssets claims when asked for the count and when
+    // writing; INT_MIN for the true one.
+    void (*setExportedCounts)(int reported, int written) = nullptr;
+    int (*calls)(char* buffer, int size) = nullptr;
+    // Fires the callback of kind from an SDK thread with lists claiming count records.
+    void (*fireCount)(int kind, int count) = nullptr;
+    // The next call to function fires the callback of kind before it returns.
+    void (*fireDuring)(const char* function, int kind) = nullptr;
+    // Calls to function wait while on is non-zero; held() counts them.
+    void (*hold)(const char* function, int on) = nullptr;
+    int (*held)(const char* function) = nullptr;
     int (*holdsGivenUp)() = nullptr;
-    int (*translate)(const char*, char*, int) = nullptr;
+    // Asks the client to translate a path as the server would.
+    int (*translate)(const char* path, char* out, int size) = nullptr;
 
     bool resolve(const QString& path)
     {
@@ -41,10 +47,8 @@ struct FakeSdkControl
         return all;
     }
 
-    // Fires the callback of kind as the server would, from a thread of the SDK.
     void fire(int kind) const { fireCount(kind, 2); }
 
-    // Every SDK call so far, one line each.
     QStringList callList() const
     {
         QByteArray buffer(calls(nullptr, 0), '\0');

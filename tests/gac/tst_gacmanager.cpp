@@ -1,5 +1,7 @@
 // The Nuendo link against the stand-in SDK: the manager as the window uses it,
-// and the client underneath it on its own.
+// the client underneath it on its own, and an SDK that behaves like a networked
+// one at its worst: calls that do not come back, callbacks from its own threads
+// in the middle of our calls, and counts that do not match what it hands over.
 #include "ConnectionControlImpl.h"
 #include "FakeSdkControl.h"
 #include "GacManager.h"
@@ -9,7 +11,9 @@
 
 #include <QtTest>
 
+#include <climits>
 #include <mutex>
+#include <thread>
 
 using namespace Vexmw;
 
@@ -51,16 +55,6 @@ private:
     QStringList m_lines;
 };
 
-QMutex g_qtLogMutex;
-QStringList g_qtLog;
-void captureGacCategory(QtMsgType, const QMessageLogContext& context, const QString& message)
-{
-    if (context.category && QByteArray(context.category) == "tesk.gac") {
-        QMutexLocker lock(&g_qtLogMutex);
-        g_qtLog << message;
-    }
-}
-
 const char* const kNotInitialised =
     "[Warning] Vex GAC is necessary to initialize before start the connection process.";
 
@@ -69,11 +63,9 @@ const char* const kNotInitialised =
 class TestGacManager final : public QObject
 {
     Q_OBJECT
-
     FakeSdkControl m_sdk;
     const QString m_sdkPath = QStringLiteral(FAKE_GAC_SDK_PATH);
     QStringList m_log;
-
     // A manager whose log lines land in m_log.
     std::unique_ptr<GacManager> makeManager(const QStringList& candidates, int timeoutMs = 0)
     {
@@ -103,18 +95,21 @@ private slots:
 
     void init() { m_sdk.reset(); }
 
+    void cleanup()
+    {
+        m_sdk.reset();
+        QCOMPARE(m_sdk.holdsGivenUp(), 0);
+    }
+
     void initialisesTheSdk()
     {
-        const QtMessageHandler previous = qInstallMessageHandler(captureGacCategory);
         {
             auto manager = makeManager({m_sdkPath});
             QCOMPARE(manager->GetState(), int(GacManager::NotConnected));
             QTRY_VERIFY(m_log.contains("[API] Vex GAC setServerPort()"));
-            QVERIFY(containsInOrder(
-                m_log, {"[API] Vex GAC constructor()", "[API] Vex GAC setGacEngineName()",
-                        "[API] Vex GAC initialize()", "[Info] GAC status: initialized",
-                        "[Info] GAC engine name: Vex Tesk", "[API] Vex GAC registerCallbacks()",
-                        "[API] Vex GAC setServerIpAddress()", "[API] Vex GAC setServerPort()"}));
+            QVERIFY(containsInOrder(m_log,
+                                    {"[API] Vex GAC initialize()", "[Info] GAC status: initialized",
+                                     "[Info] GAC engine name: Vex Tesk"}));
             QCOMPARE(m_sdk.callList(),
                      QStringList({"gacInternalInitialize Vex Tesk 2 1",
                                   "gacEnableCallbackExecutionInBackground", "gacRegisterCallback 0",
@@ -122,12 +117,7 @@ private slots:
                                   "gacRegisterCallback 3", "gacRegisterCallback 4",
                                   "gacRegisterPathTranslateCallback"}));
         }
-        qInstallMessageHandler(previous);
         QCOMPARE(m_sdk.callList().constLast(), QString("gacDeinitialize"));
-        // The same lines reach Qt's message log.
-        QMutexLocker lock(&g_qtLogMutex);
-        QVERIFY(g_qtLog.contains("[API] Vex GAC initialize()"));
-        QVERIFY(g_qtLog.contains("[API] Vex GAC destructor()"));
     }
 
     void connectsAfterFailuresAndReconnectsAfterDisconnect()
@@ -135,47 +125,33 @@ private slots:
         m_sdk.setResult("gacConnectToServer", 3);
         auto manager = makeManager({m_sdkPath});
         QSignalSpy disconnected(manager.get(), &GacManager::SigGacServerDisconnected);
-
         manager->StartConnecting();
         QTRY_VERIFY(m_log.contains("[Info] GAC connection status: failure"));
         QCOMPARE(manager->GetState(), int(GacManager::WaitingConnection));
-
         m_sdk.setResult("gacConnectToServer", 7);
         QTRY_COMPARE_WITH_TIMEOUT(manager->GetState(), int(GacManager::Connected), 10000);
-        QTRY_VERIFY(containsInOrder(
-            m_log, {"[API] Vex GAC startConnectionThread()", "[API] Vex GAC tryConnect()",
-                    "[Info] Try connection:  IP Address: localhost Port: 4444",
-                    "[Info] GAC connection status: failure", "[API] Vex GAC tryConnect()",
-                    "[Info] GAC connection status: success", "[API] Vex GAC getServerVersion()",
-                    "[Info] GAC server version: 2.1.0-test", "[Info] Set drop path: "}));
-        const QStringList calls = m_sdk.callList();
-        QVERIFY(calls.contains("gacSetServerPort 4444"));
-        QVERIFY(calls.contains("gacConnectToServer localhost"));
-        QVERIFY(containsInOrder(calls, {"gacGetServerVersion", "gacSetClientDropPath "}));
-
+        QTRY_VERIFY(containsInOrder(m_log, {"[Info] GAC connection status: failure",
+                                            "[Info] GAC connection status: success",
+                                            "[Info] GAC server version: 2.1.0-test"}));
+        QVERIFY(containsInOrder(m_sdk.callList(),
+                                {"gacSetServerPort 4444", "gacConnectToServer localhost",
+                                 "gacGetServerVersion", "gacSetClientDropPath "}));
         // Connected: stopping is refused and the connection stays.
         QVERIFY(!manager->StopConnecting());
         QTRY_VERIFY(m_log.contains("[Warning] Please disable the GAC server first."));
         QCOMPARE(manager->GetState(), int(GacManager::Connected));
-
         // The server goes away: back to waiting, by itself.
         m_sdk.setResult("gacConnectToServer", 3);
         const int before = m_log.size();
         m_sdk.fire(GacSdk::ServerDisconnected);
         QTRY_COMPARE(manager->GetState(), int(GacManager::WaitingConnection));
         QTRY_COMPARE(disconnected.count(), 1);
-        QTRY_VERIFY(containsInOrder(
-            m_log,
-            {"[Callback] Vex GAC onServerDisconnected()", "[API] Vex GAC startConnectionThread()",
-             "[API] Vex GAC tryConnect()", "[Info] GAC connection status: failure"},
-            before));
-
+        QTRY_VERIFY(containsInOrder(m_log, {"[Info] GAC connection status: failure"}, before));
         // Waiting: stopping works, at once, and nothing keeps trying after it.
         QVERIFY(manager->StopConnecting());
         QCOMPARE(manager->GetState(), int(GacManager::NotConnected));
-        QTRY_VERIFY(containsInOrder(m_log, {"[API] Vex GAC stopConnectionThread()"}, before));
         const int attempts = m_sdk.callList().filter("gacConnectToServer").size();
-        QTest::qWait(1200);
+        QTest::qWait(1100);
         QCOMPARE(m_sdk.callList().filter("gacConnectToServer").size(), attempts);
         m_sdk.setResult("gacConnectToServer", 7);
         connectNow(*manager);
@@ -183,7 +159,8 @@ private slots:
 
     void setServerIsUsedForTheNextAttempt()
     {
-        auto manager = makeManager({m_sdkPath});
+        // The SDK is also found in a folder named among the candidates.
+        auto manager = makeManager({"/nonexistent/folder", QFileInfo(m_sdkPath).absolutePath()});
         manager->SetServer("10.1.2.3", 5555);
         // Ports that do not exist never reach the SDK.
         manager->SetServer("10.1.2.3", 0);
@@ -209,7 +186,6 @@ private slots:
                     messages.push_back(m);
                 });
         QSignalSpy progress(manager.get(), &GacManager::SigGacTransferProgress);
-
         m_sdk.setExportedAsset("/lib/export/door.wav");
         for (int kind : {int(GacSdk::NewAssetExported), int(GacSdk::AssetTransferred),
                          int(GacSdk::SegmentTransferred), int(GacSdk::TransferProgress), 9})
@@ -218,7 +194,9 @@ private slots:
         QTRY_COMPARE(progress.count(), 1);
         QVERIFY(allOnThisThread);
         QCOMPARE(progress.at(0).at(0).toDouble(), 0.5);
-
+        m_sdk.fireCount(GacSdk::TransferProgress, -1); // not a number: read as none
+        QTRY_COMPARE(progress.count(), 2);
+        QCOMPARE(progress.at(1).at(0).toDouble(), 0.0);
         // The SDK's records as the stand-in fills them, copied whole.
         const auto forest = [](const std::string& path, double start) {
             return AssetData{path,
@@ -227,29 +205,21 @@ private slots:
         };
         const AssetData birds = forest("/lib/forest/birds.wav", 0.0);
         const AssetData wind = forest("/lib/forest/wind.wav", 2.5);
-        const auto* exported = dynamic_cast<const AssetExportedMessage*>(messages[0].get());
-        QVERIFY(exported);
-        QVERIFY(exported->assetFiles ==
-                std::vector<AssetData>{forest("/lib/export/door.wav", 1.0)});
-        const auto* transferred = dynamic_cast<const AssetTransferredMessage*>(messages[1].get());
-        QVERIFY(transferred);
-        QVERIFY(transferred->assetFiles == (std::vector<AssetData>{birds, wind}));
-        const auto* segment = dynamic_cast<const SegmentTransferredMessage*>(messages[2].get());
-        QVERIFY(segment);
-        SegmentData s;
+        AssetExportedMessage exported;
+        exported.assetFiles = {forest("/lib/export/door.wav", 1.0)};
+        QVERIFY(messages[0]->equals(exported));
+        AssetTransferredMessage transferred;
+        transferred.assetFiles = {birds, wind};
+        QVERIFY(messages[1]->equals(transferred));
+        SegmentTransferredMessage segment;
+        SegmentData& s = segment.assetSegmentData;
         s.tracks = {{{{birds, 0.0, 2.5, 0.25}, {wind, 4.0, 2.5, 0.25}}, "Ambience"}};
         s.markers = {{7, 1.0, 3.0}};
         s.tempo = 96.0;
         s.timeSignatureNumerator = 3;
         s.timeSignatureDenominator = 4;
-        QVERIFY(segment->assetSegmentData == s);
-
-        QTRY_VERIFY(containsInOrder(
-            m_log,
-            {"[Callback] NewAssetExported", "[Info] Asset: /lib/export/door.wav",
-             "[Callback] AssetTransferred", "[Info] Asset: /lib/forest/birds.wav",
-             "[Info] Asset: /lib/forest/wind.wav", "[Callback] SegmentTransferred",
-             "[Info] Segment:", "[Callback] TransferProgress", "[Info] Unsupported message"}));
+        QVERIFY(messages[2]->equals(segment));
+        QTRY_VERIFY(m_log.contains("[Info] Unsupported message"));
     }
 
     void openWithNuendo()
@@ -265,36 +235,26 @@ private slots:
             const QList<QVariant> last = finished.last();
             return QString(last.at(0).toBool() ? "ok: " : "failed: ") + last.at(1).toString();
         };
-
         // Not connected: nothing reaches the server.
         QVERIFY(open(path).startsWith("failed: Not connected to Nuendo"));
         QCOMPARE(m_sdk.callList().filter("gacReadMetaData").size(), 0);
-
         connectNow(*manager);
         QCOMPARE(open(path), "ok: Opened in Nuendo: " + path);
         // The record read for the file is the one handed on.
         QVERIFY(containsInOrder(m_sdk.callList(),
                                 {"gacReadMetaData " + path,
                                  "gacOpenNuendoProject " + path + " | /projects/Forest.npr"}));
-
         // No file: no request and no answer.
         manager->OpenByNuendo(QString());
         QCOMPARE(m_sdk.callList().filter("gacReadMetaData").size(), 1);
-
-        m_sdk.setResult("gacReadMetaData", 0);
-        m_sdk.setResult("gacOpenNuendoProject", 0);
-        QVERIFY(open(path).startsWith("ok: "));
-
         m_sdk.setResult("gacOpenNuendoProject", 12);
         QCOMPARE(open(path), "failed: Nuendo could not open " + path + ": fake error 12");
         QTRY_VERIFY(m_log.contains("[Warning] fake error 12"));
-
         m_sdk.setResult("gacReadMetaData", 4);
         const int opens = m_sdk.callList().filter("gacOpenNuendoProject").size();
         QCOMPARE(open(path), "failed: Nuendo could not open " + path + ": fake error 4");
         QCOMPARE(m_sdk.callList().filter("gacOpenNuendoProject").size(), opens);
-        QTRY_COMPARE(m_log.filter("[API] Vex GAC openNuendoProject()").size(), 4);
-        QCOMPARE(finished.count(), 5);
+        QCOMPARE(finished.count(), 4);
     }
 
     // A path is sent whole or not at all: 1,023 bytes of UTF-8 fit the SDK's
@@ -338,7 +298,6 @@ private slots:
         QCOMPARE(finished.count(), 2);
         QCOMPARE(finished.last().at(1).toString(),
                  QString("Nuendo has not answered the previous request yet."));
-
         m_sdk.hold("gacReadMetaData", 0);
         QTRY_VERIFY(m_sdk.callList().contains("gacOpenNuendoProject /sfx/door.wav | "
                                               "/projects/Forest.npr"));
@@ -371,7 +330,6 @@ private slots:
         QFETCH(QString, reason);
         if (!initFailure.isEmpty())
             m_sdk.setResult(initFailure.toUtf8().constData(), 5);
-
         auto manager = makeManager({candidate});
         QCOMPARE(manager->GetState(), int(GacManager::NotConnected));
         QTRY_VERIFY(containsInOrder(m_log, {"[Info] GAC engine name: Vex Tesk"}));
@@ -379,7 +337,6 @@ private slots:
         QVERIFY(!m_log.contains("[Info] GAC status: initialized"));
         if (QTest::currentDataTag() == QByteArray("incomplete"))
             QVERIFY(m_log.indexOf(QRegularExpression(".*lacks: gacDeinitialize$")) >= 0);
-
         manager->StartConnecting();
         QTRY_VERIFY(m_log.contains(kNotInitialised));
         QTRY_COMPARE(manager->GetState(), int(GacManager::NotConnected));
@@ -387,12 +344,6 @@ private slots:
                                         "[API] Vex GAC tryConnect()", kNotInitialised}));
         QVERIFY(manager->StopConnecting());
         QCOMPARE(m_sdk.callList().filter("gacConnectToServer").size(), 0);
-    }
-
-    void sdkFolderIsSearched()
-    {
-        auto manager = makeManager({"/nonexistent/folder", QFileInfo(m_sdkPath).absolutePath()});
-        connectNow(*manager);
     }
 
     // The client's requests that go through sendMessage, each to its own SDK
@@ -417,7 +368,6 @@ private slots:
                                            static_cast<const VexGacMessageBase*>(&open)})
             QVERIFY(!client.sendMessage(*m));
         QCOMPARE(m_sdk.callList().filter(requests).size(), 0);
-
         client.startConnectionThread();
         QTRY_VERIFY(client.isConnected());
         QVERIFY(client.sendMessage(create));
@@ -428,11 +378,7 @@ private slots:
         QCOMPARE(m_sdk.callList().filter(requests),
                  QStringList({"gacOpenNewNuendoProject tracks 2 markers 1 first /sfx/door_open.wav",
                               "gacSetAssetUpdate Approved", "gacReadMetaData /sfx/door_open.wav"}));
-        const QStringList lines = listener.lines();
-        QVERIFY(containsInOrder(lines, {"[API] Vex GAC createNuendoProject()",
-                                        "[API] Vex GAC setAssetUpdate()",
-                                        "[API] Vex GAC setSegmentUpdate()"}));
-        QCOMPARE(lines.constLast(), QString("[Info] Unsupported message"));
+        QCOMPARE(listener.lines().constLast(), QString("[Info] Unsupported message"));
     }
 
     void clientTranslatesPathsUnchanged()
@@ -471,6 +417,175 @@ private slots:
             QString::fromStdString("[Warning] The path is longer than the 1023 bytes the SDK "
                                    "takes; nothing was sent: " +
                                    longPath)));
+    }
+
+    // A call the SDK does not return from: stopping and quitting come back
+    // while it is still held (were they to wait for it, the test would hang
+    // here), also when the server drops at that very moment; the attempt's
+    // late outcome is ignored and a connection it made is dropped again.
+    void stopAndQuitWhileTheSdkHoldsACall_data()
+    {
+        QTest::addColumn<QString>("held");
+        QTest::addColumn<bool>("quit");
+        QTest::addColumn<bool>("serverDrops");
+        // Whether the held attempt goes on to connect once released.
+        QTest::addColumn<bool>("connectsLate");
+        for (const char* function :
+             {"gacSetServerPort", "gacConnectToServer", "gacGetServerVersion"}) {
+            const bool late = QByteArray(function) != "gacSetServerPort";
+            for (const bool quit : {false, true})
+                for (const bool drops : {false, true})
+                    QTest::addRow("%s in %s%s", quit ? "quit" : "stop", function,
+                                  drops ? ", server drops" : "")
+                        << function << quit << drops << late;
+        }
+    }
+    void stopAndQuitWhileTheSdkHoldsACall()
+    {
+        QFETCH(QString, held);
+        QFETCH(bool, quit);
+        QFETCH(bool, serverDrops);
+        QFETCH(bool, connectsLate);
+        const QByteArray function = held.toUtf8();
+        m_sdk.hold(function.constData(), 1);
+        auto manager = makeManager({m_sdkPath});
+        manager->StartConnecting();
+        QTRY_COMPARE(m_sdk.held(function.constData()), 1);
+        // The server drops in another thread of the SDK, as a real one would.
+        std::unique_ptr<std::thread> dropper;
+        if (serverDrops)
+            dropper =
+                std::make_unique<std::thread>([this] { m_sdk.fire(GacSdk::ServerDisconnected); });
+        if (quit) {
+            manager.reset();
+        } else {
+            QVERIFY(manager->StopConnecting());
+            QCOMPARE(manager->GetState(), int(GacManager::NotConnected));
+        }
+        QCOMPARE(m_sdk.held(function.constData()), 1);
+        if (dropper)
+            dropper->join();
+        m_sdk.hold(function.constData(), 0);
+        QTRY_COMPARE(m_sdk.held(function.constData()), 0);
+        if (!quit) {
+            // A connection made after the stop is dropped by starting the SDK afresh.
+            QTRY_COMPARE(m_sdk.callList().filter("gacInternalInitialize").size(),
+                         connectsLate ? 2 : 1);
+            QTest::qWait(50);
+            QCOMPARE(manager->GetState(), int(GacManager::NotConnected));
+            // Only an attempt held after it had connected ever said so.
+            QCOMPARE(m_log.count("[Info] GAC connection status: success"),
+                     held == "gacGetServerVersion" ? 1 : 0);
+            // And the next start connects as usual.
+            connectNow(*manager);
+        }
+    }
+
+    void quitWhileTheSdkShutsDownForever()
+    {
+        m_sdk.hold("gacDeinitialize", 1);
+        {
+            GacManager manager(nullptr, {m_sdkPath});
+            connectNow(manager);
+        }
+        QCOMPARE(m_sdk.held("gacDeinitialize"), 1);
+        m_sdk.hold("gacDeinitialize", 0);
+        QTRY_COMPARE(m_sdk.held("gacDeinitialize"), 0);
+    }
+
+    // The server drops between the call that connected and the moment the
+    // client would count itself connected: the client connects again rather
+    // than showing a connection that is gone.
+    void disconnectWhileConnecting_data()
+    {
+        QTest::addColumn<QString>("during");
+        QTest::newRow("in the connect call") << "gacConnectToServer";
+        QTest::newRow("while asking the version") << "gacGetServerVersion";
+        QTest::newRow("while setting the drop path") << "gacSetClientDropPath";
+    }
+    void disconnectWhileConnecting()
+    {
+        QFETCH(QString, during);
+        m_sdk.fireDuring(during.toUtf8().constData(), GacSdk::ServerDisconnected);
+        auto manager = makeManager({m_sdkPath});
+        connectNow(*manager);
+        QCOMPARE(m_sdk.callList().filter("gacConnectToServer").size(), 2);
+        QTRY_VERIFY(m_log.contains("[Info] The server went away while connecting; trying again."));
+        // And a drop while connected leads back to connecting, every time.
+        for (int connects = 3; connects <= 5; ++connects) {
+            m_sdk.fire(GacSdk::ServerDisconnected);
+            QTRY_COMPARE(m_sdk.callList().filter("gacConnectToServer").size(), connects);
+            QTRY_COMPARE_WITH_TIMEOUT(manager->GetState(), int(GacManager::Connected), 10000);
+        }
+    }
+
+    void hostileCounts_data()
+    {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<int>("count");
+        QTest::addColumn<int>("reportedExports");
+        QTest::addColumn<int>("writtenExports");
+        QTest::addColumn<int>("records");
+        QTest::addColumn<int>("markers");
+        const int n = INT_MIN; // the fake's own count
+        QTest::newRow("exports: two billion announced")
+            << int(GacSdk::NewAssetExported) << 2 << INT_MAX << 1 << 1 << 0;
+        QTest::newRow("exports: more written than room")
+            << int(GacSdk::NewAssetExported) << 2 << 5 << 99 << 5 << 0;
+        QTest::newRow("exports: two billion announced and written")
+            << int(GacSdk::NewAssetExported) << 2 << INT_MAX << INT_MAX << GacSdk::kMaxAssets << 0;
+        QTest::newRow("exports: two billion written")
+            << int(GacSdk::NewAssetExported) << 2 << 1 << INT_MAX << 1 << 0;
+        QTest::newRow("exports: negative")
+            << int(GacSdk::NewAssetExported) << 2 << -7 << -7 << 0 << 0;
+        QTest::newRow("transfer: 1500 assets")
+            << int(GacSdk::AssetTransferred) << 1500 << n << n << GacSdk::kMaxAssets << 0;
+        QTest::newRow("transfer: negative")
+            << int(GacSdk::AssetTransferred) << -5 << n << n << 0 << 0;
+        QTest::newRow("segment: 1500 tracks of 1500 events")
+            << int(GacSdk::SegmentTransferred) << 1500 << n << n << GacSdk::kMaxEvents << 1500;
+        QTest::newRow("segment: negative")
+            << int(GacSdk::SegmentTransferred) << -5 << n << n << 0 << 0;
+    }
+    void hostileCounts()
+    {
+        QFETCH(int, kind);
+        QFETCH(int, count);
+        QFETCH(int, reportedExports);
+        QFETCH(int, writtenExports);
+        QFETCH(int, records);
+        QFETCH(int, markers);
+        GacManager manager(nullptr, {m_sdkPath});
+        std::vector<std::shared_ptr<const VexGacMessageBase>> messages;
+        connect(&manager, &GacManager::SigGacMessageReceived,
+                [&](const std::shared_ptr<const VexGacMessageBase>& m) { messages.push_back(m); });
+        connectNow(manager);
+        m_sdk.setExportedAsset("/lib/export/door.wav");
+        m_sdk.setExportedCounts(reportedExports, writtenExports);
+        m_sdk.fireCount(kind, count);
+        QTRY_COMPARE(messages.size(), size_t(1));
+        int got = -1;
+        int gotMarkers = 0;
+        if (const auto* m = dynamic_cast<const AssetExportedMessage*>(messages[0].get())) {
+            got = int(m->assetFiles.size());
+            if (got > 0)
+                QCOMPARE(m->assetFiles[0].filePath, std::string("/lib/export/door.wav"));
+        } else if (const auto* m =
+                       dynamic_cast<const AssetTransferredMessage*>(messages[0].get())) {
+            got = int(m->assetFiles.size());
+            // A text that fills its buffer without an end is read to the buffer's end.
+            if (got > 0)
+                QCOMPARE(m->assetFiles[0].filePath, std::string(GacSdk::kTextSize, 'x'));
+        } else if (const auto* m =
+                       dynamic_cast<const SegmentTransferredMessage*>(messages[0].get())) {
+            got = 0;
+            for (const TrackData& t : m->assetSegmentData.tracks)
+                got += int(t.events.size());
+            QVERIFY(int(m->assetSegmentData.tracks.size()) <= GacSdk::kMaxTracks);
+            gotMarkers = int(m->assetSegmentData.markers.size());
+        }
+        QCOMPARE(got, records);
+        QCOMPARE(gotMarkers, markers);
     }
 };
 

@@ -87,7 +87,6 @@ private slots:
         QFETCH(int, type);
         const auto original = fullRecord(type);
         const QByteArray text = original->toJson();
-
         // Any JSON reader must accept what we write.
         QJsonParseError error{};
         const QJsonObject doc = QJsonDocument::fromJson(text, &error).object();
@@ -95,7 +94,6 @@ private slots:
         QCOMPARE(doc.value("VexGacMessageHeader").toObject().value("Type").toInt(), type);
         QCOMPARE(doc.value("VexGacMessageHeader").toObject().value("Version").toInt(), 1);
         QVERIFY(doc.value("VexGacMessageBody").isObject());
-
         const auto read = VexGacMessageBase::fromJson(text);
         QVERIFY(read);
         QCOMPARE(read->type(), type);
@@ -110,39 +108,13 @@ private slots:
         }
     }
 
-    // What a server may write (keys in any order, spaces, counts that disagree
-    // with the arrays, arrays missing) against the one text we write for it;
-    // an empty expectation is a refusal.
+    // What a server may write (keys in any order, spaces, escapes, parts
+    // missing) against the one text we write for it; empty means refused.
     void reads_data()
     {
         QTest::addColumn<QByteArray>("json");
         QTest::addColumn<QByteArray>("expected");
         const QByteArray head = "{\"VexGacMessageHeader\":{\"Type\":";
-        QTest::newRow("segment")
-            << QByteArray(
-                   "{\n  \"VexGacMessageBody\": { \"AssetSegmentData\": {\n    \"tempo\": 140, "
-                   "\"numberOfTracks\": 9, \"timeSignatureDenominator\": 8, "
-                   "\"timeSignatureNumerator\": 6,\n    \"markers\": [ { \"endPosition\": 2.5, "
-                   "\"startPosition\": 1, \"id\": 3 } ],\n    \"tracks\": [ { \"name\": \"Steps\", "
-                   "\"numberOfEvents\": 5, \"eventStartPositions\": [ 1.5, 3 ],\n      "
-                   "\"eventDataOffset\": [ 0.5 ],\n      \"eventData\": [ { \"filePath\": "
-                   "\"/s/1.wav\", \"MetaData\": { \"length\": 0.75, \"projectPath\": \"/p\" } },\n "
-                   "                    { \"filePath\": \"/s/2.wav\" } ] } ] } },\n  "
-                   "\"VexGacMessageHeader\": { \"Version\": 1, \"Type\": 2 } }")
-            << head + "2,\"Version\":1},\"VexGacMessageBody\":{\"AssetSegmentData\":{"
-                      "\"tracks\":[{\"eventData\":[{\"filePath\":\"/s/1.wav\","
-                      "\"additionalMetaDataFilePath\":\"\",\"MetaData\":{"
-                      "\"projectPath\":\"/p\",\"repositoryUrl\":\"\",\"startTime\":0,"
-                      "\"length\":0.75}},{\"filePath\":\"/s/2.wav\","
-                      "\"additionalMetaDataFilePath\":\"\",\"MetaData\":{"
-                      "\"projectPath\":\"\",\"repositoryUrl\":\"\",\"startTime\":0,"
-                      "\"length\":0}}],\"eventStartPositions\":[1.5,3],"
-                      "\"eventLength\":[0,0],\"eventDataOffset\":[0.5,0],"
-                      "\"numberOfEvents\":2,\"name\":\"Steps\"}],"
-                      "\"numberOfTracks\":1,\"markers\":[{\"id\":3,"
-                      "\"startPosition\":1,\"endPosition\":2.5}],"
-                      "\"numberOfMarkers\":1,\"tempo\":140,"
-                      "\"timeSignatureNumerator\":6,\"timeSignatureDenominator\":8}}}";
         QTest::newRow("assets")
             << head + "1,\"Version\":1},\"VexGacMessageBody\":{\"AssetFiles\":[{\"filePath\":"
                       "\"C:\\\\sfx\\\\\\u00e9t\\u00e9.wav\",\"MetaData\":{\"projectPath\":\"P\","

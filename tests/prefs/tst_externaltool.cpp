@@ -10,7 +10,6 @@ class tst_ExternalTool final : public QObject
 
 private:
     QTemporaryDir dir;
-
     // Launches the recorder through the real rule and reads back what it got.
     QStringList launchAndRecord(const QString& argumentTemplate, const QString& filePath)
     {
@@ -56,7 +55,6 @@ private slots:
         row("quotes are not quoting", "\"%FILEPATH%\"", "/My Sounds/a.wav",
             {"\"/My", "Sounds/a.wav\""});
         row("tab is not a separator", "-a\t%FILEPATH%", "/a.wav", {"-a\t/a.wav"});
-        row("no placeholder", "-v", "/a.wav", {"-v"});
         row("empty template", "", "/a.wav", {});
     }
 
@@ -73,9 +71,8 @@ private slots:
 
     void emptyOrMissingProgramDoesNothing()
     {
-        for (const QString& program : {QString(), dir.filePath(QStringLiteral("no-such-tool"))})
-            QVERIFY(!LaunchExternalTool(program, QStringLiteral("%FILEPATH%"),
-                                        QStringLiteral("/a.wav")));
+        QVERIFY(!LaunchExternalTool(QString(), "%FILEPATH%", "/a.wav"));
+        QVERIFY(!LaunchExternalTool(dir.filePath("no-such-tool"), "%FILEPATH%", "/a.wav"));
     }
 };
 

@@ -1,14 +1,9 @@
-// Preloaded into the tests under ThreadSanitizer. Qt's own locks are made in
-// libQt5Core, which is not instrumented: QMutex is a futex of its own, QThread
-// learns that its thread has ended through such a mutex, and queued signals
-// travel through an event queue guarded by one (blocking-queued ones also wait
-// on a semaphore). To the sanitizer every flag a QMutex guards, everything a
-// finished worker left behind and every signal's arguments would look
-// unsynchronised. These definitions stand in for the library's exported
-// functions wherever our code calls them (or our classes inherit them), call
-// the real ones, and tell the sanitizer what they just did. Calls inside
-// libQt5Core stay with the library; what they synchronise among themselves is
-// covered by the suppression file instead.
+// Preloaded into the tests under ThreadSanitizer. Qt's locks, thread ends and
+// event queues live in the uninstrumented libQt5Core, so to the sanitizer
+// everything they order would look unsynchronised. These definitions take the
+// place of the exported functions our code calls, call the real ones and tell
+// the sanitizer what they did; what libQt5Core orders internally is left to
+// the suppression file.
 
 #include <QCoreApplication>
 #include <QEvent>
@@ -33,13 +28,12 @@ F Real(const char* name)
     return reinterpret_cast<F>(dlsym(RTLD_NEXT, name));
 }
 
-// Stands for the event queues: every post is ordered before the handling of
-// any later event by the queue's lock; the program has one thread that
-// receives events, so one address models them.
+// One address models all event queues (one thread receives events), one the
+// global pool's queue (the only pool used).
 char g_eventQueues;
 char g_poolQueue;
 
-// The threads whose end is announced to the sanitizer, each once.
+// Threads whose end is announced to the sanitizer, each once.
 std::mutex g_threadsMutex;
 std::unordered_set<const QThread*> g_threads;
 
@@ -50,8 +44,7 @@ void AnnounceEnd(QThread* thread)
         if (!g_threads.insert(thread).second)
             return;
     }
-    // finished is emitted on the ending thread after run(), before the
-    // thread counts as not running.
+    // finished is emitted on the ending thread after run().
     QObject::connect(
         thread, &QThread::finished, thread, [thread] { __tsan_release(thread); },
         Qt::DirectConnection);
@@ -184,8 +177,7 @@ void QCoreApplication::postEvent(QObject* receiver, QEvent* event, int priority)
     real(receiver, event, priority);
 }
 
-// Reached through the virtual tables of our classes, which take the address
-// from the dynamic linker.
+// Reached through our classes' virtual tables.
 bool QObject::event(QEvent* event)
 {
     static const auto real = Real<bool (*)(QObject*, QEvent*)>("_ZN7QObject5eventEP6QEvent");
@@ -197,8 +189,6 @@ bool QObject::event(QEvent* event)
     return handled;
 }
 
-// The pool hands tasks to its threads through its queue's lock; the program
-// uses the global pool only, so one address models it.
 void QThreadPool::start(std::function<void()> functionToRun, int priority)
 {
     static const auto real = Real<void (*)(QThreadPool*, std::function<void()>, int)>(

@@ -18,6 +18,23 @@ int g_shared = 0;
 QMutex g_mutex;
 std::atomic<bool> g_go{false};
 
+// Once told to go, writes the shared value a thousand times.
+void WriteShared(bool guarded)
+{
+    while (!g_go.load())
+        QThread::yieldCurrentThread();
+    for (int i = 0; i < 1000; ++i) {
+        QMutexLocker lock(guarded ? &g_mutex : nullptr);
+        ++g_shared;
+    }
+}
+
+int ReadShared(bool guarded)
+{
+    QMutexLocker lock(guarded ? &g_mutex : nullptr);
+    return g_shared;
+}
+
 class Writer final : public QThread
 {
     Q_OBJECT
@@ -33,31 +50,14 @@ signals:
 protected:
     void run() override
     {
-        emit SigWritten();
         // Written after the signal has gone: nothing orders it before the slot.
-        while (!g_go.load())
-            QThread::yieldCurrentThread();
-        for (int i = 0; i < 1000; ++i) {
-            if (guarded) {
-                QMutexLocker lock(&g_mutex);
-                ++g_shared;
-            } else {
-                ++g_shared;
-            }
-        }
+        emit SigWritten();
+        WriteShared(guarded);
     }
 
 private:
     const bool guarded;
 };
-
-int ReadShared(bool guarded)
-{
-    if (!guarded)
-        return g_shared;
-    QMutexLocker lock(&g_mutex);
-    return g_shared;
-}
 
 } // namespace
 
@@ -66,37 +66,25 @@ int main(int argc, char* argv[])
     QCoreApplication app(argc, argv);
     const char* mode = argc > 1 ? argv[1] : "";
     const bool guarded = std::strcmp(mode, "guarded") == 0;
+    const bool queued = std::strcmp(mode, "queued") == 0;
     int seen = 0;
-    if (std::strcmp(mode, "pool") == 0) {
-        QThreadPool::globalInstance()->start([] {
-            while (!g_go.load())
-                QThread::yieldCurrentThread();
-            for (int i = 0; i < 1000; ++i)
-                ++g_shared;
-        });
+    const auto readAll = [&](bool guard) {
         g_go = true;
         for (int i = 0; i < 1000; ++i)
-            seen += g_shared;
+            seen += ReadShared(guard);
+    };
+    if (std::strcmp(mode, "pool") == 0) {
+        QThreadPool::globalInstance()->start([] { WriteShared(false); });
+        readAll(false);
         QThreadPool::globalInstance()->waitForDone();
     } else {
         Writer writer(guarded);
-        const bool queued = std::strcmp(mode, "queued") == 0;
         QObject::connect(
-            &writer, &Writer::SigWritten, &app,
-            [&] {
-                if (queued) {
-                    g_go = true;
-                    for (int i = 0; i < 1000; ++i)
-                        seen += ReadShared(false);
-                }
-            },
+            &writer, &Writer::SigWritten, &app, [&] { queued ? readAll(false) : void(); },
             Qt::QueuedConnection);
         writer.start();
-        if (!queued) {
-            g_go = true;
-            for (int i = 0; i < 1000; ++i)
-                seen += ReadShared(guarded);
-        }
+        if (!queued)
+            readAll(guarded);
         QTimer::singleShot(200, &app, &QCoreApplication::quit);
         QCoreApplication::exec();
         writer.wait();

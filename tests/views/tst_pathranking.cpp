@@ -43,10 +43,8 @@ private slots:
     void ranksInNaturalOrder();
     void sharedFolderEndsAtASlash_data();
     void sharedFolderEndsAtASlash();
-    void poolThreadDeliversTheSameRanks();
     void askedEarlyWorksThemOutAtOnce();
-    void clearedOrReplacedListForgetsTheOldRanks();
-    void droppedWhileRunning();
+    void poolRanksOnlyTheLatestList();
 };
 
 void TestPathRanking::ranksInNaturalOrder_data()
@@ -55,30 +53,23 @@ void TestPathRanking::ranksInNaturalOrder_data()
     QTest::addColumn<int>("skip");
     QTest::addColumn<QVector<int>>("ranks");
     QTest::newRow("empty") << QStringList() << 0 << QVector<int>();
-    QTest::newRow("one") << QStringList{QStringLiteral("/a/x.wav")} << 3 << QVector<int>{0};
+    QTest::newRow("one") << QStringList{"/a/x.wav"} << 3 << QVector<int>{0};
     // Numbers by value, capitals beside small letters.
     QTest::newRow("natural, case ignored")
-        << QStringList{QStringLiteral("/r/take2.wav"), QStringLiteral("/r/take10.wav"),
-                       QStringLiteral("/r/Take3.wav"), QStringLiteral("/r/TAKE1.wav")}
-        << 3 << QVector<int>{1, 3, 2, 0};
+        << QStringList{"/r/take2.wav", "/r/take10.wav", "/r/Take3.wav", "/r/TAKE1.wav"} << 3
+        << QVector<int>{1, 3, 2, 0};
     // A folder's files stay together before longer names that share its start.
-    QTest::newRow("folder parts") << QStringList{QStringLiteral("/r/take 2/a.wav"),
-                                                 QStringLiteral("/r/take/x.wav"),
-                                                 QStringLiteral("/r/take2.wav"),
-                                                 QStringLiteral("/r/take/a.wav"),
-                                                 QStringLiteral("/r/take_b/a.wav")}
+    QTest::newRow("folder parts") << QStringList{"/r/take 2/a.wav", "/r/take/x.wav", "/r/take2.wav",
+                                                 "/r/take/a.wav", "/r/take_b/a.wav"}
                                   << 3 << QVector<int>{2, 1, 4, 0, 3};
     QTest::newRow("prefix of another, skip is all of the shorter")
-        << QStringList{QStringLiteral("/r/ab"), QStringLiteral("/r/a"), QStringLiteral("/r/abc")}
-        << 4 << QVector<int>{1, 0, 2};
+        << QStringList{"/r/ab", "/r/a", "/r/abc"} << 4 << QVector<int>{1, 0, 2};
     QTest::newRow("equal paths share a rank")
-        << QStringList{QStringLiteral("/r/b.wav"), QStringLiteral("/r/a.wav"),
-                       QStringLiteral("/r/b.wav"), QStringLiteral("/r/c.wav")}
-        << 3 << QVector<int>{1, 0, 1, 3};
+        << QStringList{"/r/b.wav", "/r/a.wav", "/r/b.wav", "/r/c.wav"} << 3
+        << QVector<int>{1, 0, 1, 3};
     // Spellings that differ only in case collate alike but keep distinct ranks.
     QTest::newRow("case alone decides last")
-        << QStringList{QStringLiteral("/r/a.wav"), QStringLiteral("/r/A.wav")} << 3
-        << QVector<int>{1, 0};
+        << QStringList{"/r/a.wav", "/r/A.wav"} << 3 << QVector<int>{1, 0};
     QTest::newRow("shuffled library")
         << shuffledLibrary(500, 7) << 9 << expectedRanks(shuffledLibrary(500, 7));
 }
@@ -96,14 +87,10 @@ void TestPathRanking::sharedFolderEndsAtASlash_data()
     QTest::addColumn<QStringList>("paths");
     QTest::addColumn<int>("length");
     QTest::addColumn<QVector<int>>("ranks");
-    QTest::newRow("none") << QStringList() << 0 << QVector<int>();
-    QTest::newRow("nothing shared")
-        << QStringList{QStringLiteral("a/x"), QStringLiteral("b/x")} << 0 << QVector<int>{0, 1};
+    QTest::newRow("nothing shared") << QStringList{"a/x", "b/x"} << 0 << QVector<int>{0, 1};
     // The names share "x1"; skipping it would put 9 (of x19) after 000 (of x1000).
     QTest::newRow("names start alike")
-        << QStringList{QStringLiteral("/r/x19.wav"), QStringLiteral("/r/x1000.wav")} << 3
-        << QVector<int>{0, 1};
-    QTest::newRow("one path") << QStringList{QStringLiteral("/r/s/a.wav")} << 5 << QVector<int>{0};
+        << QStringList{"/r/x19.wav", "/r/x1000.wav"} << 3 << QVector<int>{0, 1};
 }
 
 void TestPathRanking::sharedFolderEndsAtASlash()
@@ -113,17 +100,6 @@ void TestPathRanking::sharedFolderEndsAtASlash()
     QFETCH(QVector<int>, ranks);
     QCOMPARE(PathRanking::sharedFolderLength(paths), length);
     QCOMPARE(PathRanking::rank(paths, length), ranks);
-}
-
-void TestPathRanking::poolThreadDeliversTheSameRanks()
-{
-    const QStringList paths = shuffledLibrary(3000, 11);
-    PathRanking ranking;
-    ranking.start(paths, 9);
-    QTRY_VERIFY(ranking.isReady());
-    QCOMPARE(ranking.ranks(), expectedRanks(paths));
-    // Taken once, kept.
-    QCOMPARE(ranking.ranks(), expectedRanks(paths));
 }
 
 void TestPathRanking::askedEarlyWorksThemOutAtOnce()
@@ -137,36 +113,27 @@ void TestPathRanking::askedEarlyWorksThemOutAtOnce()
     ranking.start(paths, 9);
     QVERIFY(!ranking.isReady());
     QCOMPARE(ranking.ranks(), expectedRanks(paths));
-    QVERIFY(ranking.isReady());
     release.release();
     QThreadPool::globalInstance()->waitForDone();
     QThreadPool::globalInstance()->setMaxThreadCount(QThread::idealThreadCount());
     QCOMPARE(ranking.ranks(), expectedRanks(paths));
 }
 
-void TestPathRanking::clearedOrReplacedListForgetsTheOldRanks()
+void TestPathRanking::poolRanksOnlyTheLatestList()
 {
     PathRanking ranking;
     ranking.start(shuffledLibrary(1000, 17), 9);
     ranking.clear();
     QVERIFY(ranking.ranks().isEmpty());
-    const QStringList second{QStringLiteral("/q/b"), QStringLiteral("/q/a")};
+    const QStringList paths = shuffledLibrary(3000, 11);
     ranking.start(shuffledLibrary(1000, 19), 9);
-    ranking.start(second, 3);
+    ranking.start(paths, 9);
     QTRY_VERIFY(ranking.isReady());
-    QCOMPARE(ranking.ranks(), (QVector<int>{1, 0}));
-}
-
-void TestPathRanking::droppedWhileRunning()
-{
-    // The job owns its copy of the list; dropping the ranking mid-way must
-    // leave the pool thread nothing dangling (the sanitizer build checks).
-    for (int k = 0; k < 5; ++k) {
-        PathRanking ranking;
-        ranking.start(shuffledLibrary(20000, 23 + k), 9);
-    }
+    QCOMPARE(ranking.ranks(), expectedRanks(paths));
+    // Dropped mid-way, the job owns its copy of the list (the sanitizer build checks).
+    for (int k = 0; k < 3; ++k)
+        PathRanking().start(shuffledLibrary(20000, 23 + k), 9);
     QThreadPool::globalInstance()->waitForDone();
-    QVERIFY(QThreadPool::globalInstance()->activeThreadCount() == 0);
 }
 
 QTEST_GUILESS_MAIN(TestPathRanking)

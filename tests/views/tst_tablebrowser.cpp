@@ -1,7 +1,6 @@
 // The table browser as the user drives it: drops, selection and playback,
-// sorting (natural, case-blind, stable after the list ends), the search bar,
-// the status line, the first column widths, and the view's keys, context menu
-// and clipboard lists.
+// sorting, the search bar, the status line, column widths, keys, context menu
+// and clipboard.
 #include "KrokTableSortModel.h"
 #include "SubWidgetTableView.h"
 #include "WidgetTableBrowser.h"
@@ -13,13 +12,10 @@
 #include <QFile>
 #include <QFontMetrics>
 #include <QHeaderView>
-#include <QLineEdit>
-#include <QMenu>
 #include <QMimeData>
 #include <QSignalSpy>
 #include <QStandardItemModel>
 #include <QTemporaryDir>
-#include <QVBoxLayout>
 #include <QtTest>
 
 #include <algorithm>
@@ -44,7 +40,6 @@ QStringList columnOf(const QAbstractItemModel* model, int column)
     return values;
 }
 
-// Answers the browser's questions about the auto playback and playlist flags.
 void setFlags(WidgetTableBrowser& browser, const bool* autoPlayback, bool playlist)
 {
     QObject::connect(&browser, &WidgetTableBrowser::SigAutoPlaybackFlagRequired, &browser,
@@ -60,22 +55,15 @@ class TestTableBrowser : public QObject
     Q_OBJECT
 private slots:
     void drops();
-    void statusLineText();
-    void nextItemSkipsHiddenRows();
-    void selectionAndActivationPlay();
+    void selectionAndNextItemPlay();
     void columnVisibilityAndRefresh();
     void endOfListOrderEqualsAFreshSort_data();
     void endOfListOrderEqualsAFreshSort();
-    void nameSearchIgnoresCase();
-    void firstRootChangeSetsDefaultWidthsOnce();
-    void userSortSurvivesARootChange();
+    void firstRootChangeSetsWidthsAndUserSortSurvives();
     void namedFileIsSelectedWithoutPlaying();
     void viewKeys_data();
     void viewKeys();
-    void menuByConnectionState_data();
-    void menuByConnectionState();
     void copyPutsEncodedFileListsOnClipboard();
-    void tabFocusSelectsFirstRow();
 };
 
 void TestTableBrowser::drops()
@@ -96,29 +84,16 @@ void TestTableBrowser::drops()
         static_cast<QObject*>(&browser)->event(&event);
         return event.isAccepted();
     };
-    // Only the first URL counts. An audio file is handed on as it is (its
-    // folder listed, the file selected); any other file names its folder.
+    // Only the first URL counts; an audio file goes on as it is, another file names its folder.
     QVERIFY(drop({QUrl::fromLocalFile(file), QUrl::fromLocalFile(dir.path())}));
     QVERIFY(drop({QUrl::fromLocalFile(text)}));
-    QVERIFY(drop({QUrl::fromLocalFile(dir.path())}));
     QVERIFY(!drop({QUrl::fromLocalFile(dir.filePath(QStringLiteral("gone.wav")))}));
-    QCOMPARE(root.count(), 3);
+    QCOMPARE(root.count(), 2);
     QCOMPARE(root.at(0).at(0).toString(), file);
     QCOMPARE(root.at(1).at(0).toString(), dir.filePath(QStringLiteral("sub")));
-    QCOMPARE(root.at(2).at(0).toString(), dir.path());
 }
 
-void TestTableBrowser::statusLineText()
-{
-    // Sent only when the total is not whole minutes (the end of a run of plays).
-    QString message;
-    QVERIFY(WidgetTableBrowser::statusMessage(3, 36061.25f, &message));
-    QCOMPARE(message, "Number of audio files displayed: 3 Total time: 10hr01min01.250sec");
-    QVERIFY(!WidgetTableBrowser::statusMessage(2, 3720.0f, &message));
-    QCOMPARE(message, "Number of audio files displayed: 2 Total time: 1hr02min00.000sec");
-}
-
-void TestTableBrowser::nextItemSkipsHiddenRows()
+void TestTableBrowser::selectionAndNextItemPlay()
 {
     WidgetTableBrowser browser(nullptr, {});
     const QStringList list = takes(5);
@@ -128,51 +103,31 @@ void TestTableBrowser::nextItemSkipsHiddenRows()
     browser.sortModel()->refilter();
     QCOMPARE(browser.sortModel()->rowCount(), 3);
     SubWidgetTableView* view = browser.tableView();
-    view->setCurrentIndex(browser.sortModel()->index(0, 0));
     bool autoPlayback = false;
     setFlags(browser, &autoPlayback, true);
     QSignalSpy play(&browser, &WidgetTableBrowser::SigStartPlaybackCalled);
-    browser.SlotSelectNextItem();
-    QCOMPARE(play.count(), 1);
-    QCOMPARE(play.at(0).at(0).toString(), list[3]);
-    QCOMPARE(view->selectionModel()->selectedRows(1).size(), 1);
-    QCOMPARE(view->selectionModel()->selectedRows(1).first().data().toString(), list[3]);
-    // With auto playback on, the selection change starts the file, once.
-    autoPlayback = true;
-    browser.SlotSelectNextItem();
-    QCOMPARE(play.count(), 2);
-    QCOMPARE(play.at(1).at(0).toString(), list[4]);
-    // At the end nothing changes.
-    browser.SlotSelectNextItem();
-    QCOMPARE(play.count(), 2);
-    QCOMPARE(view->currentIndex().row(), 2);
-}
-
-void TestTableBrowser::selectionAndActivationPlay()
-{
-    WidgetTableBrowser browser(nullptr, {});
-    const QStringList list = takes(3);
-    browser.tableModel()->setFilePathList(list);
-    bool autoPlayback = false;
-    setFlags(browser, &autoPlayback, false);
-    QSignalSpy play(&browser, &WidgetTableBrowser::SigStartPlaybackCalled);
     // Enter plays the current row, but not from the plot column, whose clicks seek.
-    browser.tableView()->setCurrentIndex(browser.sortModel()->index(1, ColumnPlots));
+    view->setCurrentIndex(browser.sortModel()->index(0, ColumnPlots));
     browser.SlotSelectedItemPlaybackCalled();
     QCOMPARE(play.count(), 0);
-    browser.tableView()->setCurrentIndex(browser.sortModel()->index(1, 3));
+    view->setCurrentIndex(browser.sortModel()->index(0, 3));
     browser.SlotSelectedItemPlaybackCalled();
     QCOMPARE(play.count(), 1);
-    QCOMPARE(play.at(0).at(0).toString(), list[1]);
-    // A selection plays only with auto playback on; clearing it plays nothing.
-    browser.tableView()->selectRow(0);
-    QCOMPARE(play.count(), 1);
+    // Next skips hidden rows and plays in a playlist.
+    browser.SlotSelectNextItem();
+    QCOMPARE(play.count(), 2);
+    QCOMPARE(play.at(1).at(0).toString(), list[3]);
+    QCOMPARE(view->selectionModel()->selectedRows(1).size(), 1);
+    // With auto playback the selection change starts the file, once.
     autoPlayback = true;
-    browser.tableView()->selectRow(2);
-    QCOMPARE(play.count(), 2);
-    QCOMPARE(play.at(1).at(0).toString(), list[2]);
-    browser.tableView()->clearSelection();
-    QCOMPARE(play.count(), 2);
+    browser.SlotSelectNextItem();
+    QCOMPARE(play.count(), 3);
+    QCOMPARE(play.at(2).at(0).toString(), list[4]);
+    browser.SlotSelectNextItem();
+    QCOMPARE(play.count(), 3);
+    QCOMPARE(view->currentIndex().row(), 2);
+    view->clearSelection();
+    QCOMPARE(play.count(), 3);
 }
 
 void TestTableBrowser::columnVisibilityAndRefresh()
@@ -181,22 +136,17 @@ void TestTableBrowser::columnVisibilityAndRefresh()
     browser.SlotColumnVisibleChanged((1 << 15) - 1 - (1 << 1) - (1 << 14));
     for (int column = 0; column < 15; ++column)
         QCOMPARE(browser.tableView()->isColumnHidden(column), column == 1 || column == 14);
-    // The metadata columns wait to be asked for.
     QVERIFY(browser.tableView()->isColumnHidden(kFirstMetadataColumn));
-
     browser.tableModel()->setFilePathList(takes(3));
     QSignalSpy changed(browser.tableModel(), &QAbstractItemModel::dataChanged);
     browser.SlotLoudnessVoltModeChanged(true);
-    QCOMPARE(changed.count(), 1);
-    QCOMPARE(changed.at(0).at(0).toModelIndex(), browser.tableModel()->index(0, 0));
-    QCOMPARE(changed.at(0).at(1).toModelIndex(),
-             browser.tableModel()->index(2, TableColumnCount - 1));
-    // An analysed range, one row long too, is repainted whole.
-    browser.SlotAnalyzedInfoAcquired(1, 1);
+    browser.SlotAnalyzedInfoAcquired(1, 1); // one row long, repainted whole
     QCOMPARE(changed.count(), 2);
-    QCOMPARE(changed.at(1).at(0).toModelIndex(), browser.tableModel()->index(1, 0));
-    QCOMPARE(changed.at(1).at(1).toModelIndex(),
-             browser.tableModel()->index(1, TableColumnCount - 1));
+    krokTableModel* m = browser.tableModel();
+    QCOMPARE(changed.at(0).at(0).toModelIndex(), m->index(0, 0));
+    QCOMPARE(changed.at(0).at(1).toModelIndex(), m->index(2, TableColumnCount - 1));
+    QCOMPARE(changed.at(1).at(0).toModelIndex(), m->index(1, 0));
+    QCOMPARE(changed.at(1).at(1).toModelIndex(), m->index(1, TableColumnCount - 1));
 }
 
 void TestTableBrowser::endOfListOrderEqualsAFreshSort_data()
@@ -221,7 +171,6 @@ void TestTableBrowser::endOfListOrderEqualsAFreshSort()
         listed << QStringLiteral("/lib/%1/take%2.wav").arg(QLatin1String(folders[k % 4])).arg(k);
     std::mt19937 random(static_cast<unsigned>(count));
     std::shuffle(listed.begin(), listed.end(), random);
-
     WidgetTableBrowser browser(nullptr, {});
     if (replaceListFirst) {
         browser.SlotRootPathChanged();
@@ -238,9 +187,8 @@ void TestTableBrowser::endOfListOrderEqualsAFreshSort()
     browser.SlotAnalyzedInfoAcquired(count / 2 + 1, count - 1);
     browser.SlotGetDetailEnded();
     browser.SlotSearchExecute(SearchCriteriaStruct());
-
-    // Natural and case-blind: Foley and foley are one folder, its subfolder
-    // "sub" sorts before its "take" files, and takes go by number.
+    // Natural and case-blind: Foley and foley are one folder, "sub" sorts
+    // before its "take" files, and takes go by number.
     QStringList expected = listed;
     const auto take = [](const QString& path) {
         return path.midRef(path.lastIndexOf(QLatin1String("take")) + 4).chopped(4).toInt();
@@ -253,46 +201,17 @@ void TestTableBrowser::endOfListOrderEqualsAFreshSort()
     QCOMPARE(columnOf(proxy, 1), expected);
     // A click on another header and back re-sorts from scratch.
     browser.tableView()->sortByColumn(0, Qt::AscendingOrder);
-    browser.tableView()->sortByColumn(1, Qt::AscendingOrder);
-    QCOMPARE(columnOf(proxy, 1), expected);
     browser.tableView()->sortByColumn(1, Qt::DescendingOrder);
     std::reverse(expected.begin(), expected.end());
     QCOMPARE(columnOf(proxy, 1), expected);
 }
 
-void TestTableBrowser::nameSearchIgnoresCase()
-{
-    WidgetTableBrowser browser(nullptr, {});
-    browser.tableModel()->setFilePathList(
-        {"/lib/take_01.wav", "/lib/Take_02.wav", "/Take/other.wav"});
-    browser.SlotGetDetailEnded();
-    SearchCriteriaStruct criteria;
-    criteria.name = QStringLiteral("tAKE_");
-    browser.SlotSearchExecute(criteria);
-    // The file name only, in any case: the folder "Take" does not count.
-    browser.sortModel()->sort(ColumnFile);
-    QCOMPARE(columnOf(browser.sortModel(), 0), (QStringList{"take_01.wav", "Take_02.wav"}));
-    // Unanalysed rows have a blank format, which only the "Error" box admits.
-    criteria.name.clear();
-    criteria.useDetail = true;
-    browser.SlotSearchExecute(criteria);
-    QCOMPARE(browser.sortModel()->rowCount(), 3);
-    criteria.formatMask = SearchCriteriaStruct::FormatWav;
-    browser.SlotSearchExecute(criteria);
-    QCOMPARE(browser.sortModel()->rowCount(), 0);
-    criteria.useDetail = false;
-    browser.SlotSearchExecute(criteria);
-    QCOMPARE(browser.sortModel()->rowCount(), 3);
-}
-
-void TestTableBrowser::firstRootChangeSetsDefaultWidthsOnce()
+void TestTableBrowser::firstRootChangeSetsWidthsAndUserSortSurvives()
 {
     WidgetTableBrowser browser(nullptr, {});
     QHeaderView* header = browser.tableView()->horizontalHeader();
     browser.SlotRootPathChanged();
-    // Measured with the fonts in use: every header with room for the sort
-    // indicator (half the header's height, and a margin on either side of it
-    // and of the label), every typical value.
+    // Every header with room for its label and the sort indicator, every typical value.
     const QFontMetrics headerText(header->font());
     const int margin = header->style()->pixelMetric(QStyle::PM_HeaderMargin, nullptr, header);
     const QFontMetrics cellText(browser.tableView()->font());
@@ -321,32 +240,19 @@ void TestTableBrowser::firstRootChangeSetsDefaultWidthsOnce()
                      qPrintable(values[column]));
     }
     QCOMPARE(header->sectionSize(ColumnPlots), 120);
-    QVERIFY(!browser.tableView()->isSortingEnabled());
-    QCOMPARE(header->sortIndicatorSection(), 1);
     header->resizeSection(0, 77);
-    browser.SlotRootPathChanged();
-    QCOMPARE(header->sectionSize(0), 77);
+    // Finished lists come in natural path order until the user sorts otherwise.
+    browser.SlotFilePathListAcquired({"/a/take2.wav", "/a/take10.wav", "/a/Take1.wav"});
+    QVERIFY(!browser.tableView()->isSortingEnabled());
     browser.SlotGetDetailEnded();
     QVERIFY(browser.tableView()->isSortingEnabled());
-}
-
-void TestTableBrowser::userSortSurvivesARootChange()
-{
-    WidgetTableBrowser browser(nullptr, {});
-    browser.SlotRootPathChanged();
-    browser.SlotFilePathListAcquired({"/a/take2.wav", "/a/take10.wav", "/a/Take1.wav"});
-    browser.SlotGetDetailEnded();
     KrokTableSortModel* proxy = browser.sortModel();
-    // Finished lists come in natural path order until the user sorts otherwise.
     QCOMPARE(columnOf(proxy, 0), (QStringList{"Take1.wav", "take2.wav", "take10.wav"}));
-    QHeaderView* header = browser.tableView()->horizontalHeader();
     header->setSortIndicator(ColumnFile, Qt::DescendingOrder);
-    QCOMPARE(columnOf(proxy, 0), (QStringList{"take10.wav", "take2.wav", "Take1.wav"}));
-
-    // Another folder: listed in the order found, then sorted the user's way.
+    // Another folder: widths kept, listed in the order found, then sorted the user's way.
     browser.SlotRootPathChanged();
+    QCOMPARE(header->sectionSize(0), 77);
     browser.SlotFilePathListAcquired({"/b/b3.wav", "/b/B20.wav", "/b/a1.wav"});
-    QCOMPARE(header->sortIndicatorSection(), int(ColumnFile));
     QCOMPARE(columnOf(proxy, 0), (QStringList{"b3.wav", "B20.wav", "a1.wav"}));
     browser.SlotGetDetailEnded();
     QCOMPARE(columnOf(proxy, 0), (QStringList{"B20.wav", "b3.wav", "a1.wav"}));
@@ -356,8 +262,7 @@ void TestTableBrowser::userSortSurvivesARootChange()
 void TestTableBrowser::namedFileIsSelectedWithoutPlaying()
 {
     WidgetTableBrowser browser(nullptr, {});
-    // Auto playback is on: a selection by hand would start the file.
-    const bool autoPlayback = true;
+    const bool autoPlayback = true; // a selection by hand would start the file
     setFlags(browser, &autoPlayback, false);
     QSignalSpy play(&browser, &WidgetTableBrowser::SigStartPlaybackCalled);
     // Found in reverse: the row moves when the finished list is sorted.
@@ -371,13 +276,11 @@ void TestTableBrowser::namedFileIsSelectedWithoutPlaying()
     browser.SlotSelectFile(QStringLiteral("/lib/take250.wav"));
     SubWidgetTableView* view = browser.tableView();
     QCOMPARE(view->currentIndex().data(257).toString(), QStringLiteral("/lib/take250.wav"));
-    QCOMPARE(view->selectionModel()->selectedRows().size(), 1);
     QCOMPARE(play.count(), 0);
-    // Still selected and in sight once the finished list is sorted.
     browser.SlotGetDetailEnded();
     QCOMPARE(view->currentIndex().data(257).toString(), QStringLiteral("/lib/take250.wav"));
+    QCOMPARE(view->selectionModel()->selectedRows().size(), 1);
     QVERIFY(view->viewport()->rect().intersects(view->visualRect(view->currentIndex())));
-    // A later selection by hand plays as before.
     view->selectRow(0);
     QCOMPARE(play.count(), 1);
 }
@@ -386,80 +289,44 @@ void TestTableBrowser::viewKeys_data()
 {
     QTest::addColumn<int>("key");
     QTest::addColumn<int>("modifiers");
-    QTest::addColumn<int>("signal");
+    QTest::addColumn<QByteArray>("signal");
     const int none = Qt::NoModifier, alt = Qt::AltModifier, ctrl = Qt::ControlModifier,
               shift = Qt::ShiftModifier;
-    // Signals by index: Esc, Space, Right, Alt+Up, Alt+Down, explorer, external, update.
-    QTest::newRow("period is Esc") << int(Qt::Key_Period) << none << 0;
-    QTest::newRow("Space") << int(Qt::Key_Space) << none << 1;
-    QTest::newRow("Right") << int(Qt::Key_Right) << none << 2;
-    QTest::newRow("Alt+Up") << int(Qt::Key_Up) << alt << 3;
-    QTest::newRow("Alt+Down") << int(Qt::Key_Down) << alt << 4;
-    QTest::newRow("Alt+Shift+Up") << int(Qt::Key_Up) << (alt | shift) << -1;
-    QTest::newRow("Ctrl+E") << int(Qt::Key_E) << ctrl << 5;
-    QTest::newRow("Ctrl+Shift+E") << int(Qt::Key_E) << (ctrl | shift) << 6;
-    QTest::newRow("Ctrl+R") << int(Qt::Key_R) << ctrl << 7;
-    QTest::newRow("Ctrl+Shift+R") << int(Qt::Key_R) << (ctrl | shift) << -1;
+    QTest::newRow("period is Esc") << int(Qt::Key_Period) << none << QByteArray("SigPressEscKey");
+    QTest::newRow("Space") << int(Qt::Key_Space) << none << QByteArray("SigPressSpaceKey");
+    QTest::newRow("Right") << int(Qt::Key_Right) << none << QByteArray("SigPressRightKey");
+    QTest::newRow("Alt+Up") << int(Qt::Key_Up) << alt << QByteArray("SigPressAltUpKey");
+    QTest::newRow("Alt+Down") << int(Qt::Key_Down) << alt << QByteArray("SigPressAltDownKey");
+    QTest::newRow("Alt+Shift+Up") << int(Qt::Key_Up) << (alt | shift) << QByteArray();
+    QTest::newRow("Ctrl+E") << int(Qt::Key_E) << ctrl << QByteArray("SigShowInExplorer");
+    QTest::newRow("Ctrl+Shift+E") << int(Qt::Key_E) << (ctrl | shift)
+                                  << QByteArray("SigOpenByUsingExternal");
+    QTest::newRow("Ctrl+R") << int(Qt::Key_R) << ctrl << QByteArray("SigUpdateFilesCalled");
+    QTest::newRow("Ctrl+Shift+R") << int(Qt::Key_R) << (ctrl | shift) << QByteArray();
 }
 
 void TestTableBrowser::viewKeys()
 {
     QFETCH(int, key);
     QFETCH(int, modifiers);
-    QFETCH(int, signal);
+    QFETCH(QByteArray, signal);
     SubWidgetTableView view({});
     QStandardItemModel model(2, 2);
     view.setModel(&model);
-    QSignalSpy esc(&view, &SubWidgetTableView::SigPressEscKey);
-    QSignalSpy space(&view, &SubWidgetTableView::SigPressSpaceKey);
-    QSignalSpy right(&view, &SubWidgetTableView::SigPressRightKey);
-    QSignalSpy altUp(&view, &SubWidgetTableView::SigPressAltUpKey);
-    QSignalSpy altDown(&view, &SubWidgetTableView::SigPressAltDownKey);
-    QSignalSpy explorer(&view, &SubWidgetTableView::SigShowInExplorer);
-    QSignalSpy external(&view, &SubWidgetTableView::SigOpenByUsingExternal);
-    QSignalSpy update(&view, &SubWidgetTableView::SigUpdateFilesCalled);
-    const QSignalSpy* spies[] = {&esc,     &space,    &right,    &altUp,
-                                 &altDown, &explorer, &external, &update};
+    std::vector<std::unique_ptr<QSignalSpy>> spies;
+    const QMetaObject& meta = SubWidgetTableView::staticMetaObject;
+    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
+        if (meta.method(i).methodType() == QMetaMethod::Signal)
+            spies.push_back(std::make_unique<QSignalSpy>(
+                &view, QByteArray("2" + meta.method(i).methodSignature()).constData()));
+    }
     // Ctrl+R only while updating is offered.
     view.setUpdateInformationEnabled(false);
     QTest::keyClick(&view, Qt::Key_R, Qt::ControlModifier);
     view.setUpdateInformationEnabled(true);
     QTest::keyClick(&view, static_cast<Qt::Key>(key), Qt::KeyboardModifiers(modifiers));
-    for (int k = 0; k < 8; ++k)
-        QVERIFY2(spies[k]->count() == (k == signal ? 1 : 0), qPrintable(QString::number(k)));
-}
-
-void TestTableBrowser::menuByConnectionState_data()
-{
-    QTest::addColumn<int>("state");
-    QTest::addColumn<QString>("format");
-    QTest::addColumn<bool>("nuendo");
-    QTest::newRow("connected wav") << 2 << "wav" << true;
-    QTest::newRow("connected aiff") << 2 << "aiff" << false;
-    QTest::newRow("connected WAV upper") << 2 << "WAV" << false;
-    QTest::newRow("waiting wav") << 1 << "wav" << false;
-}
-
-void TestTableBrowser::menuByConnectionState()
-{
-    QFETCH(int, state);
-    QFETCH(QString, format);
-    QFETCH(bool, nuendo);
-    SubWidgetTableView view([state] { return state; });
-    QStandardItemModel model(1, 2);
-    model.setData(model.index(0, 0), format, 258);
-    view.setModel(&model);
-    view.setCurrentIndex(model.index(0, 0));
-    std::unique_ptr<QMenu> menu(view.createContextMenu(nullptr));
-    QStringList expected = {"Show in File Manager\tCtrl+E",
-                            "Open with an external tool\tCtrl+Shift+E", "Copy to Clipboard\tCtrl+C",
-                            "Update information\tCtrl+R"};
-    if (nuendo)
-        expected << QStringLiteral("Open with Nuendo\t");
-    QStringList texts;
-    for (QAction* action : menu->actions())
-        texts << action->text() + QLatin1Char('\t') + action->shortcut().toString();
-    QCOMPARE(texts, expected);
+    for (const auto& spy : spies)
+        QCOMPARE(spy->signal().startsWith(signal + '(') ? 1 : 0, spy->count());
 }
 
 void TestTableBrowser::copyPutsEncodedFileListsOnClipboard()
@@ -479,19 +346,16 @@ void TestTableBrowser::copyPutsEncodedFileListsOnClipboard()
     QApplication::clipboard()->setText(QStringLiteral("before"));
     view.SlotCopyToClip();
     QCOMPARE(QApplication::clipboard()->text(), QStringLiteral("before"));
-
     for (int row : {0, 2})
         view.selectionModel()->select(model.index(row, 0),
                                       QItemSelectionModel::Select | QItemSelectionModel::Rows);
     QTest::keyClick(&view, Qt::Key_C, Qt::ControlModifier);
     const QMimeData* mime = QApplication::clipboard()->mimeData();
-    QVERIFY(mime);
     QList<QUrl> urls = mime->urls();
     std::sort(urls.begin(), urls.end());
     QCOMPARE(urls, (QList<QUrl>{QUrl::fromLocalFile(files[0]), QUrl::fromLocalFile(files[2])}));
 #ifndef Q_OS_WIN
-    // GNOME-family file managers paste from their own list: "copy", then one
-    // encoded URI a line.
+    // GNOME-family file managers paste "copy", then one encoded URI a line.
     QList<QByteArray> gnome =
         mime->data(QStringLiteral("x-special/gnome-copied-files")).split('\n');
     QCOMPARE(gnome.takeFirst(), QByteArray("copy"));
@@ -499,31 +363,7 @@ void TestTableBrowser::copyPutsEncodedFileListsOnClipboard()
     QCOMPARE(gnome,
              (QList<QByteArray>{"file:///lib/%E3%83%89%E3%82%A2%20%E9%96%89%E3%81%BE%E3%82%8B.wav",
                                 "file:///lib/door%20%232%20100%25.wav"}));
-    QStringList text = mime->text().split(QLatin1Char('\n'));
-    std::sort(text.begin(), text.end());
-    QCOMPARE(text, (QStringList{files[0], files[2]}));
 #endif
-}
-
-void TestTableBrowser::tabFocusSelectsFirstRow()
-{
-    QWidget window;
-    auto* other = new QLineEdit(&window);
-    auto* view = new SubWidgetTableView({}, &window);
-    QStandardItemModel model(3, 2);
-    view->setModel(&model);
-    auto* layout = new QVBoxLayout(&window);
-    layout->addWidget(other);
-    layout->addWidget(view);
-    window.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&window));
-    other->setFocus(Qt::OtherFocusReason);
-    view->setFocus(Qt::MouseFocusReason);
-    // A mouse or program focus leaves the selection alone.
-    QVERIFY(!view->selectionModel()->hasSelection());
-    other->setFocus(Qt::OtherFocusReason);
-    view->setFocus(Qt::TabFocusReason);
-    QTRY_VERIFY(view->selectionModel()->isRowSelected(0, QModelIndex()));
 }
 
 QTEST_MAIN(TestTableBrowser)
