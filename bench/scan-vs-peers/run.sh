@@ -5,8 +5,8 @@
 # Usage (by hand, from anywhere):
 #   bench/scan-vs-peers/run.sh [CORPUS_DIR]
 #
-# Builds tesk-scan and tesk-signalgen in Release under build/bench, makes the
-# corpus once in CORPUS_DIR (default build/bench/corpus): 400 files in five
+# Builds tesk-scan and tesk-signalgen in Release under build/scan-vs-peers, makes the
+# corpus once in CORPUS_DIR (default build/scan-vs-peers/corpus): 400 files in five
 # folders, WAV 16-bit, WAV 24-bit, AIFF, MP3 (LAME -V 2) and Ogg Vorbis
 # (oggenc -q 5), 1.5 to 20 s each, mono and stereo, about 50 minutes of audio.
 # Then it reads every file once so all three tools see a warm cache, times
@@ -22,8 +22,10 @@
 set -euo pipefail
 root=$(cd "$(dirname "$0")/../.." && pwd)
 "$root/scripts/deps.sh" bench
-build="$root/build/bench"
-cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release -DTESK_GUI=OFF >/dev/null
+# A build of its own: the signal generator comes with the test fixtures.
+build="$root/build/scan-vs-peers"
+cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release -DTESK_GUI=OFF \
+    -DTESK_BUILD_TESTS=ON >/dev/null
 cmake --build "$build" -j2 --target tesk-scan tesk-signalgen >/dev/null
 scan="$build/tools/tesk-scan/tesk-scan"
 gen="$build/tests/fixtures/tesk-signalgen"
@@ -83,16 +85,15 @@ for fmt in "${formats[@]}"; do
     files=("$corpus/$fmt"/*)
     t0=$(now)
     "$scan" --no-library --loudness "$corpus/$fmt" >"$work/$fmt.tesk.csv"
-    t1=$(now)
+    t0b=$(now)
+    tesk=$(elapsed "$t0" "$t0b")
     "$scan" --no-library --threads 1 --loudness "$corpus/$fmt" >/dev/null
-    t1b=$(now)
-    one=$(elapsed "$t1" "$t1b")
     t1=$(now)
+    one=$(elapsed "$t0b" "$t1")
     bs1770gain -i -f "$work/$fmt.bs.log" "${files[@]}" >/dev/null 2>&1 || true
     t2=$(now)
     loudgain -q -O "${files[@]}" >"$work/$fmt.lg.tsv" 2>/dev/null || true
     t3=$(now)
-    tesk=$(elapsed "$t0" "$t1")
     bs=$(elapsed "$t1" "$t2")
     lg=$(elapsed "$t2" "$t3")
 
