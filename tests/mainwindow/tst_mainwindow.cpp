@@ -1,0 +1,375 @@
+// The main window as a desktop user meets it over real files: the status line
+// and the progress bar while a folder is worked on, the table's header and the
+// subfolder flag surviving a restart, the preference dialogs reaching the
+// manager, and the sort specification applied to the table.
+#include "FontSettings.h"
+#include "KrokManager.h"
+#include "KrokTableSortModel.h"
+#include "MainWindow.h"
+#include "MenuBar.h"
+#include "SortSettingsApplication.h"
+#include "StatusProgress.h"
+#include "SubFormFont.h"
+#include "SubWidgetTableView.h"
+#include "TestSettings.h"
+#include "WaveBuilder.h"
+#include "WidgetSearch.h"
+#include "WidgetTableBrowser.h"
+#include "subFormLibrarySettings.h"
+#include "subFormSortSettings.h"
+#include "subFormToolSettings.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QGroupBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSignalSpy>
+#include <QSpinBox>
+#include <QTableWidget>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <QToolBar>
+
+namespace {
+
+QAction* MenuAction(MainWindow& window, const QString& text)
+{
+    for (QAction* action : window.menuBar()->findChildren<QAction*>()) {
+        if (action->text() == text)
+            return action;
+    }
+    return nullptr;
+}
+
+// Lists and analyses `folder` in the window's manager, waiting for the end.
+bool ShowFolder(TeskManager* manager, const QString& folder)
+{
+    QSignalSpy ended(manager, &TeskManager::SigEndGetDetailInfo);
+    manager->SlotChangeRootPathCalled(folder);
+    return ended.wait(20000);
+}
+
+// Runs `fill` on the next modal dialog of type T once it is up.
+template<typename T>
+void Answer(std::function<void(T*)> fill)
+{
+    QTimer::singleShot(20, [fill] {
+        if (auto* form = qobject_cast<T*>(QApplication::activeModalWidget()))
+            fill(form);
+    });
+}
+
+template<typename T>
+T* Child(QObject* parent, const char* name)
+{
+    return parent->findChild<T*>(QString::fromLatin1(name));
+}
+
+} // namespace
+
+class tst_MainWindow final : public QObject
+{
+    Q_OBJECT
+
+    fixtures::TestSettings configDir;
+    QTemporaryDir data;
+    QString root;
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(configDir.isValid());
+        QVERIFY(data.isValid());
+        root = QDir(data.path()).canonicalPath() + QStringLiteral("/library");
+        QVERIFY(QDir().mkpath(root + QStringLiteral("/sub")));
+        // 1.5 s, 0.25 s and 0.5 s at 8 kHz; one more file in the subfolder.
+        QVERIFY(fixtures::writeSineWav(root + QStringLiteral("/door_open.wav"), 8000, 1, 12000));
+        QVERIFY(fixtures::writeSineWav(root + QStringLiteral("/door_slam.wav"), 8000, 2, 2000));
+        QVERIFY(fixtures::writeSineWav(root + QStringLiteral("/wind.wav"), 8000, 1, 4000));
+        QVERIFY(fixtures::writeSineWav(root + QStringLiteral("/sub/rain.wav"), 8000, 1, 8000));
+    }
+
+    void init() { configDir.clear(); }
+
+    void statusLineAndProgressFollowTheWork()
+    {
+        MainWindow window;
+        StatusProgress* progress = window.GetStatusProgress();
+        QVERIFY(progress->isHidden());
+        TeskManager* manager = window.GetManager();
+        int counted = -1;
+        bool shownWhileCounting = true;
+        connect(manager, &TeskManager::SigProgressChanged, this, [&](int done, int total) {
+            if (total == 0) {
+                shownWhileCounting = shownWhileCounting && progress->bar()->maximum() == 0;
+                return;
+            }
+            counted = total;
+            shownWhileCounting = shownWhileCounting && progress->isVisibleTo(&window) &&
+                                 progress->bar()->value() == done &&
+                                 progress->bar()->maximum() == total;
+        });
+        QVERIFY(ShowFolder(manager, root));
+        QCOMPARE(counted, 3);
+        QVERIFY(shownWhileCounting);
+        QVERIFY(progress->isHidden());
+
+        QLabel* status = window.GetStatusLabel();
+        const QString all = QStringLiteral(
+            "Number of audio files displayed: 3 Total time: 0hr00min02.250sec");
+        QTRY_COMPARE(status->text(), all);
+        // Typing filters once the typing pauses; deleting the text shows every file at once.
+        QLineEdit* search = window.GetSearchWidget()->searchLine();
+        QTest::keyClicks(search, QStringLiteral("DOOR"));
+        QTRY_COMPARE(status->text(), QStringLiteral("Number of audio files displayed: 2 Total "
+                                                    "time: 0hr00min01.750sec"));
+        QTest::keyClick(search, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClick(search, Qt::Key_Backspace);
+        QCOMPARE(status->text(), all);
+
+        // A folder that does not exist starts no work: no bar.
+        manager->SlotChangeRootPathCalled(root + QStringLiteral("/gone"));
+        QVERIFY(progress->isHidden());
+    }
+
+    void timeLeft()
+    {
+        const struct
+        {
+            int done, total;
+            qint64 elapsedMs;
+            const char* left;
+        } cases[] = {{10, 100, 400, ""}, // too early to tell
+                     {0, 100, 5000, ""},         {25, 100, 10000, "0:30"},
+                     {1, 100, 40000, "1:06:00"}, {99, 100, 9900, "0:01"}, // a part second rounds up
+                     {100, 100, 9000, "0:00"}};
+        for (const auto& c : cases) {
+            const qint64 ms = StatusProgress::RemainingMs(c.done, c.total, c.elapsedMs);
+            QCOMPARE(ms < 0 ? QString() : StatusProgress::DurationText(ms), QLatin1String(c.left));
+        }
+    }
+
+    void headerAndSubfolderFlagSurviveARestart()
+    {
+        const QString subfolders = QStringLiteral("Display files in subfolders as well");
+        {
+            MainWindow window;
+            QVERIFY(ShowFolder(window.GetManager(), root));
+            QHeaderView* header = window.GetTableBrowser()->tableView()->horizontalHeader();
+            header->moveSection(header->visualIndex(ColumnDuration), 0);
+            header->resizeSection(ColumnFile, 321);
+            header->setSortIndicator(ColumnDuration, Qt::DescendingOrder);
+            // The header's own menu hides a column; the View menu follows.
+            QTimer::singleShot(0, [] {
+                auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+                for (QAction* action : menu ? menu->actions() : QList<QAction*>()) {
+                    if (action->text() == QLatin1String("Modify Time"))
+                        action->trigger();
+                }
+                if (menu)
+                    menu->close();
+            });
+            emit header->customContextMenuRequested(QPoint(5, 5));
+            QVERIFY(header->isSectionHidden(ColumnModifyTime));
+            QVERIFY(!window.GetMenuBar()->columnVisibilityActions().at(ColumnModifyTime)->isChecked());
+            QSignalSpy ended(window.GetManager(), &TeskManager::SigEndGetDetailInfo);
+            MenuAction(window, subfolders)->trigger();
+            QVERIFY(ended.wait(20000));
+        }
+
+        MainWindow window;
+        TeskManager* manager = window.GetManager();
+        QVERIFY(manager->IsRecursive());
+        QVERIFY(MenuAction(window, subfolders)->isChecked());
+        QHeaderView* header = window.GetTableBrowser()->tableView()->horizontalHeader();
+        QCOMPARE(header->visualIndex(ColumnDuration), 0);
+        QCOMPARE(header->sectionSize(ColumnFile), 321);
+        QVERIFY(header->isSectionHidden(ColumnModifyTime));
+        QVERIFY(!window.GetMenuBar()->columnVisibilityActions().at(ColumnModifyTime)->isChecked());
+        QCOMPARE(header->sortIndicatorSection(), int(ColumnDuration));
+        QCOMPARE(header->sortIndicatorOrder(), Qt::DescendingOrder);
+
+        // The stored root is listed once, with the subfolder, sorted the user's way.
+        QSignalSpy ended(manager, &TeskManager::SigEndGetDetailInfo);
+        QSignalSpy listed(manager, &TeskManager::SigFilePathListAcquired);
+        QVERIFY(ended.wait(20000));
+        QCOMPARE(listed.count(), 1);
+        const QAbstractItemModel* proxy = window.GetTableBrowser()->sortModel();
+        QCOMPARE(proxy->rowCount(), 4);
+        QCOMPARE(proxy->index(0, ColumnFile).data().toString(), QStringLiteral("door_open.wav"));
+        QCOMPARE(proxy->index(1, ColumnFile).data().toString(), QStringLiteral("rain.wav"));
+    }
+
+    void fileNamedAsRootIsSelected()
+    {
+        // As "Open With Tesk" or a drop does it.
+        MainWindow window;
+        QVERIFY(ShowFolder(window.GetManager(), root + QStringLiteral("/wind.wav")));
+        QCOMPARE(window.GetManager()->GetRootPath(), root);
+        const SubWidgetTableView* view = window.GetTableBrowser()->tableView();
+        QCOMPARE(view->currentIndex().data(257).toString(), root + QStringLiteral("/wind.wav"));
+        QCOMPARE(view->selectionModel()->selectedRows().size(), 1);
+        // The empty tool bar stays out of sight.
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QVERIFY(!window.findChild<QToolBar*>(QStringLiteral("mainToolBar"))->isVisible());
+    }
+
+    void preferencesReachTheManager()
+    {
+        MainWindow window;
+        TeskManager* manager = window.GetManager();
+        // The Theme menu replaces the application's palette.
+        MenuAction(window, QStringLiteral("Dark"))->trigger();
+        QCOMPARE(manager->GetColorTheme(), TeskManager::Dark);
+        QCOMPARE(window.palette().color(QPalette::Window), QColor(32, 32, 34));
+        MenuAction(window, QStringLiteral("Light"))->trigger();
+        QCOMPARE(manager->GetColorTheme(), TeskManager::Light);
+        QVERIFY(window.palette().color(QPalette::Window) != QColor(32, 32, 34));
+
+        // The font dialog is one, modeless, and changes reach the manager at once.
+        window.SlotOpenFontForm();
+        window.SlotOpenFontForm();
+        QCOMPARE(window.findChildren<SubFormFont*>().size(), 1);
+        auto* form = window.findChild<SubFormFont*>();
+        QVERIFY(form->isVisible() && !form->isModal());
+        auto* size = Child<QSpinBox>(form, "treeFontSize");
+        size->setValue(size->value() + 3);
+        QCOMPARE(manager->GetFontSettings()->GetPointSize(FontSettings::Tree), size->value());
+
+        // Tool Settings are stored on OK only.
+        const QString tool = QCoreApplication::applicationFilePath();
+        for (const bool ok : {false, true}) {
+            Answer<subFormToolSettings>([tool, ok](subFormToolSettings* f) {
+                Child<QLineEdit>(f, "editToolPath")->setText(tool);
+                Child<QLineEdit>(f, "editToolArgs")->setText(QStringLiteral("-x %FILEPATH%"));
+                Child<QSpinBox>(f, "spinSeekTime")->setValue(2500);
+                ok ? Child<QPushButton>(f, "buttonOk")->click() : f->reject();
+            });
+            window.SlotOpenSettingsForm();
+            QCOMPARE(manager->GetExternalToolPath(), ok ? tool : QString());
+            QCOMPARE(manager->GetSeekTimeMs(), ok ? 2500 : 1000);
+        }
+        QCOMPARE(manager->GetExternalToolArgs(), QStringLiteral("-x %FILEPATH%"));
+
+        // The library settings: a root folder that is not absolute keeps the
+        // form open; a socket folder that does not exist falls back at once.
+        const QString host = data.filePath(QStringLiteral("no-server"));
+        for (const QString& rootFolder : {QStringLiteral("relative/sfx"), QStringLiteral("/mnt/sfx/")}) {
+            Answer<subFormLibrarySettings>([host, rootFolder](subFormLibrarySettings* f) {
+                Child<QRadioButton>(f, "radioServer")->setChecked(true);
+                Child<QLineEdit>(f, "editHost")->setText(host);
+                Child<QSpinBox>(f, "spinPort")->setValue(6543);
+                Child<QLineEdit>(f, "editDatabase")->setText(QStringLiteral(" tesk "));
+                auto* roots = Child<QTableWidget>(f, "tableRoots");
+                roots->setRowCount(1);
+                roots->setItem(0, 0, new QTableWidgetItem(QStringLiteral("SFX")));
+                roots->setItem(0, 1, new QTableWidgetItem(rootFolder));
+                f->problems().isEmpty() ? Child<QPushButton>(f, "buttonOk")->click() : f->reject();
+            });
+            window.SlotOpenLibrarySettings();
+        }
+        const AnalysisLibrarySettings stored = manager->GetAnalysisLibrarySettings();
+        QVERIFY(stored.onServer);
+        QCOMPARE(stored.server.Describe(), host + QStringLiteral(":6543/tesk"));
+        QCOMPARE(stored.roots, QStringList{QStringLiteral("SFX=/mnt/sfx/")});
+        QVERIFY(manager->GetKrokManager()->HasLibrary());
+    }
+
+    void sortSettingsApplyAfterTheNewList()
+    {
+        MainWindow window;
+        TeskManager* manager = window.GetManager();
+        manager->SlotChangeRootPathCalled(data.path());
+        window.SlotShowSortSettings();
+        auto* form = window.findChild<subFormSortSettings*>();
+        QVERIFY(form && form->isVisible() && form->isWindow());
+        QCOMPARE(form->relativeRoot(), data.path());
+        // Hidden and shown again, it takes the current root once more.
+        form->hide();
+        manager->SlotChangeRootPathCalled(root);
+        window.SlotShowSortSettings();
+        QCOMPARE(form->relativeRoot(), root);
+        QCOMPARE(window.findChildren<subFormSortSettings*>().size(), 1);
+
+        QSignalSpy applied(form, &subFormSortSettings::SigSortSettingApplied);
+        QSignalSpy listed(manager, &TeskManager::SigFilePathListAcquired);
+        QTRY_VERIFY(listed.count() >= 1 || manager->GetTotalFileCount() == 3);
+        listed.clear();
+        Child<QCheckBox>(form, "checkMoveToRoot")->setChecked(true);
+        Child<QPushButton>(form, "buttonApply")->click();
+        QVERIFY(form->isApplyPending());
+        QCOMPARE(applied.count(), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(applied.count(), 1, 10000);
+        QVERIFY(listed.count() >= 1);
+        QVERIFY(!form->isApplyPending());
+    }
+
+    // Matching ignores case; entries that named no file are marked; switched
+    // off, the next application drops the order; nothing matched explains.
+    void sortSpecificationAppliesToTheTable()
+    {
+        TeskManager manager;
+        WidgetTableBrowser browser(&manager, {});
+        QVERIFY(ShowFolder(&manager, root));
+        subFormSortSettings form;
+        const auto analyse = [&](const QByteArray& text) {
+            const QString csv = data.filePath(QStringLiteral("order.csv"));
+            QVERIFY(fixtures::WriteBytes(csv, text));
+            form.setRelativeRoot(root);
+            Child<QGroupBox>(&form, "groupUseCsv")->setChecked(true);
+            Child<QLineEdit>(&form, "editCsvPath")->setText(csv);
+            Child<QSpinBox>(&form, "spinCommentColumn")->setValue(2);
+            Child<QCheckBox>(&form, "checkIgnoreFirstLine")->setChecked(false);
+            Child<QPushButton>(&form, "buttonAnalyze")->click();
+            QVERIFY(form.isApplicable());
+        };
+        const auto comment = [&browser](const QString& name) {
+            krokTableModel* model = browser.tableModel();
+            for (int row = 0; row < model->rowCount(); ++row) {
+                if (model->fileName(row) == name)
+                    return model->data(model->index(row, ColumnSortComments)).toString();
+            }
+            return QStringLiteral("<no row>");
+        };
+        // A full path keeps the root's own case; wind is named without its suffix.
+        analyse("wind,third\n" + root.toUtf8() + "/DOOR_SLAM.WAV,first\nmissing.wav,none\n");
+        QVERIFY(!ApplySortSettings(&form, &browser));
+        QCOMPARE(comment(QStringLiteral("door_slam.wav")), QStringLiteral("first"));
+        QCOMPARE(comment(QStringLiteral("wind.wav")), QStringLiteral("third"));
+        QCOMPARE(comment(QStringLiteral("door_open.wav")), QString());
+        auto* table = Child<QTableWidget>(&form, "tableResult");
+        QCOMPARE(table->item(2, 0)->background().color(), QColor(Qt::red));
+        QCOMPARE(table->item(1, 0)->background().color(), QColor(Qt::white));
+        const QAbstractItemModel* proxy = browser.sortModel();
+        QCOMPARE(proxy->index(0, 0).data(257).toString(), root + QStringLiteral("/wind.wav"));
+        QCOMPARE(proxy->index(1, 0).data(257).toString(), root + QStringLiteral("/door_slam.wav"));
+
+        Child<QGroupBox>(&form, "groupUseCsv")->setChecked(false);
+        QVERIFY(!ApplySortSettings(&form, &browser));
+        QCOMPARE(comment(QStringLiteral("door_slam.wav")), QString());
+
+        analyse("sub/door_slam.wav,a\nother/wind.wav,b\n");
+        QString text;
+        QTimer::singleShot(50, [&text] {
+            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+                text = box->text();
+                box->accept();
+            }
+        });
+        QVERIFY(ApplySortSettings(&form, &browser));
+        QVERIFY(text.startsWith(QStringLiteral("No files to reorder.\n")));
+        QVERIFY(!QApplication::overrideCursor());
+    }
+};
+
+QTEST_MAIN(tst_MainWindow)
+#include "tst_mainwindow.moc"
