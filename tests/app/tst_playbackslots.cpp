@@ -34,17 +34,16 @@ class TestPlaybackSlots : public QObject
     QTemporaryDir data;
     TeskManager* manager = nullptr;
     KrokManager* registry = nullptr;
-    QString longA, longB, medium, shortOne; // 3.0, 3.0, 1.5 and 0.25 s
+    QString longA, medium, shortOne; // 3.0, 1.5 and 0.25 s
 
-    // The position once the file plays at `ms` or later (any position with
-    // ms < 0), or -1 after five seconds.
+    // The position once the file plays at `ms` or later, or -1 after five seconds.
     qint64 positionAt(double ms)
     {
         QElapsedTimer t;
         t.start();
         while (t.elapsed() < 5000) {
             const qint64 p = registry->GetPlaybackPosition();
-            if (registry->IsPlaying() && p >= Samples(qMax(ms, 0.0)))
+            if (registry->IsPlaying() && p >= Samples(ms))
                 return p;
             QTest::qWait(1);
         }
@@ -57,7 +56,7 @@ private slots:
         QVERIFY(settings.isValid());
         QVERIFY(data.isValid());
         const std::pair<QString*, double> files[] = {
-            {&longA, 3.0}, {&longB, 3.0}, {&medium, 1.5}, {&shortOne, 0.25}};
+            {&longA, 3.0}, {&medium, 1.5}, {&shortOne, 0.25}};
         int n = 0;
         for (const auto& [path, seconds] : files) {
             *path = data.filePath(QStringLiteral("%1.wav").arg(n++));
@@ -83,99 +82,39 @@ private slots:
         QTRY_VERIFY(manager->GetLastPlayingPath().isEmpty());
     }
 
-    void positionReportFollowsThePlayingFile()
+    // The table's position bar is cleared at the end of a file, and the
+    // reports stop.
+    void positionReportClearsAtTheEnd()
     {
         QSignalSpy set(manager, &TeskManager::SigSetPlaybackPosition);
         QSignalSpy reset(manager, &TeskManager::SigResetPlaybackPosition);
-        manager->SlotStartPlaybackCalled(longA);
-        QTRY_VERIFY_WITH_TIMEOUT(set.count() >= 5, 3000);
-        double previous = 0.0;
-        for (const QList<QVariant>& args : set) {
-            QCOMPARE(args.at(0).toString(), longA);
-            QVERIFY(args.at(1).toDouble() >= previous && args.at(1).toDouble() < 1.0);
-            previous = args.at(1).toDouble();
-        }
-        QVERIFY(previous > set.first().at(1).toDouble());
-        QCOMPARE(reset.count(), 0);
-        // Another file: the first one's position is cleared.
         manager->SlotStartPlaybackCalled(shortOne);
-        QTRY_COMPARE(reset.count(), 1);
-        QCOMPARE(reset.first().at(0).toString(), longA);
-        QTRY_COMPARE(set.last().at(0).toString(), shortOne);
-        // The end of the file clears it too, and the reports stop.
-        QTRY_COMPARE_WITH_TIMEOUT(reset.count(), 2, 3000);
-        QCOMPARE(reset.last().at(0).toString(), shortOne);
+        QTRY_COMPARE_WITH_TIMEOUT(fixtures::SpiedTexts(reset), QStringList{shortOne}, 3000);
+        QVERIFY(!set.isEmpty());
         const int sets = set.count();
         QTest::qWait(200);
         QCOMPARE(set.count(), sets);
     }
 
-    // Seeking from a position by the step: near the start backward restarts
-    // from 0; forward past the end is dropped; nothing playing, nothing to do.
-    void seek_data()
+    // Nothing playing, nothing to do; forward past the end is dropped and
+    // leaves the playlist timer running; backward near the start restarts.
+    void seekAtTheEdges()
     {
-        QTest::addColumn<int>("file");
-        QTest::addColumn<bool>("backward");
-        QTest::addColumn<double>("fromMs");
-        QTest::addColumn<double>("toMs");
-        QTest::newRow("backward") << 0 << true << 1400.0 << -1000.0;
-        QTest::newRow("forward") << 0 << false << 200.0 << 1000.0;
-        QTest::newRow("backward near the start") << 2 << true << 400.0 << -1e5;
-        QTest::newRow("forward past the end") << 2 << false << 800.0 << 0.0;
-        QTest::newRow("nothing playing") << -1 << true << 0.0 << 0.0;
-    }
-    void seek()
-    {
-        QFETCH(int, file);
-        QFETCH(bool, backward);
-        QFETCH(double, fromMs);
-        QFETCH(double, toMs);
-        if (file < 0) {
-            manager->SeekPlayback(backward);
-            QVERIFY(!registry->IsPlaying());
-            QVERIFY(registry->GetPlayingPath().isEmpty());
-            return;
-        }
-        const QString path = file == 0 ? longA : medium;
-        // A dropped seek leaves the running playlist timer alone.
+        manager->SeekPlayback(true);
+        QVERIFY(registry->GetPlayingPath().isEmpty());
         manager->SlotChangePlaylistFlagCalled(true);
-        manager->SlotStartPlaybackCalled(path);
-        const qint64 before = positionAt(fromMs);
+        manager->SlotStartPlaybackCalled(medium);
+        const qint64 before = positionAt(800);
         QVERIFY(before > 0);
-        manager->SeekPlayback(backward);
-        QCOMPARE(registry->GetPlayingPath(), path);
+        manager->SeekPlayback(false);
         QVERIFY(manager->GetPlaylistTimer()->isActive());
-        const qint64 after = positionAt(-1);
-        const qint64 target = before + Samples(toMs);
-        QVERIFY2(after >= qMax<qint64>(target, 0) && after < qMax<qint64>(target, 0) + Samples(300),
-                 qPrintable(QStringLiteral("%1 -> %2").arg(before).arg(after)));
-    }
-
-    void playlistSelectsTheNextItemAtTheEnd()
-    {
-        QSignalSpy next(manager, &TeskManager::SigSelectNextItem);
-        // Off, the end of a file selects nothing; turned on while it plays,
-        // it waits for the next start.
-        manager->SlotStartPlaybackCalled(shortOne);
-        manager->SlotChangePlaylistFlagCalled(true);
-        QVERIFY(!manager->GetPlaylistTimer()->isActive());
-        QTRY_VERIFY(!registry->IsPlaying());
-        QTest::qWait(300);
-        QCOMPARE(next.count(), 0);
-
-        manager->SlotStartPlaybackCalled(shortOne);
-        QVERIFY(manager->GetPlaylistTimer()->isActive());
-        QTRY_COMPARE_WITH_TIMEOUT(next.count(), 1, 3000);
-        // Nobody answered with a new file: the timer stays stopped.
-        QVERIFY(!manager->GetPlaylistTimer()->isActive());
-        QTest::qWait(300);
-        QCOMPARE(next.count(), 1);
-
-        // An empty path or Stop ends the playlist; the file plays on after the first.
-        manager->SlotStartPlaybackCalled(longA);
-        manager->SlotStartPlaybackCalled(QString());
-        QVERIFY(!manager->GetPlaylistTimer()->isActive());
-        QCOMPARE(registry->GetPlayingPath(), longA);
+        const qint64 after = positionAt(0);
+        QVERIFY(after >= before && after < before + Samples(300));
+        manager->SlotStartPlaybackCalled(medium);
+        QVERIFY(positionAt(400) > 0);
+        manager->SeekPlayback(true);
+        QCOMPARE(registry->GetPlayingPath(), medium);
+        QVERIFY(positionAt(0) < Samples(300));
     }
 
     // A chosen device that does not open is remembered, the default plays
@@ -189,9 +128,6 @@ private slots:
         QTRY_COMPARE(status.count(), 1);
         QVERIFY(manager->GetPreviewPlayer()->OutputDevice().isEmpty());
         QVERIFY(status.first().at(0).toString().contains(name));
-        manager->SlotStartPlaybackCalled(longA);
-        QVERIFY(positionAt(100) > 0);
-        manager->SlotStopPlaybackCalled();
         manager->SetOutputDevice(QString());
         QTRY_VERIFY(!AudioEngine::IsOutputChanging());
         QTest::qWait(120); // two status ticks
@@ -218,7 +154,6 @@ private slots:
         const double played = info.loudness + 10.0 * std::log10(2.0);
         auto args = started(-23.0);
         QCOMPARE(args.at(1).toInt(), static_cast<int>(LoudnessMatch::Basis::Matched));
-        QVERIFY(std::fabs(args.at(0).toDouble() - (-23.0 - played)) < 1e-3);
         QVERIFY(std::fabs(manager->GetPreviewPlayer()->PreviewGain() -
                           std::pow(10.0, (-23.0 - played) / 20.0)) < 1e-4);
         // 0 LUFS would need +25 dB: the boost stops at its 12 dB (the peak allows 23.4).

@@ -97,8 +97,9 @@ private slots:
                        {"s/b1.wav", 8000, 1, 8},
                        {"s/b/x.wav", 44100, 1, 44},
                        {"s/a1.wav", 96000, 6, 96}})
-                 .isEmpty());
-        browser.sortModel()->sort(sortColumn, descending ? Qt::DescendingOrder : Qt::AscendingOrder);
+                     .isEmpty());
+        browser.sortModel()->sort(sortColumn,
+                                  descending ? Qt::DescendingOrder : Qt::AscendingOrder);
         QCOMPARE(column(browser.sortModel(), ColumnFullPath), order);
     }
 
@@ -106,9 +107,10 @@ private slots:
     {
         TeskManager manager;
         WidgetTableBrowser browser(&manager, {});
-        const QStringList paths = load(
-            manager, browser,
-            {{"spec/one.wav", 48000, 1, 48}, {"spec/two.wav", 48000, 1, 48}, {"spec/three.wav", 48000, 1, 48}});
+        const QStringList paths = load(manager, browser,
+                                       {{"spec/one.wav", 48000, 1, 48},
+                                        {"spec/two.wav", 48000, 1, 48},
+                                        {"spec/three.wav", 48000, 1, 48}});
         QVERIFY(!paths.isEmpty());
         // Only two.wav and one.wav are named, in that order.
         browser.applySortSpecification(
@@ -153,7 +155,8 @@ private slots:
             [](auto&) {});
         row("error only", "broken.wav",
             [](auto& c) { c.formatMask = SearchCriteriaStruct::FormatError; });
-        row("flac only", "tone.flac", [](auto& c) { c.formatMask = SearchCriteriaStruct::FormatFlac; });
+        row("flac only", "tone.flac",
+            [](auto& c) { c.formatMask = SearchCriteriaStruct::FormatFlac; });
         // 1500 and 1499 frames at 1000 Hz last 0:01.500 and 0:01.499.
         row("time >= 0:01.500", "long.wav", [](auto& c) {
             c.useTime = true;
@@ -190,7 +193,7 @@ private slots:
                        {"flt/long.wav", 1000, 4, 1500},
                        {"flt/short.wav", 1000, 4, 1499}},
                       {broken, flac})
-                 .isEmpty());
+                     .isEmpty());
         browser.SlotSearchExecute(criteria);
         // Natural, case-blind name order: take_01 before Take_02.
         browser.sortModel()->sort(ColumnFile, Qt::AscendingOrder);

@@ -1,15 +1,14 @@
 // The main window as a desktop user meets it over real files: the status line
 // and the progress bar while a folder is worked on, the table's header and the
-// subfolder flag surviving a restart, the preference dialogs reaching the
-// manager, and the sort specification applied to the table.
-#include "FontSettings.h"
+// subfolder flag surviving a restart, the theme and library settings, and the
+// sort specification applied to the table.
 #include "KrokManager.h"
 #include "KrokTableSortModel.h"
 #include "MainWindow.h"
 #include "MenuBar.h"
+#include "ModalAnswer.h"
 #include "SortSettingsApplication.h"
 #include "StatusProgress.h"
-#include "SubFormFont.h"
 #include "SubWidgetTableView.h"
 #include "TestSettings.h"
 #include "WaveBuilder.h"
@@ -17,7 +16,6 @@
 #include "WidgetTableBrowser.h"
 #include "subFormLibrarySettings.h"
 #include "subFormSortSettings.h"
-#include "subFormToolSettings.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -25,7 +23,6 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMenu>
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QPushButton>
@@ -36,7 +33,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
-#include <QToolBar>
 
 namespace {
 
@@ -55,16 +51,6 @@ bool ShowFolder(TeskManager* manager, const QString& folder)
     QSignalSpy ended(manager, &TeskManager::SigEndGetDetailInfo);
     manager->SlotChangeRootPathCalled(folder);
     return ended.wait(20000);
-}
-
-// Runs `fill` on the next modal dialog of type T once it is up.
-template<typename T>
-void Answer(std::function<void(T*)> fill)
-{
-    QTimer::singleShot(20, [fill] {
-        if (auto* form = qobject_cast<T*>(QApplication::activeModalWidget()))
-            fill(form);
-    });
 }
 
 template<typename T>
@@ -123,8 +109,8 @@ private slots:
         QVERIFY(progress->isHidden());
 
         QLabel* status = window.GetStatusLabel();
-        const QString all = QStringLiteral(
-            "Number of audio files displayed: 3 Total time: 0hr00min02.250sec");
+        const QString all =
+            QStringLiteral("Number of audio files displayed: 3 Total time: 0hr00min02.250sec");
         QTRY_COMPARE(status->text(), all);
         // Typing filters once the typing pauses; deleting the text shows every file at once.
         QLineEdit* search = window.GetSearchWidget()->searchLine();
@@ -134,10 +120,6 @@ private slots:
         QTest::keyClick(search, Qt::Key_A, Qt::ControlModifier);
         QTest::keyClick(search, Qt::Key_Backspace);
         QCOMPARE(status->text(), all);
-
-        // A folder that does not exist starts no work: no bar.
-        manager->SlotChangeRootPathCalled(root + QStringLiteral("/gone"));
-        QVERIFY(progress->isHidden());
     }
 
     void timeLeft()
@@ -167,19 +149,8 @@ private slots:
             header->moveSection(header->visualIndex(ColumnDuration), 0);
             header->resizeSection(ColumnFile, 321);
             header->setSortIndicator(ColumnDuration, Qt::DescendingOrder);
-            // The header's own menu hides a column; the View menu follows.
-            QTimer::singleShot(0, [] {
-                auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-                for (QAction* action : menu ? menu->actions() : QList<QAction*>()) {
-                    if (action->text() == QLatin1String("Modify Time"))
-                        action->trigger();
-                }
-                if (menu)
-                    menu->close();
-            });
-            emit header->customContextMenuRequested(QPoint(5, 5));
+            window.GetMenuBar()->columnVisibilityActions().at(ColumnModifyTime)->trigger();
             QVERIFY(header->isSectionHidden(ColumnModifyTime));
-            QVERIFY(!window.GetMenuBar()->columnVisibilityActions().at(ColumnModifyTime)->isChecked());
             QSignalSpy ended(window.GetManager(), &TeskManager::SigEndGetDetailInfo);
             MenuAction(window, subfolders)->trigger();
             QVERIFY(ended.wait(20000));
@@ -217,10 +188,6 @@ private slots:
         const SubWidgetTableView* view = window.GetTableBrowser()->tableView();
         QCOMPARE(view->currentIndex().data(257).toString(), root + QStringLiteral("/wind.wav"));
         QCOMPARE(view->selectionModel()->selectedRows().size(), 1);
-        // The empty tool bar stays out of sight.
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
-        QVERIFY(!window.findChild<QToolBar*>(QStringLiteral("mainToolBar"))->isVisible());
     }
 
     void preferencesReachTheManager()
@@ -235,36 +202,13 @@ private slots:
         QCOMPARE(manager->GetColorTheme(), TeskManager::Light);
         QVERIFY(window.palette().color(QPalette::Window) != QColor(32, 32, 34));
 
-        // The font dialog is one, modeless, and changes reach the manager at once.
-        window.SlotOpenFontForm();
-        window.SlotOpenFontForm();
-        QCOMPARE(window.findChildren<SubFormFont*>().size(), 1);
-        auto* form = window.findChild<SubFormFont*>();
-        QVERIFY(form->isVisible() && !form->isModal());
-        auto* size = Child<QSpinBox>(form, "treeFontSize");
-        size->setValue(size->value() + 3);
-        QCOMPARE(manager->GetFontSettings()->GetPointSize(FontSettings::Tree), size->value());
-
-        // Tool Settings are stored on OK only.
-        const QString tool = QCoreApplication::applicationFilePath();
-        for (const bool ok : {false, true}) {
-            Answer<subFormToolSettings>([tool, ok](subFormToolSettings* f) {
-                Child<QLineEdit>(f, "editToolPath")->setText(tool);
-                Child<QLineEdit>(f, "editToolArgs")->setText(QStringLiteral("-x %FILEPATH%"));
-                Child<QSpinBox>(f, "spinSeekTime")->setValue(2500);
-                ok ? Child<QPushButton>(f, "buttonOk")->click() : f->reject();
-            });
-            window.SlotOpenSettingsForm();
-            QCOMPARE(manager->GetExternalToolPath(), ok ? tool : QString());
-            QCOMPARE(manager->GetSeekTimeMs(), ok ? 2500 : 1000);
-        }
-        QCOMPARE(manager->GetExternalToolArgs(), QStringLiteral("-x %FILEPATH%"));
-
         // The library settings: a root folder that is not absolute keeps the
         // form open; a socket folder that does not exist falls back at once.
         const QString host = data.filePath(QStringLiteral("no-server"));
-        for (const QString& rootFolder : {QStringLiteral("relative/sfx"), QStringLiteral("/mnt/sfx/")}) {
-            Answer<subFormLibrarySettings>([host, rootFolder](subFormLibrarySettings* f) {
+        for (const QString& rootFolder :
+             {QStringLiteral("relative/sfx"), QStringLiteral("/mnt/sfx/")}) {
+            fixtures::AnswerNextModal<subFormLibrarySettings>([host, rootFolder](
+                                                                  subFormLibrarySettings* f) {
                 Child<QRadioButton>(f, "radioServer")->setChecked(true);
                 Child<QLineEdit>(f, "editHost")->setText(host);
                 Child<QSpinBox>(f, "spinPort")->setValue(6543);
@@ -346,9 +290,6 @@ private slots:
         QCOMPARE(comment(QStringLiteral("door_slam.wav")), QStringLiteral("first"));
         QCOMPARE(comment(QStringLiteral("wind.wav")), QStringLiteral("third"));
         QCOMPARE(comment(QStringLiteral("door_open.wav")), QString());
-        auto* table = Child<QTableWidget>(&form, "tableResult");
-        QCOMPARE(table->item(2, 0)->background().color(), QColor(Qt::red));
-        QCOMPARE(table->item(1, 0)->background().color(), QColor(Qt::white));
         const QAbstractItemModel* proxy = browser.sortModel();
         QCOMPARE(proxy->index(0, 0).data(257).toString(), root + QStringLiteral("/wind.wav"));
         QCOMPARE(proxy->index(1, 0).data(257).toString(), root + QStringLiteral("/door_slam.wav"));
@@ -359,11 +300,9 @@ private slots:
 
         analyse("sub/door_slam.wav,a\nother/wind.wav,b\n");
         QString text;
-        QTimer::singleShot(50, [&text] {
-            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
-                text = box->text();
-                box->accept();
-            }
+        fixtures::AnswerNextModal<QMessageBox>([&text](QMessageBox* box) {
+            text = box->text();
+            box->accept();
         });
         QVERIFY(ApplySortSettings(&form, &browser));
         QVERIFY(text.startsWith(QStringLiteral("No files to reorder.\n")));
