@@ -1,15 +1,21 @@
-// Drives the real manager, workers and analysis library over generated folders.
+// Drives the real manager, workers, analysis library and preview engine over
+// generated folders.
 #include "KrokManager.h"
+#include "LoudnessMatch.h"
+#include "LumoManager.h"
 #include "SqliteAnalysisLibrary.h"
 #include "TeskManager.h"
 #include "TestSettings.h"
 #include "WaveBuilder.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <cmath>
 
 namespace {
 
@@ -160,7 +166,7 @@ private slots:
         manager.SlotChangeLoudnessCalled(true);
         Spies spy(&manager);
         manager.SlotChangeRootPathCalled(slow);
-        QTRY_COMPARE_WITH_TIMEOUT(spy.ranges.count(), 1, 30000);
+        QTRY_VERIFY_WITH_TIMEOUT(!spy.ranges.isEmpty(), 30000);
         manager.SlotChangeRootPathCalled(next);
         QVERIFY(manager.IsDetailCancelPending());
         QTRY_COMPARE_WITH_TIMEOUT(spy.lists.count(), 2, 60000);
@@ -255,6 +261,81 @@ private slots:
             10000);
         QCOMPARE(SpiedTexts(spy.status).filter(QStringLiteral("damaged")).size(), 1);
         QVERIFY(manager.GetKrokManager()->IsAnalyzed(listOf(root).first()));
+    }
+
+    // Preview over the real engine, whose silent output (there is no sound
+    // card here) plays in real time: seeking at the edges of a file, "Match
+    // loudness" giving each start its gain, an output device that does not open.
+    void previewThroughTheManager()
+    {
+        const QString folder = data.filePath(QStringLiteral("preview"));
+        const QString tone = folder + QStringLiteral("/tone.wav"); // 1.5 s
+        QVERIFY(fixtures::writeSineWav(tone, 48000, 1, 72000, 0.06, 440.0));
+        TeskManager manager;
+        Spies spy(&manager);
+        manager.SlotChangeMatchLoudnessCalled(true);
+        QVERIFY(manager.IsLoudnessEnabled()); // matching needs the loudness
+        manager.SlotChangeRootPathCalled(folder);
+        QTRY_COMPARE_WITH_TIMEOUT(spy.ends.count(), 1, 30000);
+        KrokManager* registry = manager.GetKrokManager();
+        const auto at = [registry](int ms) { // the position once at `ms` or later
+            QElapsedTimer t;
+            t.start();
+            while (t.elapsed() < 5000) {
+                if (registry->IsPlaying() && registry->GetPlaybackPosition() >= ms * 48)
+                    return qint64(registry->GetPlaybackPosition());
+                QTest::qWait(1);
+            }
+            return qint64(-1);
+        };
+        // Nothing playing, nothing to seek; forward past the end is dropped and
+        // leaves the playlist timer running; backward near the start restarts.
+        manager.SetSeekTimeMs(1000);
+        manager.SeekPlayback(true);
+        QVERIFY(registry->GetPlayingPath().isEmpty());
+        manager.SlotChangePlaylistFlagCalled(true);
+        manager.SlotStartPlaybackCalled(tone);
+        const qint64 before = at(800);
+        QVERIFY(before > 0);
+        manager.SeekPlayback(false);
+        QVERIFY(manager.GetPlaylistTimer()->isActive());
+        const qint64 after = at(0);
+        QVERIFY(after >= before && after < before + 48 * 300);
+        manager.SlotStartPlaybackCalled(tone);
+        QVERIFY(at(400) > 0);
+        manager.SeekPlayback(true);
+        QVERIFY(at(0) < 48 * 300);
+
+        // A 0.06 sine: about -28 LUFS, -25 LUFS on two speakers. 0 LUFS would
+        // need +25 dB: the boost stops at its 12 dB.
+        QSignalSpy gain(&manager, &TeskManager::SigPreviewGainChanged);
+        const float loudness = registry->GetFileInfo(tone).loudness;
+        QVERIFY(loudness > -30.0f && loudness < -26.0f);
+        const double matched = -23.0 - (loudness + 10.0 * std::log10(2.0));
+        for (const double target : {0.0, -23.0}) {
+            manager.SetMatchLoudnessLimits(target, 12.0);
+            manager.SlotStartPlaybackCalled(tone);
+        }
+        QCOMPARE(gain.at(0).at(1).toInt(), int(LoudnessMatch::Basis::BoostLimited));
+        QVERIFY(std::fabs(gain.at(0).at(0).toDouble() - 12.0) < 1e-6);
+        QCOMPARE(gain.at(1).at(1).toInt(), int(LoudnessMatch::Basis::Matched));
+        QVERIFY(std::fabs(manager.GetPreviewPlayer()->PreviewGain() -
+                          std::pow(10.0, matched / 20.0)) < 1e-4);
+        manager.SlotChangeMatchLoudnessCalled(false);
+        manager.SlotStartPlaybackCalled(tone);
+        QCOMPARE(gain.last().at(1).toInt(), int(LoudnessMatch::Basis::Off));
+        QCOMPARE(manager.GetPreviewPlayer()->PreviewGain(), 1.0f);
+
+        // A chosen device that does not open is remembered, and the default
+        // plays instead with the status line saying so.
+        spy.status.clear();
+        const QString device = QStringLiteral("No such device 7");
+        manager.SetOutputDevice(device);
+        QCOMPARE(manager.GetOutputDevice(), device);
+        QTRY_COMPARE(spy.status.count(), 1);
+        QVERIFY(SpiedTexts(spy.status).first().contains(device));
+        QVERIFY(manager.GetPreviewPlayer()->OutputDevice().isEmpty());
+        manager.SlotStopPlaybackCalled();
     }
 };
 
