@@ -79,12 +79,6 @@ class TestPipeline : public QObject
     }
 
 private slots:
-    void initTestCase()
-    {
-        QVERIFY(settings.isValid());
-        QVERIFY(data.isValid());
-    }
-
     void fullRunEndsCompleted()
     {
         const QString root = makeFolder(QStringLiteral("full"), 6);
@@ -265,7 +259,7 @@ private slots:
 
     // Preview over the real engine, whose silent output (there is no sound
     // card here) plays in real time: seeking at the edges of a file, "Match
-    // loudness" giving each start its gain, an output device that does not open.
+    // loudness" giving each start its gain.
     void previewThroughTheManager()
     {
         const QString folder = data.filePath(QStringLiteral("preview"));
@@ -326,15 +320,6 @@ private slots:
         QCOMPARE(gain.last().at(1).toInt(), int(LoudnessMatch::Basis::Off));
         QCOMPARE(manager.GetPreviewPlayer()->PreviewGain(), 1.0f);
 
-        // A chosen device that does not open is remembered, and the default
-        // plays instead with the status line saying so.
-        spy.status.clear();
-        const QString device = QStringLiteral("No such device 7");
-        manager.SetOutputDevice(device);
-        QCOMPARE(manager.GetOutputDevice(), device);
-        QTRY_COMPARE(spy.status.count(), 1);
-        QVERIFY(SpiedTexts(spy.status).first().contains(device));
-        QVERIFY(manager.GetPreviewPlayer()->OutputDevice().isEmpty());
         manager.SlotStopPlaybackCalled();
     }
 };

@@ -8,7 +8,6 @@
 #include "subFormBookmark.h"
 
 #include <QDir>
-#include <QFileDialog>
 #include <QInputDialog>
 #include <QLineEdit>
 #include <QMenuBar>
@@ -136,12 +135,6 @@ private slots:
         window.SlotChangeBookmarkCalled(false);
         QVERIFY(manager->GetBookmarks().isEmpty());
         QCOMPARE(enabled(), QString("Add+Del-"));
-
-        // A root that no longer exists is not offered a bookmark at all.
-        manager->SlotChangeRootPathCalled(sfx + QStringLiteral("/nope"));
-        const int before = state.count();
-        window.SlotBookmarkAddMenuSelected();
-        QCOMPARE(state.count(), before);
     }
 
     void managerDialogEditsTheList()
@@ -161,14 +154,11 @@ private slots:
         // The moved row stays selected, so repeated presses keep moving it;
         // paths travel with their names.
         select(0);
-        press("buttonUp");
-        press("buttonDown");
-        press("buttonDown");
+        for (const char* button : {"buttonUp", "buttonDown", "buttonDown", "buttonDown"})
+            press(button);
         QCOMPARE(Names(form.bookmarks()), QStringLiteral("BCA"));
-        press("buttonDown");
         press("buttonTop");
         QCOMPARE(Names(form.bookmarks()), QStringLiteral("ABC"));
-        QCOMPARE(t->currentRow(), 0);
         press("buttonBottom");
         QCOMPARE(Names(form.bookmarks()), QStringLiteral("BCA"));
         QVERIFY(t->item(2, 1)->isSelected());
@@ -186,29 +176,12 @@ private slots:
         emit t->itemDoubleClicked(t->item(0, 0));
         QCOMPARE(Names(form.bookmarks()), QStringLiteral("ExplosionsCA"));
 
-        // Added and repointed through the folder dialog.
-        const QString steps = folder("Footsteps");
-        for (const QString& chosen : {steps, QString()}) {
-            fixtures::AnswerNextModal<QFileDialog>([chosen](QFileDialog* files) {
-                if (chosen.isEmpty())
-                    return files->reject();
-                // An empty name field makes the dialog return the folder it
-                // shows; typing the path instead races with the file system model.
-                files->setDirectory(chosen);
-                files->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->clear();
-                QMetaObject::invokeMethod(files, "accept");
-            });
-            press("buttonAdd");
-        }
-        QCOMPARE(Names(form.bookmarks()), QStringLiteral("ExplosionsCAFootsteps"));
-        QCOMPARE(QDir(form.bookmarks().last().path), QDir(steps));
-
         // Every selected row is deleted, and with no selection the row buttons rest.
         t->clearSelection();
         t->item(0, 1)->setSelected(true);
         t->item(2, 0)->setSelected(true);
         press("buttonDelete");
-        QCOMPARE(Names(form.bookmarks()), QStringLiteral("CFootsteps"));
+        QCOMPARE(Names(form.bookmarks()), QStringLiteral("C"));
         for (const char* name : {"buttonEdit", "buttonDelete", "buttonUp", "buttonBottom"})
             QVERIFY(!form.findChild<QPushButton*>(QLatin1String(name))->isEnabled());
     }

@@ -48,7 +48,6 @@ class TestFileManagerReveal : public QObject
 private slots:
     void initTestCase()
     {
-        QVERIFY(dir.isValid());
         QDesktopServices::setUrlHandler(QStringLiteral("file"), &recorder, "open");
     }
 

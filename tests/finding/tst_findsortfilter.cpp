@@ -62,8 +62,6 @@ class TestFindSortFilter : public QObject
     }
 
 private slots:
-    void initTestCase() { QVERIFY(dir.isValid()); }
-
     // Numbers as numbers, ties by natural file name, same names by full path;
     // descending reverses the whole order, ties included.
     void sortsByValueThenNameThenPath_data()

@@ -1,7 +1,5 @@
-// The ways to a folder and a file: the path bar, drops, the folder tree, the
-// search dialog, the recent folder and bookmark menus.
-#include "MainWindow.h"
-#include "MenuBar.h"
+// The ways to a folder and a file: the path bar, the folder tree, the
+// search dialog.
 #include "ModalAnswer.h"
 #include "SubWidgetTreeView.h"
 #include "TeskManager.h"
@@ -13,34 +11,19 @@
 #include "WidgetTreeBrowser.h"
 #include "subFormSearch.h"
 
+#include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGroupBox>
 #include <QLineEdit>
-#include <QMenu>
-#include <QMimeData>
 #include <QScrollBar>
-#include <QSettings>
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QTemporaryDir>
 #include <QToolButton>
 #include <QtTest>
 
-namespace {
-
 using fixtures::SpiedTexts;
-
-QMenu* MenuTitled(QMenuBar* bar, const QString& title)
-{
-    for (QAction* action : bar->actions()) {
-        if (action->text() == title)
-            return action->menu();
-    }
-    return nullptr;
-}
-
-} // namespace
 
 class TestFindWidgets : public QObject
 {
@@ -50,12 +33,6 @@ class TestFindWidgets : public QObject
     fixtures::TestSettings config;
 
 private slots:
-    void initTestCase()
-    {
-        QVERIFY(dir.isValid());
-        QVERIFY(config.isValid());
-    }
-
     void pathLineMovesTreeWithoutSecondAcquisition()
     {
         const QString folder = dir.filePath(QStringLiteral("lib/ambience"));
@@ -114,41 +91,6 @@ private slots:
                                                    "\" is neither a folder nor a WAV, AIFF, "
                                                    "MP3, Ogg Vorbis or FLAC file."});
         QCOMPARE(manager.GetRecentFolders().count(folder), 1);
-    }
-
-    void dragAcceptance_data()
-    {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<bool>("accepted");
-        QTest::newRow("opus refused") << QStringLiteral("drag/a.opus") << false;
-        QTest::newRow("FLAC in capitals") << QStringLiteral("drag/c.FLAC") << true;
-        QTest::newRow("folder") << QStringLiteral("drag") << true;
-    }
-    void dragAcceptance()
-    {
-        QFETCH(QString, name);
-        QFETCH(bool, accepted);
-        for (const char* file : {"drag/a.opus", "drag/c.FLAC"})
-            QVERIFY(fixtures::WriteBytes(dir.filePath(QLatin1String(file))));
-        const QString path = dir.filePath(name);
-        WidgetRootPath bar;
-        QMimeData mime;
-        mime.setUrls({QUrl::fromLocalFile(path)});
-        QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction | Qt::LinkAction, &mime, Qt::LeftButton,
-                              Qt::NoModifier);
-        enter.setAccepted(false);
-        QApplication::sendEvent(&bar, &enter);
-        QCOMPARE(enter.isAccepted(), accepted);
-        if (!accepted)
-            return;
-        QCOMPARE(enter.dropAction(), Qt::LinkAction);
-        QSignalSpy asks(&bar, &WidgetRootPath::SigChangeRootPathCalled);
-        QDropEvent drop(QPointF(5, 5), Qt::CopyAction | Qt::LinkAction, &mime, Qt::LeftButton,
-                        Qt::NoModifier);
-        QApplication::sendEvent(&bar, &drop);
-        // A file goes as it is: its folder is listed with the file selected.
-        QCOMPARE(SpiedTexts(asks), QStringList{path});
-        QCOMPARE(drop.dropAction(), Qt::IgnoreAction);
     }
 
     void treeShowsTheRootWhileItsAncestorsLoad()
@@ -219,51 +161,6 @@ private slots:
         QCOMPARE(stored.timeMs, 123045);
         QCOMPARE(stored.timeMode, 1);
         QCOMPARE(stored.channels, 64);
-        QCOMPARE(search.searchLine()->text(), QStringLiteral("door"));
-        QVERIFY(search.useDetailAction()->isChecked());
-        // Cancel changes nothing.
-        fixtures::AnswerNextModal<subFormSearch>([](subFormSearch* form) { form->reject(); });
-        search.openDetailAction()->trigger();
-        QCOMPARE(applied.count(), 1);
-    }
-
-    // The Folder and Bookmark menus as they open.
-    void menusFollowTheState()
-    {
-        QStringList twelve;
-        for (int k = 0; k < 12; ++k)
-            twelve << QStringLiteral("/library/folder%1").arg(k);
-        {
-            QSettings store(config.iniPath(), QSettings::IniFormat);
-            store.setValue(QStringLiteral("recentDirs"), twelve);
-        }
-        MainWindow window;
-        MenuBar* bar = window.GetMenuBar();
-        TeskManager* manager = window.GetManager();
-        emit MenuTitled(bar, QStringLiteral("Folder"))->aboutToShow();
-        QStringList recent;
-        for (QAction* action : bar->recentFolderActions()) {
-            if (action->isVisible())
-                recent << action->text();
-        }
-        QCOMPARE(recent, twelve.mid(0, 10));
-        bar->recentFolderActions().at(3)->trigger();
-        QCOMPARE(manager->GetRootPath(), twelve.at(3));
-
-        // One entry a bookmark; one bookmark fewer hides the extra entry.
-        QMenu* bookmarks = MenuTitled(bar, QStringLiteral("Bookmark"));
-        manager->SetBookmarks({{"/sfx/doors", "Doors"}, {"/sfx/rain", "Rain"}});
-        emit bookmarks->aboutToShow();
-        const QList<QAction*> entries = bookmarks->actions();
-        const auto rain = std::find_if(entries.cbegin(), entries.cend(), [](QAction* a) {
-            return a->text() == QLatin1String("Rain") && a->isVisible();
-        });
-        QVERIFY(rain != entries.cend());
-        (*rain)->trigger();
-        QCOMPARE(manager->GetRootPath(), QStringLiteral("/sfx/rain"));
-        manager->SetBookmarks({{"/sfx/doors", "Doors"}});
-        emit bookmarks->aboutToShow();
-        QVERIFY(!(*rain)->isVisible());
     }
 };
 

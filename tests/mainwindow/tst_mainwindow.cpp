@@ -18,7 +18,6 @@
 #include "subFormSortSettings.h"
 
 #include <QApplication>
-#include <QCheckBox>
 #include <QGroupBox>
 #include <QHeaderView>
 #include <QLabel>
@@ -72,8 +71,6 @@ class tst_MainWindow final : public QObject
 private slots:
     void initTestCase()
     {
-        QVERIFY(configDir.isValid());
-        QVERIFY(data.isValid());
         root = QDir(data.path()).canonicalPath() + QStringLiteral("/library");
         QVERIFY(QDir().mkpath(root + QStringLiteral("/sub")));
         // 1.5 s, 0.25 s and 0.5 s at 8 kHz; one more file in the subfolder.
@@ -217,35 +214,6 @@ private slots:
         QCOMPARE(stored.server.Describe(), host + QStringLiteral(":6543/tesk"));
         QCOMPARE(stored.roots, QStringList{QStringLiteral("SFX=/mnt/sfx/")});
         QVERIFY(manager->GetKrokManager()->HasLibrary());
-    }
-
-    void sortSettingsApplyAfterTheNewList()
-    {
-        MainWindow window;
-        TeskManager* manager = window.GetManager();
-        manager->SlotChangeRootPathCalled(data.path());
-        window.SlotShowSortSettings();
-        auto* form = window.findChild<subFormSortSettings*>();
-        QVERIFY(form && form->isVisible() && form->isWindow());
-        QCOMPARE(form->relativeRoot(), data.path());
-        // Hidden and shown again, it takes the current root once more.
-        form->hide();
-        manager->SlotChangeRootPathCalled(root);
-        window.SlotShowSortSettings();
-        QCOMPARE(form->relativeRoot(), root);
-        QCOMPARE(window.findChildren<subFormSortSettings*>().size(), 1);
-
-        QSignalSpy applied(form, &subFormSortSettings::SigSortSettingApplied);
-        QSignalSpy listed(manager, &TeskManager::SigFilePathListAcquired);
-        QTRY_VERIFY(listed.count() >= 1 || manager->GetTotalFileCount() == 3);
-        listed.clear();
-        Child<QCheckBox>(form, "checkMoveToRoot")->setChecked(true);
-        Child<QPushButton>(form, "buttonApply")->click();
-        QVERIFY(form->isApplyPending());
-        QCOMPARE(applied.count(), 0);
-        QTRY_COMPARE_WITH_TIMEOUT(applied.count(), 1, 10000);
-        QVERIFY(listed.count() >= 1);
-        QVERIFY(!form->isApplyPending());
     }
 
     // A specification that names no file of the table explains, with the

@@ -23,8 +23,6 @@ class tst_MainWindowGac final : public QObject
     fixtures::TestSettings configDir;
 
 private slots:
-    void initTestCase() { QVERIFY(configDir.isValid()); }
-
 #ifndef TESK_TEST_SDK_BESIDE
     void missingSdkKeepsTheMenuNotConnected()
     {

@@ -68,7 +68,6 @@ private slots:
         env.insert(QStringLiteral("XDG_CONFIG_HOME"), config.path());
         env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
         tesk.setProcessEnvironment(env);
-        tesk.setProcessChannelMode(QProcess::ForwardedErrorChannel);
         tesk.start(QStringLiteral(TESK_EXECUTABLE), {root});
         QVERIFY(tesk.waitForStarted());
         // Ready once it handles the signal itself.
