@@ -38,7 +38,6 @@ QStringList Listed(const QList<QVariant>& args)
     return list;
 }
 
-// The signals of one manager a test looks at.
 struct Spies
 {
     explicit Spies(TeskManager* m)
@@ -69,7 +68,6 @@ class TestPipeline : public QObject
         return folder;
     }
 
-    // The WAV files in `folder`, sorted.
     static QStringList listOf(const QString& folder)
     {
         QStringList paths;
@@ -91,11 +89,8 @@ private slots:
         QCOMPARE(Listed(spy.lists.first()), listOf(root));
         // The ranges run 0..5 in order, each row exactly once.
         int next = 0;
-        for (const auto& r : RangesOf(spy.ranges)) {
-            QCOMPARE(r.first, next);
-            QVERIFY(r.second >= r.first);
-            next = r.second + 1;
-        }
+        for (const auto& r : RangesOf(spy.ranges))
+            next = r.first == next && r.second >= r.first ? r.second + 1 : -1;
         QCOMPARE(next, 6);
         for (const QString& path : listOf(root))
             QVERIFY(manager.GetKrokManager()->IsAnalyzed(path));

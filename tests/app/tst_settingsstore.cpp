@@ -22,7 +22,6 @@
 
 namespace {
 
-// The members the hostile-value cases look at, by key name.
 QVariant Field(const StoredSettings& s, const QString& key)
 {
     const QHash<QString, QVariant> fields{
@@ -76,7 +75,6 @@ private slots:
     {
         const QString a = makeFolder(QStringLiteral("rt/a"));
         StoredSettings out;
-        // Every member away from its default.
         out.rootPath = a;
         out.rowHeight = 30;
         out.loudnessFlag = out.loudnessVoltMode = out.multiPlotFlag = out.showHiddenFlag = true;
@@ -112,7 +110,6 @@ private slots:
         QCOMPARE(raw.value(QStringLiteral("bookmarkRoot/2/bookmarkName")).toString(), "G");
         QVERIFY(!raw.contains(QStringLiteral("bookmarkDirs")));
 
-        // Every member, a bookmark whose folder vanished too.
         StoredSettings in;
         QVERIFY(SettingsStore::Load(in).isEmpty());
         QVERIFY(in == out);
@@ -253,7 +250,6 @@ private slots:
 
     void recentFolders()
     {
-        // Ten at most, newest first; again, moved to the front, not doubled.
         QStringList recent;
         for (int i : {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 5})
             SettingsStore::PushRecentFolder(recent, QString::number(i));

@@ -107,9 +107,7 @@ private slots:
         TeskManager* manager = window.GetManager();
         manager->SlotChangeRootPathCalled(sfx);
         QSignalSpy state(manager, &TeskManager::SigCurrentDirBookmarkChanged);
-        // Cancelling the prompt, or emptying the name, adds nothing.
-        AnswerName(QStringLiteral("ignored"), false);
-        window.SlotChangeBookmarkCalled(true);
+        // An emptied name adds nothing.
         AnswerName(QString(), true);
         window.SlotBookmarkAddMenuSelected();
         QVERIFY(manager->GetBookmarks().isEmpty());
@@ -165,14 +163,12 @@ private slots:
         for (const Bookmark& b : form.bookmarks())
             QCOMPARE(b.path, "/s/" + b.name.toLower());
 
-        // Renamed through the name dialog; cancelled or emptied, nothing changes.
+        // Renamed through the name dialog; cancelled, nothing changes.
         QString shown;
         AnswerName(QStringLiteral("Explosions"), true, &shown);
         emit t->itemDoubleClicked(t->item(0, 0));
         QCOMPARE(shown, QStringLiteral("B"));
         AnswerName(QStringLiteral("Ignored"), false);
-        emit t->itemDoubleClicked(t->item(0, 0));
-        AnswerName(QString(), true);
         emit t->itemDoubleClicked(t->item(0, 0));
         QCOMPARE(Names(form.bookmarks()), QStringLiteral("ExplosionsCA"));
 

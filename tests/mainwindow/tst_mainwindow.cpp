@@ -44,7 +44,6 @@ QAction* MenuAction(MainWindow& window, const QString& text)
     return nullptr;
 }
 
-// Lists and analyses `folder` in the window's manager, waiting for the end.
 bool ShowFolder(TeskManager* manager, const QString& folder)
 {
     QSignalSpy ended(manager, &TeskManager::SigEndGetDetailInfo);
@@ -82,7 +81,7 @@ private slots:
 
     void init() { configDir.clear(); }
 
-    void statusLineAndProgressFollowTheWork()
+    void statusLineProgressAndTimeLeft()
     {
         MainWindow window;
         StatusProgress* progress = window.GetStatusProgress();
@@ -116,19 +115,15 @@ private slots:
         QTest::keyClick(search, Qt::Key_A, Qt::ControlModifier);
         QTest::keyClick(search, Qt::Key_Backspace);
         QCOMPARE(status->text(), all);
-    }
 
-    void timeLeft()
-    {
+        // The time left: none too early to tell, a part second rounds up.
         const struct
         {
             int done, total;
             qint64 elapsedMs;
             const char* left;
-        } cases[] = {{10, 100, 400, ""}, // too early to tell
-                     {0, 100, 5000, ""},         {25, 100, 10000, "0:30"},
-                     {1, 100, 40000, "1:06:00"}, {99, 100, 9900, "0:01"}, // a part second rounds up
-                     {100, 100, 9000, "0:00"}};
+        } cases[] = {{10, 100, 400, ""},         {0, 100, 5000, ""},      {25, 100, 10000, "0:30"},
+                     {1, 100, 40000, "1:06:00"}, {99, 100, 9900, "0:01"}, {100, 100, 9000, "0:00"}};
         for (const auto& c : cases) {
             const qint64 ms = StatusProgress::RemainingMs(c.done, c.total, c.elapsedMs);
             QCOMPARE(ms < 0 ? QString() : StatusProgress::DurationText(ms), QLatin1String(c.left));

@@ -66,7 +66,6 @@ private slots:
         window.SlotGacToggleConnection();
         QTRY_COMPARE(gac->GetState(), int(GacManager::Connected));
         QTRY_COMPARE(window.GetMenuBar()->nuendoStatusAction()->text(), QString("[Connected]"));
-        // The toggle only tells how to close the connection.
         QString shown;
         fixtures::AnswerNextModal<QMessageBox>([&shown](QMessageBox* box) {
             shown = box->windowTitle() + '|' + box->text();

@@ -22,7 +22,6 @@
 
 namespace {
 
-// The signals a process has handlers for, from /proc (Linux).
 quint64 CaughtSignals(qint64 pid)
 {
     QFile status(QStringLiteral("/proc/%1/status").arg(pid));

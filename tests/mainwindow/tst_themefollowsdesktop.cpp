@@ -44,7 +44,6 @@ class tst_ThemeFollowsDesktop final : public QObject
 {
     Q_OBJECT
 
-private:
     fixtures::TestSettings configDir;
 
 private slots:
