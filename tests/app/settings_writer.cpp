@@ -25,15 +25,13 @@ int main(int argc, char* argv[])
     QCoreApplication app(argc, argv);
     if (argc < 3)
         return 2;
-    const QString path = QString::fromLocal8Bit(argv[1]);
-    for (int g = QByteArray(argv[2]).toInt();; ++g) {
-        QSettings store(path, QSettings::IniFormat);
+    const int first = QByteArray(argv[2]).toInt();
+    for (int g = first;; ++g) {
+        QSettings store(QString::fromLocal8Bit(argv[1]), QSettings::IniFormat);
         SettingsStore::Save(store, Generation(g));
         if (store.status() != QSettings::NoError)
             return 3;
-        if (g == QByteArray(argv[2]).toInt()) {
-            std::puts("saved");
+        if (g == first && std::puts("saved") >= 0)
             std::fflush(stdout);
-        }
     }
 }

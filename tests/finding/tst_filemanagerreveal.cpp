@@ -1,7 +1,6 @@
 #include "FileManagerReveal.h"
 
 #include <QDBusConnection>
-#include <QDBusConnectionInterface>
 #include <QDesktopServices>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -49,7 +48,6 @@ class TestFileManagerReveal : public QObject
 private slots:
     void initTestCase()
     {
-        QVERIFY(dir.isValid());
         QDesktopServices::setUrlHandler(QStringLiteral("file"), &recorder, "open");
     }
 
@@ -57,13 +55,7 @@ private slots:
 
     void noFileManagerOpensTheFolder()
     {
-        const QString file = dir.filePath(QStringLiteral("door slam.wav"));
-        QDBusConnection bus = QDBusConnection::sessionBus();
-        if (bus.isConnected() &&
-            bus.interface()->isServiceRegistered(QStringLiteral("org.freedesktop.FileManager1")))
-            QSKIP("a real file manager answers on this bus");
-        recorder.opened.clear();
-        RevealInFileManager(file, this);
+        RevealInFileManager(dir.filePath(QStringLiteral("door slam.wav")), this);
         QTRY_COMPARE_WITH_TIMEOUT(recorder.opened.size(), 1, 10000);
         QCOMPARE(recorder.opened.first(), QUrl::fromLocalFile(dir.path()));
     }
@@ -85,8 +77,6 @@ private slots:
         QFETCH(QString, name);
         QFETCH(QString, encoded);
         QDBusConnection bus = QDBusConnection::sessionBus();
-        if (!bus.isConnected())
-            QSKIP("no session bus (run under dbus-run-session)");
         FakeFileManager fake;
         QVERIFY(bus.registerObject(QStringLiteral("/org/freedesktop/FileManager1"), &fake,
                                    QDBusConnection::ExportAllSlots));
@@ -104,7 +94,7 @@ private slots:
         QVERIFY(fake.startupId.isEmpty());
         // Answered: no folder is opened besides.
         QTest::qWait(100);
-        QCOMPARE(recorder.opened.size(), 0);
+        QVERIFY(recorder.opened.isEmpty());
 
         bus.unregisterService(QStringLiteral("org.freedesktop.FileManager1"));
         bus.unregisterObject(QStringLiteral("/org/freedesktop/FileManager1"));
