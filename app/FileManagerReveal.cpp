@@ -40,7 +40,7 @@ void RevealInFileManager(const QString& path, QObject* context)
         QStringLiteral("org.freedesktop.FileManager1"),
         QStringLiteral("/org/freedesktop/FileManager1"),
         QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
-    // URIs as the specification of the interface wants them: percent-encoded,
+    // URIs as the FileManager1 interface wants them: percent-encoded,
     // so that blanks, "#", "%" and non-ASCII names reach the file manager intact.
     message << QStringList{QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded)} << QString();
     // Asynchronous: a file manager that is slow to start must not hold the window.
