@@ -1,7 +1,10 @@
 #include "CommentLoop.h"
 
+#include "AudioFileInfo.h"
+
 #include <algorithm>
 #include <cstring>
+#include <limits>
 
 bool LoopCommentValue(const char* text, std::size_t length, const char* key, std::int64_t& out)
 {
@@ -21,4 +24,13 @@ bool LoopCommentValue(const char* text, std::size_t length, const char* key, std
     }
     out = v;
     return true;
+}
+
+void ShowCommentLoop(std::int64_t start, std::int64_t end, AudioFileInfo& info)
+{
+    if (end > start && end <= std::numeric_limits<std::int32_t>::max()) {
+        info.loopCount = 1;
+        info.loopStart = static_cast<std::int32_t>(start);
+        info.loopEnd = static_cast<std::int32_t>(end);
+    }
 }

@@ -2,6 +2,7 @@
 
 #include "AnalysisStop.h"
 #include "AudioFileInfo.h"
+#include "CommentLoop.h"
 #include "LoudnessMeter.h"
 #include "Mp3SoundSource.h"
 #include "OggSoundSource.h"
@@ -101,13 +102,7 @@ void AnalyzeVorbisFile(const char* localPath, AudioFileInfo& info, bool multiPlo
     info.channels = source.channels();
     info.samples = clampToInt32(source.frames());
     VorbisKbps(source.bitRates(), info.bitDepthOrMinKbps, info.bitDepthOrMaxKbps);
-    // A loop in the comments (LOOPSTART/LOOPLENGTH) plays and shows like a WAV's.
-    if (source.loopEnd() > source.loopStart() &&
-        source.loopEnd() <= std::numeric_limits<std::int32_t>::max()) {
-        info.loopCount = 1;
-        info.loopStart = static_cast<std::int32_t>(source.loopStart());
-        info.loopEnd = static_cast<std::int32_t>(source.loopEnd());
-    }
+    ShowCommentLoop(source.loopStart(), source.loopEnd(), info);
     info.isHeaderRead = 1;
     info.format = "Vorbis";
     info.isValid = 1;

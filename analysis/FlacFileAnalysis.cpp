@@ -1,6 +1,7 @@
 #include "FlacFileAnalysis.h"
 
 #include "AudioFileInfo.h"
+#include "CommentLoop.h"
 #include "FlacSoundSource.h"
 #include "IntegerFrameAnalysis.h"
 #include "PlotBuilder.h"
@@ -29,13 +30,7 @@ void AnalyzeFlacSource(FlacSoundSource& source, AudioFileInfo& info, bool multiP
         std::clamp<std::int64_t>(source.frames(), 0, std::numeric_limits<std::int32_t>::max()));
     info.bitDepthOrMinKbps = source.bitsPerSample();
     info.bitDepthOrMaxKbps = source.bitsPerSample();
-    // A loop in the comments (LOOPSTART/LOOPLENGTH) plays and shows like a WAV's.
-    if (source.loopEnd() > source.loopStart() &&
-        source.loopEnd() <= std::numeric_limits<std::int32_t>::max()) {
-        info.loopCount = 1;
-        info.loopStart = static_cast<std::int32_t>(source.loopStart());
-        info.loopEnd = static_cast<std::int32_t>(source.loopEnd());
-    }
+    ShowCommentLoop(source.loopStart(), source.loopEnd(), info);
     info.isHeaderRead = 1;
     info.format = "FLAC";
     info.isValid = 1;
