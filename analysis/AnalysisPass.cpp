@@ -1,6 +1,7 @@
 #include "AnalysisPass.h"
 
 #include "AnalysisStop.h"
+#include "BackgroundPriority.h"
 #include "KrokManager.h"
 
 #include <QThread>
@@ -89,6 +90,7 @@ void AnalysisPass::work()
 {
     // A long file stops between two blocks of audio when the pass is stopped.
     const AnalysisStopScope scope(&m_stop);
+    LowerCurrentThreadPriority();
     for (;;) {
         int index = -1;
         {

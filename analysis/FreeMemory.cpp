@@ -1,5 +1,8 @@
 #include "FreeMemory.h"
 
+// Any C library header defines __GLIBC__ (the test below needs one first).
+#include <cstdlib>
+
 #ifdef __GLIBC__
 #include <malloc.h>
 #endif

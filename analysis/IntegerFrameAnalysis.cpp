@@ -13,6 +13,8 @@
 namespace {
 
 constexpr std::int64_t kBlockFrames = 4096;
+// 2^-31: a left-justified 32-bit value to +-1.0.
+constexpr float kFullScale = 1.0f / 2147483648.0f;
 
 } // namespace
 
@@ -29,7 +31,12 @@ void StreamIntegerFrames(IntegerFrameSource& source, std::int64_t frames, WavePl
 
     std::vector<std::int32_t> ints(std::size_t(kBlockFrames) * std::size_t(channels));
     std::vector<float> floats(ints.size());
-    float peak = 0.0f;
+    // The largest and smallest value: the peak is taken from the integers, which
+    // gives the same float as from the converted samples (rounding to float is
+    // symmetric, and the scale a power of two) and keeps the loop free of a
+    // float dependency chain.
+    std::int32_t highest = 0;
+    std::int32_t lowest = 0;
     std::int64_t done = 0;
     bool complete = true;
     while (done < frames) {
@@ -41,10 +48,13 @@ void StreamIntegerFrames(IntegerFrameSource& source, std::int64_t frames, WavePl
             break;
         }
         const std::size_t n = std::size_t(got) * std::size_t(channels);
+        const std::int32_t* in = ints.data();
+        float* out = floats.data();
         for (std::size_t i = 0; i < n; ++i) {
-            // Left-justified 32-bit values to +-1.0: x 2^-15 x 2^-16.
-            floats[i] = static_cast<float>(ints[i]) * 3.0517578e-5f * 1.5258789e-5f;
-            peak = std::max(peak, std::fabs(floats[i]));
+            // Left-justified 32-bit values to +-1.0.
+            out[i] = static_cast<float>(in[i]) * kFullScale;
+            highest = std::max(highest, in[i]);
+            lowest = std::min(lowest, in[i]);
         }
         plot.feed(ints.data(), done, got);
         if (measuring)
@@ -53,7 +63,8 @@ void StreamIntegerFrames(IntegerFrameSource& source, std::int64_t frames, WavePl
     }
     if (!complete)
         return; // a short read measures nothing, as a whole-file read would not
-    info.samplePeak = peak;
+    info.samplePeak =
+        static_cast<float>(std::max<std::int64_t>(highest, -std::int64_t(lowest))) * kFullScale;
     const LoudnessResult result = measuring ? meter.finish() : LoudnessResult{};
     info.loudness = result.valid ? result.value : kLoudnessFloor;
 }

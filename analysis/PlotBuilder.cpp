@@ -14,9 +14,10 @@ std::int8_t percent(float value)
     return static_cast<std::int8_t>(p); // truncated toward zero
 }
 
-// Calls use(frameIndex, offsetInBlock) for the frames of the block a bucket looks at.
+// Calls use(bucket, from, to) for each run of frames [from, to) of the block
+// (offsets in it) that a bucket looks at.
 template<typename Use>
-void forScannedFrames(const PlotGeometry& g, std::int64_t first, std::int64_t frames, Use use)
+void forScannedRuns(const PlotGeometry& g, std::int64_t first, std::int64_t frames, Use use)
 {
     if (g.points <= 0 || g.framesPerBucket <= 0)
         return;
@@ -33,8 +34,8 @@ void forScannedFrames(const PlotGeometry& g, std::int64_t first, std::int64_t fr
             continue;
         }
         const std::int64_t stop = std::min(scanEnd, end);
-        for (; f < stop; ++f)
-            use(static_cast<int>(bucket), f - first);
+        use(static_cast<int>(bucket), f - first, stop - first);
+        f = stop;
     }
 }
 
@@ -76,18 +77,28 @@ void FloatPlotBuilder::feed(const float* interleaved, std::int64_t first, std::i
 {
     const int n = m_channels;
     const float divisor = float(n);
-    forScannedFrames(m_g, first, frames, [&](int bucket, std::int64_t at) {
-        const float* frame = interleaved + at * n;
-        float sum = 0.0f;
-        for (int ch = 0; ch < n; ++ch)
-            sum += frame[ch];
-        const float v = sum / divisor;
-        m_max[bucket] = std::max(m_max[bucket], v);
-        m_min[bucket] = std::min(m_min[bucket], v);
+    forScannedRuns(m_g, first, frames, [&](int bucket, std::int64_t from, std::int64_t to) {
+        // The run's extremes gathered in registers, then stored once.
+        float high = m_max[bucket];
+        float low = m_min[bucket];
+        for (std::int64_t at = from; at < to; ++at) {
+            const float* frame = interleaved + at * n;
+            float sum = 0.0f;
+            for (int ch = 0; ch < n; ++ch)
+                sum += frame[ch];
+            const float v = sum / divisor;
+            high = std::max(high, v);
+            low = std::min(low, v);
+        }
+        m_max[bucket] = high;
+        m_min[bucket] = low;
         for (int ch = 0; ch < m_multiChannels; ++ch) {
             const std::size_t lane = std::size_t(1 + ch) * std::size_t(m_g.points) + bucket;
-            m_max[lane] = std::max(m_max[lane], frame[ch]);
-            m_min[lane] = std::min(m_min[lane], frame[ch]);
+            for (std::int64_t at = from; at < to; ++at) {
+                const float value = interleaved[at * n + ch];
+                m_max[lane] = std::max(m_max[lane], value);
+                m_min[lane] = std::min(m_min[lane], value);
+            }
         }
     });
 }
@@ -161,26 +172,36 @@ void WavePlotBuilder::feed(const std::int32_t* interleaved, std::int64_t first, 
 {
     const int n = m_channels;
     const auto points = std::size_t(m_g.points);
-    forScannedFrames(m_g, first, frames, [&](int bucket, std::int64_t at) {
-        const std::int32_t* frame = interleaved + at * n;
-        int v;
-        if (m_highByteMixed) {
-            const int left = std::int8_t(frame[0] >> 24);
-            v = n == 1 ? left : (left + int(std::int8_t(frame[1] >> 24))) / 2;
-        } else {
-            const int left = std::int16_t(frame[0] >> 16);
-            const int right = n == 1 ? left : int(std::int16_t(frame[1] >> 16));
-            v = (left + right) / 2;
+    forScannedRuns(m_g, first, frames, [&](int bucket, std::int64_t from, std::int64_t to) {
+        // The run's extremes gathered in registers, then stored once.
+        int high = m_mixedMax[bucket];
+        int low = m_mixedMin[bucket];
+        for (std::int64_t at = from; at < to; ++at) {
+            const std::int32_t* frame = interleaved + at * n;
+            int v;
+            if (m_highByteMixed) {
+                const int left = std::int8_t(frame[0] >> 24);
+                v = n == 1 ? left : (left + int(std::int8_t(frame[1] >> 24))) / 2;
+            } else {
+                const int left = std::int16_t(frame[0] >> 16);
+                const int right = n == 1 ? left : int(std::int16_t(frame[1] >> 16));
+                v = (left + right) / 2;
+            }
+            high = std::max(high, v);
+            low = std::min(low, v);
         }
-        m_mixedMax[bucket] = std::max(m_mixedMax[bucket], v);
-        m_mixedMin[bucket] = std::min(m_mixedMin[bucket], v);
+        m_mixedMax[bucket] = high;
+        m_mixedMin[bucket] = low;
         if (!m_multi)
             return;
         for (int ch = 0; ch < n; ++ch) {
             const std::size_t lane = std::size_t(ch) * points + bucket;
-            const std::int32_t value = m_highByte ? std::int8_t(frame[ch] >> 24) : frame[ch];
-            m_max[lane] = std::max(m_max[lane], value);
-            m_min[lane] = std::min(m_min[lane], value);
+            for (std::int64_t at = from; at < to; ++at) {
+                const std::int32_t sample = interleaved[at * n + ch];
+                const std::int32_t value = m_highByte ? std::int8_t(sample >> 24) : sample;
+                m_max[lane] = std::max(m_max[lane], value);
+                m_min[lane] = std::min(m_min[lane], value);
+            }
         }
     });
 }

@@ -89,6 +89,19 @@ void SubThreadGetDetail::run()
     if (refresh)
         registry->InvalidateFiles(fileList);
 
+    // The pass's workers have ended and its memory is free when it returns.
+    if (!analyse(runId, refresh))
+        return;
+    // Blocking-queued: every batch before it has been taken in when it returns,
+    // and the end's sort and search have run.
+    emit SigEndGetDetailInfo();
+    // What the pass and the end's sort held for a while is free now: its pages
+    // go back to the system.
+    ReleaseFreeMemory();
+}
+
+bool SubThreadGetDetail::analyse(int runId, bool refresh)
+{
     AnalysisPass pass(*registry, fileList, workerCount(), refresh, stopRequested, wantedRows);
     AnalyzedRows pending;
     QElapsedTimer sinceBatch;
@@ -100,7 +113,7 @@ void SubThreadGetDetail::run()
             pending.append({done.index, fileList.at(done.index), std::move(done.record)});
         // Cancelled: the pass stops its workers as it goes out of scope.
         if (stopRequested)
-            return;
+            return false;
         const bool complete = pass.IsComplete();
         // The GUI thread gets one batch at a time, so that it never has a queue of them.
         if (!pending.isEmpty() &&
@@ -113,10 +126,6 @@ void SubThreadGetDetail::run()
             sinceBatch.restart();
         }
         if (complete && pending.isEmpty())
-            break;
+            return true;
     }
-    // The pass's passing structures (batches, lookups) leave their memory free.
-    ReleaseFreeMemory();
-    // Blocking-queued: every batch before it has been taken in when it returns.
-    emit SigEndGetDetailInfo();
 }

@@ -53,6 +53,8 @@ protected:
     void run() override;
 
 private:
+    // Analyses fileList and hands the results over in batches; false when cancelled.
+    bool analyse(int runId, bool refresh);
     bool takeInvalidateRequest();
 
     KrokManager* registry;
