@@ -399,6 +399,7 @@ void WidgetTableBrowser::SlotRootPathChanged()
     view->setUpdateInformationEnabled(false);
     model->clearRows();
     rowDurations.clear();
+    pathRows.clear();
     revealCurrentAfterSort = false;
     if (!columnWidthsInitialized) {
         setDefaultColumnWidths();
@@ -423,6 +424,7 @@ void WidgetTableBrowser::SlotFilePathListAcquired(QList<QString> pathList)
 {
     model->setFilePathList(pathList);
     rowDurations.fill(kUnread, pathList.size());
+    pathRows.clear();
     reportWantedRows();
 }
 
@@ -440,14 +442,18 @@ void WidgetTableBrowser::SlotAnalyzedInfoAcquired(int i_from, int i_to)
     model->refreshRows(qMax(i_from, 0), last);
 }
 
-int WidgetTableBrowser::rowOfPath(const QString& path) const
+int WidgetTableBrowser::rowOfPath(const QString& path)
 {
-    for (int row = 0; row < model->rowCount(); ++row) {
-        if (model->filePathRef(row) == path) {
-            return row;
+    // Made at the first file found by its path: a pass over thousands of
+    // selected files must not search the whole list for each.
+    if (pathRows.isEmpty()) {
+        const int count = model->rowCount();
+        pathRows.reserve(count);
+        for (int row = 0; row < count; ++row) {
+            pathRows.insert(model->filePathRef(row), row);
         }
     }
-    return -1;
+    return pathRows.value(path, -1);
 }
 
 void WidgetTableBrowser::SlotAnalyzedRowsAcquired(AnalyzedRows rows)

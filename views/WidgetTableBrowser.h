@@ -5,6 +5,7 @@
 #include "SubWidgetTableView.h"
 #include "krokTableModel.h"
 
+#include <QHash>
 #include <QItemSelection>
 #include <QVector>
 #include <QWidget>
@@ -106,7 +107,7 @@ private:
     void connectManager();
     // Tells the manager which rows of the list the view shows, to be analysed first.
     void reportWantedRows();
-    int rowOfPath(const QString& path) const;
+    int rowOfPath(const QString& path);
     void resortByPath();
     void setDefaultColumnWidths();
     QString currentPath() const;
@@ -135,4 +136,7 @@ private:
     // arrives so that totalling a whole list never copies every record at
     // once; NaN until read.
     QVector<float> rowDurations;
+    // Model row by path, for results of a pass over selected files; empty
+    // until needed, cleared with the list.
+    QHash<QString, int> pathRows;
 };

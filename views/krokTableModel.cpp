@@ -419,11 +419,18 @@ void krokTableModel::setPlaybackPosition(const QString& path, double ratio)
 {
     playPath = path;
     playPosition = ratio;
-    for (int row = 0; row < rows.size(); ++row) {
-        if (rows[row].path == path) {
-            emit dataChanged(index(row, 0), index(row, columnCount() - 1));
-            return;
+    // Called every tick while a file plays: its row is looked for once.
+    if (playRow < 0 || playRow >= rows.size() || rows[playRow].path != path) {
+        playRow = -1;
+        for (int row = 0; row < rows.size(); ++row) {
+            if (rows[row].path == path) {
+                playRow = row;
+                break;
+            }
         }
+    }
+    if (playRow >= 0) {
+        emit dataChanged(index(playRow, 0), index(playRow, columnCount() - 1));
     }
 }
 

@@ -140,6 +140,8 @@ private:
     QStringList headerLabels;
     QString playPath;
     double playPosition = 0.0;
+    // The row of playPath when last found (checked before use).
+    int playRow = -1;
     bool loudnessVoltMode = false;
     bool multiPlot = false;
     bool sortSpecActive = false;
