@@ -173,6 +173,32 @@ private slots:
         QCOMPARE(AudioEngine::GetCallbackStats().streamUnderruns, std::int64_t(0));
     }
 
+    // The output moves to the device asked for while a looped sound plays on;
+    // a device that cannot open leaves the default playing, and asking for the
+    // device in use answers at once.
+    void outputMovesWhileTheSoundPlaysOn()
+    {
+        start(1);
+        const QStringList devices = lumo_->OutputDevices();
+        QVERIFY(!devices.isEmpty());
+        lumo_->Play(path("loop.wav"));
+        const QString gone = path("gone/card"); // the disk driver's named device is a file
+        const QString moves[][2] = {{devices[0], devices[0]}, {gone, {}}, {{}, {}}};
+        for (const auto& [asked, opened] : moves) {
+            lumo_->SetOutputDevice(asked);
+            QString requested = QStringLiteral("unset");
+            bool ok = false;
+            QVERIFY(QTest::qWaitFor([&] { return lumo_->TakeOutputChange(&requested, &ok); }));
+            QCOMPARE(requested, asked);
+            QCOMPARE(ok, asked == opened);
+            QCOMPARE(lumo_->OutputDevice(), opened);
+        }
+        QVERIFY(lumo_->IsPlaying());
+        lumo_->Stop();
+        const auto out = finishCapture(); // written since the last move
+        QVERIFY(std::any_of(out.begin(), out.end(), [](float x) { return x != 0.0f; }));
+    }
+
     // The device goes away mid-sound (the disk driver's writes start failing):
     // the output moves to the default device and the sound plays on to its end
     // instead of hanging.
