@@ -189,8 +189,7 @@ private slots:
             QString requested = QStringLiteral("unset");
             bool ok = false;
             QVERIFY(QTest::qWaitFor([&] { return lumo_->TakeOutputChange(&requested, &ok); }));
-            QCOMPARE(requested, asked);
-            QCOMPARE(ok, asked == opened);
+            QCOMPARE(QPair(requested, ok), QPair(asked, asked == opened));
             QCOMPARE(lumo_->OutputDevice(), opened);
         }
         QVERIFY(lumo_->IsPlaying());

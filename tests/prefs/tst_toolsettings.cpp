@@ -43,8 +43,7 @@ private slots:
                               form.outputDevice(), QString::number(combo->count())}),
                  QStringList({"System default", "A", "USB (not available)", "USB", "3"}));
         form.setOutputDevices({}, {});
-        QCOMPARE(combo->currentText() + '|' + form.outputDevice(),
-                 QStringLiteral("System default|"));
+        QCOMPARE(combo->currentText() + form.outputDevice(), QStringLiteral("System default"));
         const int threads[][3] = {{2, 4, 2}, {9, 4, 0}, {0, 4, 0}, {3, 0, 0}}; // given, cores, kept
         for (const auto& t : threads) {
             form.setAnalysisThreads(t[0], t[1]);
@@ -70,8 +69,8 @@ private slots:
 #endif
         QTest::newRow("folder") << "folder" << notAProgram;
         QTest::newRow("file that cannot run") << "plain" << notAProgram;
-        QTest::newRow("CatID list missing") << "list"
-                                            << "Specified CatID list cannot be found. %1";
+        QTest::newRow("no CatID list") << "list"
+                                       << "Specified CatID list cannot be found. %1";
     }
 
     void okChecksTheToolPath()
