@@ -37,6 +37,7 @@ private slots:
         subFormToolSettings form("/opt/editor", "-o %FILEPATH%", 1000);
         const auto* combo = form.findChild<QComboBox*>(QStringLiteral("comboDevice"));
         form.setOutputDevices({"A", "B"}, "B");
+        QCOMPARE(combo->count(), 3); // no entry for a device present
         QCOMPARE(combo->currentText() + '|' + form.outputDevice(), QStringLiteral("B|B"));
         form.setOutputDevices({"A"}, "USB");
         QCOMPARE(QStringList({combo->itemText(0), combo->itemText(1), combo->currentText(),
