@@ -67,6 +67,7 @@ void RunOutputChange(std::string name)
         if (!g_engine.output.IsOpen())
             g_engine.streamer
                 ->StopThread(); // nothing pulls the mix any more; Stop is immediate now
+        DeviceOutput::ReleaseThreadState();
         g_engine.changing.store(false, std::memory_order_release);
         return;
     }

@@ -166,4 +166,9 @@ std::vector<std::string> DeviceOutput::ListDevices()
     return names;
 }
 
+void DeviceOutput::ReleaseThreadState()
+{
+    SDL_TLSCleanup();
+}
+
 } // namespace AudioEngine

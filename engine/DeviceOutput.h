@@ -43,6 +43,9 @@ public:
 
     // Output device names the driver reports, in its order.
     static std::vector<std::string> ListDevices();
+    // Before a thread that SDL did not start ends: SDL would keep that thread's
+    // error text (a device that failed to open sets one) after it has gone.
+    static void ReleaseThreadState();
 
 private:
     static void Callback(void* self, std::uint8_t* stream, int len);

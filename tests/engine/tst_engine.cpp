@@ -160,11 +160,13 @@ private slots:
         QTest::newRow("WAV 8-bit stereo") << "wav" << 8 << 2 << 0;
         QTest::newRow("WAV 16-bit mono") << "wav" << 16 << 1 << 0;
         QTest::newRow("WAV 24-bit 5 channels") << "wav" << 24 << 5 << 0;
+        QTest::newRow("WAV 32-bit stereo") << "wav" << 32 << 2 << 0;
         QTest::newRow("WAV 16-bit 6 channels, LFE dropped") << "wav" << 16 << 6 << 0;
         QTest::newRow("WAV 32-bit float mono") << "wavfloat" << 32 << 1 << 0;
         QTest::newRow("WAV 64-bit float stereo") << "wavfloat" << 64 << 2 << 0;
         QTest::newRow("AIFF 16-bit stereo") << "aiff" << 16 << 2 << 0;
         QTest::newRow("AIFF 24-bit stereo") << "aiff" << 24 << 2 << 0;
+        QTest::newRow("AIFF 32-bit mono") << "aiff" << 32 << 1 << 0;
         QTest::newRow("AIFC little-endian 16-bit") << "sowt" << 16 << 2 << 0;
         QTest::newRow("AIFC 32-bit float") << "aifcfloat" << 32 << 2 << 0;
         QTest::newRow("AIFC 64-bit float") << "aifcfloat" << 64 << 1 << 0;
@@ -329,16 +331,22 @@ private slots:
         // Each failure leaves the player in Error with a coded text: "E<10 digits> : why".
         QVERIFY(CreateRawPcmVoicePool({3, 1, 1, 44100, SampleFormat::Float32}));
         const std::vector<float> pcm(64, 0.25f);
-        const char* codes[] = {"E2026112205", "E2026112206", "E2026112207", "E2026112208",
-                               "E2026112209"};
-        for (int what = 0; what < 5; ++what) {
+        const char* codes[] = {"E2026112205", "E2026112206", "E2026112206",
+                               "E2026112207", "E2026112208", "E2026112209"};
+        for (int what = 0; what < 6; ++what) {
             if (what < 2) {
                 startWave(what == 0 ? QByteArray() : QByteArray(100, 'x'));
+            } else if (what == 2) { // a streamed file gone before its worker opens it
+                SetDataFormat(player_, DataFormat::Stream);
+                SetStreamSource(player_,
+                                new WaveFileStream(dir_.filePath("gone.wav").toStdString()));
+                Start(player_);
+                render(1);
             } else { // unknown pool, too many channels, rate above the limit
-                SetVoicePoolId(player_, what == 2 ? 9 : 3);
+                SetVoicePoolId(player_, what == 3 ? 9 : 3);
                 SetDataFormat(player_, DataFormat::RawPcm);
-                SetNumChannels(player_, what == 3 ? 2 : 1);
-                SetSamplingRate(player_, what == 4 ? 48000 : 44100);
+                SetNumChannels(player_, what == 4 ? 2 : 1);
+                SetSamplingRate(player_, what == 5 ? 48000 : 44100);
                 SetData(player_, pcm.data(), pcm.size() * 4);
                 Start(player_);
             }

@@ -173,6 +173,30 @@ private slots:
         QCOMPARE(AudioEngine::GetCallbackStats().streamUnderruns, std::int64_t(0));
     }
 
+    // The output moves to the device asked for while a looped sound plays on;
+    // a device that cannot open (for the disk driver, a file in a missing
+    // folder) leaves the default playing; asking for the one in use answers at once.
+    void outputMovesWhileTheSoundPlaysOn()
+    {
+        start(1);
+        const QStringList devices = lumo_->OutputDevices();
+        QVERIFY(!devices.isEmpty());
+        lumo_->Play(path("loop.wav"));
+        const QString moves[][2] = {{devices[0], devices[0]}, {path("gone/card"), {}}, {{}, {}}};
+        for (const auto& [asked, opened] : moves) {
+            lumo_->SetOutputDevice(asked);
+            QString requested = QStringLiteral("unset");
+            bool ok = false;
+            QVERIFY(QTest::qWaitFor([&] { return lumo_->TakeOutputChange(&requested, &ok); }));
+            QCOMPARE(QPair(requested, ok), QPair(asked, asked == opened));
+            QCOMPARE(lumo_->OutputDevice(), opened);
+        }
+        QVERIFY(lumo_->IsPlaying());
+        lumo_->Stop();
+        const auto out = finishCapture(); // written since the last move
+        QVERIFY(std::any_of(out.begin(), out.end(), [](float x) { return x != 0.0f; }));
+    }
+
     // The device goes away mid-sound (the disk driver's writes start failing):
     // the output moves to the default device and the sound plays on to its end
     // instead of hanging.

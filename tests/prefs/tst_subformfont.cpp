@@ -30,21 +30,20 @@ private slots:
         FontSettings fonts;
         fonts.SetDefaultFont(a, 11);
         fonts.SetFont(FontSettings::Tree, b, 14);
-        fonts.SetFont(FontSettings::Table, b, 9);
         fonts.SetFitToCell(false);
         SubFormFont form(&fonts);
         QSignalSpy changed(&form, &SubFormFont::SigChangeFont);
         auto* treeSize = child<QSpinBox>(form, "treeFontSize");
         auto* tableSize = child<QSpinBox>(form, "tableFontSize");
         QCOMPARE(child<QFontComboBox>(form, "treeFontFamilies")->currentFont().family(), b);
-        QCOMPARE(tableSize->value(), 9);
+        QCOMPARE(tableSize->value(), 11); // a target never set shows the default
         treeSize->setValue(20);
-        child<QFontComboBox>(form, "tableFontFamilies")->setCurrentFont(QFont(a));
+        child<QFontComboBox>(form, "tableFontFamilies")->setCurrentFont(QFont(b));
         tableSize->setValue(12);
         QCOMPARE(changed.count(), 3);
         QCOMPARE(fonts.GetPointSize(FontSettings::Tree), 20);
         QCOMPARE(fonts.GetFamily(FontSettings::Tree), b);
-        QCOMPARE(fonts.GetFamily(FontSettings::Table), a);
+        QCOMPARE(fonts.GetFamily(FontSettings::Table), b);
         QCOMPARE(fonts.GetPointSize(FontSettings::Table), 12);
         QCOMPARE(child<QLineEdit>(form, "tableTextPreview")->font().pointSize(), 12);
         auto* fit = child<QCheckBox>(form, "fitTableCell");

@@ -2,6 +2,7 @@
 #include "TestSettings.h"
 #include "subFormToolSettings.h"
 
+#include <QComboBox>
 #include <QFile>
 #include <QMessageBox>
 #include <QPushButton>
@@ -13,11 +14,42 @@ class tst_ToolSettings final : public QObject
     Q_OBJECT
 
 private slots:
-    void seekTimeIsKeptInItsRange()
+    void valuesAreKeptInTheirRanges()
     {
-        const int cases[][2] = {{50, 100}, {100, 100}, {300000, 300000}, {300100, 300000}};
-        for (const auto& c : cases)
-            QCOMPARE(subFormToolSettings("/opt/editor", "-o %FILEPATH%", c[0]).seekTimeMs(), c[1]);
+        // Seek ms, loudness target, largest boost, then what the page keeps (one decimal).
+        const double cases[][6] = {{50, -70, 50, 100, -60, 40},
+                                   {100, -23.04, 12, 100, -23, 12},
+                                   {300000, 0.5, -1, 300000, 0, 0},
+                                   {300100, -16, 6, 300000, -16, 6}};
+        for (const auto& c : cases) {
+            subFormToolSettings form("/opt/editor", "-o %FILEPATH%", int(c[0]));
+            form.setMatchLoudness(c[0] > 100, c[1], c[2]);
+            QCOMPARE(form.seekTimeMs(), int(c[3]));
+            QCOMPARE(form.matchLoudness(), c[0] > 100);
+            QCOMPARE(QPair(form.matchTargetLufs(), form.matchMaxBoostDb()), QPair(c[4], c[5]));
+        }
+    }
+
+    // A device that has gone stays chosen, marked, after the devices present;
+    // every core stays "every core" (0), also on a computer with more of them.
+    void devicesAndThreadsShown()
+    {
+        subFormToolSettings form("/opt/editor", "-o %FILEPATH%", 1000);
+        const auto* combo = form.findChild<QComboBox*>(QStringLiteral("comboDevice"));
+        form.setOutputDevices({"A", "B"}, "B");
+        QCOMPARE(combo->count(), 3); // no entry for a device present
+        QCOMPARE(combo->currentText() + '|' + form.outputDevice(), QStringLiteral("B|B"));
+        form.setOutputDevices({"A"}, "USB");
+        QCOMPARE(QStringList({combo->itemText(0), combo->itemText(1), combo->currentText(),
+                              form.outputDevice(), QString::number(combo->count())}),
+                 QStringList({"System default", "A", "USB (not available)", "USB", "3"}));
+        form.setOutputDevices({}, {});
+        QCOMPARE(combo->currentText() + form.outputDevice(), QStringLiteral("System default"));
+        const int threads[][3] = {{2, 4, 2}, {9, 4, 0}, {0, 4, 0}, {3, 0, 0}}; // given, cores, kept
+        for (const auto& t : threads) {
+            form.setAnalysisThreads(t[0], t[1]);
+            QCOMPARE(form.analysisThreads(), t[2]);
+        }
     }
 
     // OK takes an empty path or a program that can run; anything else keeps
@@ -38,6 +70,8 @@ private slots:
 #endif
         QTest::newRow("folder") << "folder" << notAProgram;
         QTest::newRow("file that cannot run") << "plain" << notAProgram;
+        QTest::newRow("no CatID list") << "list"
+                                       << "Specified CatID list cannot be found. %1";
     }
 
     void okChecksTheToolPath()
@@ -54,12 +88,17 @@ private slots:
         } else if (kind == QLatin1String("missing")) {
             path = dir.filePath(QStringLiteral("gone"));
         }
-        subFormToolSettings form(path, QString(), 1000);
+        subFormToolSettings form(path, QStringLiteral("-o %FILEPATH%"), 1000);
+        if (kind == QLatin1String("list")) {
+            path = dir.filePath(QStringLiteral("cats.csv"));
+            form.setUcsCatIdListPath(QLatin1Char(' ') + path); // named without the space
+        }
         form.show();
         auto* ok = form.findChild<QPushButton*>(QStringLiteral("buttonOk"));
         if (message.isEmpty()) {
             ok->click();
             QCOMPARE(form.result(), int(QDialog::Accepted));
+            QCOMPARE(form.toolPath() + QLatin1Char('|') + form.toolArgs(), path + "|-o %FILEPATH%");
             QVERIFY(!form.isVisible());
             return;
         }
