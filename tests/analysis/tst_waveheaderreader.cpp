@@ -223,7 +223,7 @@ private slots:
         add("empty aiff without SSND",
             form("AIFF", {chunk("COMM", commBody(2, 0, 16, 48000), true)}),
             "aiff:22 48000 2x16 0@38");
-        // CAF is read (for the engine), not listed: no format name of its own.
+        // CAF is read by its content but never listed: no format name of its own.
         add("caf 16 little-endian", caf(2, 2, 16, pcm16({1, -1, 256, -256})),
             "Unknown:32 48000 2x16 2@68", {65536, -65536, 256 << 16, -(256 << 16)});
         for (const std::uint64_t size : {~0ull, 1ull << 20}) // -1 or past the end: to the end
