@@ -156,14 +156,6 @@ private slots:
         QByteArray modes = mp3; // joint stereo, then plain stereo
         modes[417 + 3] = char(modes[417 + 3] & 0x3F);
         QTest::newRow("channel mode changes") << modes << no;
-        // Other layers and versions over silent frames: MPEG-1 layer I at 128 kbps,
-        // layer II at 64, MPEG-2 layer III at 64 kbps and 24 kHz.
-        const auto three = [](const char* header, int length) {
-            return QByteArray(header, 4).append(QByteArray(length - 4, '\0')).repeated(3);
-        };
-        QTest::newRow("layer I") << three("\xff\xff\x40\x00", 136) << qint64(3 * 384);
-        QTest::newRow("layer II") << three("\xff\xfd\x40\xc0", 208) << qint64(3 * 1152);
-        QTest::newRow("MPEG-2 layer III") << three("\xff\xf3\x84\xc0", 192) << qint64(3 * 576);
     }
     void mp3Acceptance()
     {
