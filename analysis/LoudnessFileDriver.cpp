@@ -15,14 +15,17 @@ bool MeasureFileLoudness(const char* localPath, float* out, float* samplePeak)
         return false;
     const std::int32_t channels = source.channels();
     const std::int64_t samples = source.frames();
-    if (channels <= 0 || channels > 8 || source.samplingRate() <= 0 || samples <= 0)
+    if (channels <= 0 || source.samplingRate() <= 0 || samples <= 0)
         return false;
+    // More than 8 channels are not measured, but their peak is found as the
+    // whole-file analysis finds it.
+    const bool metered = channels <= 8;
     LoudnessConfig config;
     config.channels = std::uint32_t(channels);
     config.samplingRate = std::uint32_t(source.samplingRate());
     config.samples = std::uint32_t(samples);
     LoudnessStream meter;
-    if (!meter.start(config))
+    if (metered && !meter.start(config))
         return false;
     constexpr std::int64_t kBlockFrames = 4096;
     std::vector<float> block(std::size_t(kBlockFrames) * std::size_t(channels));
@@ -34,12 +37,13 @@ bool MeasureFileLoudness(const char* localPath, float* out, float* samplePeak)
         const std::size_t n = std::size_t(want) * std::size_t(channels);
         for (std::size_t i = 0; i < n; ++i)
             peak = std::max(peak, std::fabs(block[i]));
-        meter.feed(block.data(), std::uint32_t(want));
+        if (metered)
+            meter.feed(block.data(), std::uint32_t(want));
         done += want;
     }
     if (samplePeak)
         *samplePeak = peak;
-    const LoudnessResult result = meter.finish();
+    const LoudnessResult result = metered ? meter.finish() : LoudnessResult{};
     if (out)
         *out = result.valid ? result.value : kLoudnessFloor;
     return result.valid != 0;

@@ -138,6 +138,19 @@ private slots:
                 QCOMPARE(Fields(*records[std::size_t(i)]), Fields(alone[std::size_t(i)]));
             }
         }
+        // Loudness, then per-channel plots, switched on later: only they are measured then.
+        KrokManager later;
+        later.SetJournalPath(QString());
+        later.Initialize();
+        for (const int parts : {0, 1, 2}) {
+            later.SetLoudnessEnabled(parts > 0);
+            later.SetMultiPlotEnabled(parts > 1);
+            for (const QString& file : files)
+                later.AnalyzeFile(file);
+        }
+        for (int i = 0; i < files.size(); ++i)
+            QCOMPARE(Fields(later.GetFileInfo(files.at(i))), Fields(alone[std::size_t(i)]));
+        later.Finalize();
     }
 
     void wantedRowsGoFirst()

@@ -1,7 +1,10 @@
+#include "KrokManager.h"
 #include "Mp3SoundSource.h"
 #include "OggSoundSource.h"
+#include "PcmDecoding.h"
 #include "WaveBuilder.h"
 #include "WaveSoundSource.h"
+#include "WaveformPlot.h"
 
 #include <QFile>
 #include <QTest>
@@ -86,14 +89,42 @@ private slots:
         const std::vector<float> pcm = decodeFixture(name);
         QCOMPARE(pcm.size(), std::size_t(5 * 44100 * 2));
         QVERIFY2(errorDb(source, pcm) < -20.0, qPrintable(QString::number(errorDb(source, pcm))));
+
+        // The whole file at once gives the same samples, and the plots computed
+        // from them are the ones the streaming analysis shows, to the byte.
+        const QString path = QString::fromStdString(fixture(name));
+        std::int32_t rate = 0, channels = 0;
+        const QByteArray whole = name.endsWith(QLatin1String("mp3"))
+                                     ? DecodeMp3ToPcm(path, rate, channels)
+                                     : DecodeVorbisToPcm(path, rate, channels);
+        QCOMPARE(whole, QByteArray(reinterpret_cast<const char*>(pcm.data()), int(pcm.size() * 4)));
+        std::vector<float> planar[2];
+        for (std::size_t i = 0; i < pcm.size(); ++i)
+            planar[i % 2].push_back(pcm[i]);
+        const float* lanes[] = {planar[0].data(), planar[1].data()};
+        std::vector<PlotPoint> plots((1 + kMaxPlotChannels) * kPlotPoints, PlotPoint{55, 55});
+        ComputeMixedPlot(lanes, channels, int(planar[0].size()), rate, plots.data());
+        ComputeMultiPlot(lanes, channels, int(planar[0].size()), rate, plots.data() + kPlotPoints);
+        AudioFileInfo info;
+        AnalyzeAudioFile(path, info, true, false);
+        QCOMPARE(QByteArray(reinterpret_cast<const char*>(plots.data()), int(plots.size()) * 2),
+                 QByteArray(reinterpret_cast<const char*>(info.plot.data()), kPlotPoints * 2) +
+                     QByteArray(reinterpret_cast<const char*>(info.multiPlotLane(0)),
+                                2 * kPlotPoints * 2) +
+                     QByteArray(6 * kPlotPoints * 2, '\0')); // lanes of absent channels
+        const QString gone = path + QLatin1String(".gone");
+        QVERIFY(DecodeMp3ToPcm(gone, rate, channels).isEmpty() &&
+                DecodeVorbisToPcm(gone, rate, channels).isEmpty());
     }
 
     // Only a run of agreeing frame headers is MP3; PCM that happens to hold a
-    // frame sync, or another container with MP3 inside, is not.
+    // frame sync, or another container with MP3 inside, is not. The length
+    // counts the frames found, over junk between them.
     void mp3Acceptance_data()
     {
         QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<bool>("accepted");
+        QTest::addColumn<qint64>("frames"); // -1: refused
+        const qint64 no = -1;
         const QByteArray mp3 = toQByteArray(readAll(QStringLiteral("cbr128.mp3")));
         std::vector<double> noise;
         std::uint32_t seed = 12345;
@@ -103,32 +134,38 @@ private slots:
         }
         for (int bits : {8, 24}) {
             QTest::addRow("noise WAV %d-bit", bits)
-                << toQByteArray(wav(2, 44100, bits, noise)) << false;
-            QTest::addRow("raw noise %d-bit", bits) << toQByteArray(pcm(bits, noise)) << false;
+                << toQByteArray(wav(2, 44100, bits, noise)) << no;
+            QTest::addRow("raw noise %d-bit", bits) << toQByteArray(pcm(bits, noise)) << no;
         }
         for (const char* id : {"RIFF", "RIFX", "RF64", "FORM", "OggS", "fLaC"})
-            QTest::newRow(id) << QByteArray(id) + mp3 << false;
+            QTest::newRow(id) << QByteArray(id) + mp3 << no;
         QTest::newRow("text") << QByteArray("This is a text file that only has an mp3 suffix.\n")
-                              << false;
-        QTest::newRow("empty") << QByteArray() << false;
-        QTest::newRow("zeros") << QByteArray(100000, '\0') << false;
-        QTest::newRow("mp3") << mp3 << true;
+                              << no;
+        QTest::newRow("empty") << QByteArray() << no;
+        QTest::newRow("zeros") << QByteArray(100000, '\0') << no;
+        QTest::newRow("mp3") << mp3 << qint64(5 * 44100);
         const QByteArray id3 = QByteArray("ID3\x04\x00\x00\x00\x00\x01\x00", 10) +
                                QByteArray(128, 'x') + QByteArray(64, '\0');
-        QTest::newRow("ID3v2 tag and padding") << id3 + mp3 << true;
-        QTest::newRow("ID3v2 tag then WAV")
-            << id3 + toQByteArray(wav(2, 44100, 16, noise)) << false;
+        QTest::newRow("ID3v2 tag and padding") << id3 + mp3 << qint64(5 * 44100);
+        QTest::newRow("ID3v2 tag then WAV") << id3 + toQByteArray(wav(2, 44100, 16, noise)) << no;
         // LAME's Info frame (417 bytes at 128 kbps) and one audio frame.
-        QTest::newRow("Info frame and one frame") << mp3.left(417 + 418) << true;
-        QTest::newRow("Info frame alone") << mp3.left(417 + 100) << false;
+        QTest::newRow("Info frame and one frame") << mp3.left(417 + 418) << qint64(47);
+        QTest::newRow("Info frame alone") << mp3.left(417 + 100) << no;
+        QTest::newRow("junk between frames")
+            << mp3.left(834) + QByteArray(3000, '\xff') + mp3.mid(834) << qint64(5 * 44100);
+        QByteArray modes = mp3; // joint stereo, then plain stereo
+        modes[417 + 3] = char(modes[417 + 3] & 0x3F);
+        QTest::newRow("channel mode changes") << modes << no;
     }
     void mp3Acceptance()
     {
         QFETCH(QByteArray, content);
-        QFETCH(bool, accepted);
+        QFETCH(qint64, frames);
         Mp3SoundSource decoder;
-        QCOMPARE(decoder.openMemory(content.constData(), std::size_t(content.size())), accepted);
-        QCOMPARE(decoder.errorText().empty(), accepted);
+        QCOMPARE(decoder.openMemory(content.constData(), std::size_t(content.size())), frames >= 0);
+        QCOMPARE(decoder.errorText().empty(), frames >= 0);
+        if (frames >= 0)
+            QCOMPARE(decoder.frames(), frames);
     }
 
     // A long chain of links plays as one sound, read as a stream so that

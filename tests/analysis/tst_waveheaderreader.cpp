@@ -90,6 +90,24 @@ Bytes mono(std::vector<Bytes> before, const std::vector<int>& samples,
     return riff(before);
 }
 
+// CAF: 'desc' (48 kHz, `codec`, flags 1 float / 2 little-endian) and 'data'
+// (edit count, samples) of stated size `dataSize`, by default the true one.
+Bytes caf(int flags, int channels, int bits, const Bytes& samples, std::uint64_t dataSize = 0,
+          const char* codec = "lpcm")
+{
+    Bytes b{'c', 'a', 'f', 'f', 0, 1,  0,    0,    'd',  'e', 's', 'c', 0, 0,
+            0,   0,   0,   0,   0, 32, 0x40, 0xE7, 0x70, 0,   0,   0,   0, 0}; // 48000.0
+    putId(b, codec);
+    for (const int v : {flags, channels * ((bits + 7) / 8), 1, channels, bits})
+        putBe32(b, std::uint32_t(v));
+    putId(b, "data");
+    const std::uint64_t size = dataSize ? dataSize : samples.size() + 4;
+    for (const std::uint32_t v : {std::uint32_t(size >> 32), std::uint32_t(size), 0u})
+        putBe32(b, v);
+    append(b, samples);
+    return b;
+}
+
 } // namespace
 
 class TestWaveHeaderReader : public QObject
@@ -167,7 +185,6 @@ private slots:
         add("float", wavFloat(2, 48000, 32, f), "wav:11 48000 2x32 2@44", fi);
         add("aiff 16", aiff16(1, 192000, {1, -2}), "aiff:22 192000 1x16 2@54",
             {1 << 16, -(2 << 16)});
-        add("aiff 24", aiffInts(1, 48000, 24, {-2}), "aiff:22 48000 1x24 1@54", {-512});
         add("aiff 8 is signed", aiffInts(1, 22050, 8, {127, -128}), "aiff:22 22050 1x8 2@54",
             {127 << 24, INT32_MIN});
         add("aifc sowt", aifc(1, 48000, 16, "sowt", Bytes{0x02, 0x01}), "aiff:22 48000 1x16 1@72",
@@ -192,6 +209,22 @@ private slots:
                  {chunk("COMM", commBody(1, 400, 16, 44100), true), chunk("INST", inst, true),
                   chunk("MARK", mark, true), chunk("SSND", ssndBody(Bytes(800, 0)), true)}),
             "aiff:22 44100 1x16 400@112 m1:100\"en\" m2:300\"beg\" loop100-300");
+        // The compression type sets the sample size whatever 'COMM' says.
+        add("aifc in24", aifc(1, 48000, 16, "in24", ints(24, {-2}, true)),
+            "aiff:22 48000 1x24 1@72", {-512});
+        add("aifc fl64, NaN is silence",
+            aifc(1, 44100, 64, "fl64", floats(64, {0.25, std::nan("")}, true)),
+            "aiff:22 44100 1x64 2@72", {0x20000000, 0});
+        add("empty aiff without SSND",
+            form("AIFF", {chunk("COMM", commBody(2, 0, 16, 48000), true)}),
+            "aiff:22 48000 2x16 0@38");
+        // CAF is read by its content but never listed: no format name of its own.
+        add("caf 16 little-endian", caf(2, 2, 16, pcm16({1, -1, 256, -256})),
+            "Unknown:32 48000 2x16 2@68", {65536, -65536, 256 << 16, -(256 << 16)});
+        for (const std::uint64_t size : {~0ull, 1ull << 20}) // -1 or past the end: to the end
+            add(size == ~0ull ? "caf data size -1" : "caf data size past the end",
+                caf(1, 1, 32, floats(32, {0.5, -1.0}, true), size), "Unknown:32 48000 1x32 2@68",
+                {0x40000000, INT32_MIN});
     }
     void opensAndDecodes()
     {
@@ -212,7 +245,8 @@ private slots:
             if (!decoded.isEmpty())
                 QCOMPARE(decodeAll(h.get()), decoded);
             std::int32_t after = 0;
-            QCOMPARE(DecodeSamples(h.get(), &after, 1), std::int64_t(decoded.isEmpty() ? 1 : 0));
+            QCOMPARE(DecodeSamples(h.get(), &after, 1),
+                     std::int64_t(decoded.isEmpty() && h->samples ? 1 : 0));
             QCOMPARE(g_messages, messages);
             for (int i = 0; i < h->markerCount; ++i)
                 QCOMPARE(FindMarkerIndex(h.get(), h->markerIds[i]), i);
@@ -250,6 +284,18 @@ private slots:
         fmt("byte rate", badRate, "E2006110727 : Wrong byte rate.");
         fmt("unknown GUID", fmtExtensible(2, 48000, 24, 24, 1, false),
             "E2022092602 : Unrecognizable subformat.");
+        const char* unknown = "E2006110887 : Can not confirm the file format.";
+        add("aifc ulaw", toQByteArray(aifc(1, 48000, 16, "ulaw", Bytes{0, 0})), unknown);
+        add("aifc COMM without compression",
+            toQByteArray(form("AIFC", {chunk("COMM", commBody(1, 1, 16, 48000), true),
+                                       chunk("SSND", ssndBody({0, 0}), true)})),
+            unknown);
+        add("caf not lpcm", toQByteArray(caf(0, 1, 16, {0, 0}, 0, "aac ")), unknown);
+        Bytes fifth = caf(2, 2, 16, {0, 0, 0, 0});
+        fifth[39] = 5; // bytes per packet, not 2 x 2
+        add("caf packet of 5 bytes", toQByteArray(fifth),
+            "E2006110728 : The relations among the block size, the quantization bit and the "
+            "number of channels are not correct.");
     }
     void rejects()
     {

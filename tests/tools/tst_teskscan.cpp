@@ -199,6 +199,35 @@ private slots:
                               "DOORWood", "DOORS-WOOD", "Creak Open", "JD", "FKIT"}));
     }
 
+    // JSON gives the values themselves: the time reference and its timecode,
+    // the acid chunk, every part of a UCS name.
+    void jsonValues()
+    {
+        const ScanRun run =
+            RunScan({"--json", "--ucs-list", dir.filePath(QStringLiteral("ucs.csv")), dir.path()});
+        QCOMPARE(run.status(), QByteArray("0 "));
+        QJsonObject row;
+        for (const QJsonValue v : QJsonDocument::fromJson(run.out).array())
+            if (v["path"].toString().endsWith(QLatin1String("FKIT_01.wav")))
+                row = v.toObject();
+        const QJsonObject m = row["metadata"].toObject();
+        QCOMPARE(m["timeReference"].toDouble(), 48000.0 * 3600);
+        QCOMPARE(m["timecode"].toString(), QStringLiteral("01:00:00:00"));
+        QCOMPARE(m["acid"].toObject(), (QJsonObject{{"oneShot", false},
+                                                    {"rootNote", 57},
+                                                    {"beats", 8},
+                                                    {"meterNumerator", 4},
+                                                    {"meterDenominator", 4},
+                                                    {"tempo", 92.5}}));
+        QCOMPARE(row["ucs"].toObject(), (QJsonObject{{"catId", "DOORWood"},
+                                                     {"category", "DOORS"},
+                                                     {"subCategory", "WOOD"},
+                                                     {"fxName", "Creak Open"},
+                                                     {"creatorId", "JD"},
+                                                     {"sourceId", "FKIT"},
+                                                     {"userData", "01"}}));
+    }
+
     void usageErrors_data()
     {
         QTest::addColumn<QStringList>("arguments");
@@ -208,6 +237,10 @@ private slots:
         QTest::newRow("bad option") << QStringList{"--frobnicate", dir.path()} << QByteArray();
         QTest::newRow("no folder") << QStringList{"--json"} << QByteArray();
         QTest::newRow("two folders") << QStringList{dir.path(), dir.path()} << QByteArray();
+        QTest::newRow("no threads")
+            << QStringList{"--threads", "0", dir.path()} << QByteArray("--threads");
+        QTest::newRow("root without a name")
+            << QStringList{"--root", "=/x", dir.path()} << QByteArray("=/x");
         QTest::newRow("library and no library")
             << QStringList{"--library", dir.filePath("x.sqlite"), "--no-library", dir.path()}
             << QByteArray();
