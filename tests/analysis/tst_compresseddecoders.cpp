@@ -107,6 +107,10 @@ private slots:
         ComputeMultiPlot(lanes, channels, int(planar[0].size()), rate, plots.data() + kPlotPoints);
         AudioFileInfo info;
         AnalyzeAudioFile(path, info, true, false);
+        float peak = 0.0f;
+        for (const float v : pcm)
+            peak = std::max(peak, std::abs(v));
+        QCOMPARE(info.samplePeak, peak);
         QCOMPARE(QByteArray(reinterpret_cast<const char*>(plots.data()), int(plots.size()) * 2),
                  QByteArray(reinterpret_cast<const char*>(info.plot.data()), kPlotPoints * 2) +
                      QByteArray(reinterpret_cast<const char*>(info.multiPlotLane(0)),

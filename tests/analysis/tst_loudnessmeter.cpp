@@ -154,6 +154,23 @@ private slots:
         QCOMPARE(std::memcmp(&streamed.value, &r.value, sizeof r.value), 0);
     }
 
+    // Channels are filtered side by side, each with its own state: a tone
+    // reads the same to the bit alone, in either channel of two, and in the
+    // third of three.
+    void channelsKeepTheirOwnFilter()
+    {
+        Planes mono(1);
+        appendSine(mono, 1, -20, 1.5, 44100, 60.0);
+        appendSine(mono, 1, -30, 1.5, 44100, 5000.0);
+        const LoudnessResult alone = measure(mono, 44100);
+        const std::vector<float> silence(mono[0].size());
+        for (const Planes& planes : {Planes{mono[0], silence}, Planes{silence, mono[0]},
+                                     Planes{silence, silence, mono[0]}}) {
+            const LoudnessResult r = measure(planes, 44100);
+            QCOMPARE(std::memcmp(&r.value, &alone.value, sizeof r.value), 0);
+        }
+    }
+
     // Files read block by block give what the meter gives on their samples
     // (16-bit quantised), and the largest sample; nine channels are declined
     // but still give their peak.
