@@ -464,6 +464,9 @@ void TeskManager::SlotUpdateCalled()
 
 void TeskManager::SlotChangeLoudnessCalled(bool flag)
 {
+    // As for the subfolder flag: the menu's echo at start-up lists nothing again.
+    if (flag == s.loudnessFlag)
+        return;
     s.loudnessFlag = flag;
     krokManager->SetLoudnessEnabled(flag);
     emit SigLoudnessChanged(flag);
@@ -481,6 +484,8 @@ void TeskManager::SlotChangeLoudnessVoltModeCalled(bool flag)
 
 void TeskManager::SlotChangeMultiPlotCalled(bool flag)
 {
+    if (flag == s.multiPlotFlag)
+        return;
     s.multiPlotFlag = flag;
     krokManager->SetMultiPlotEnabled(flag);
     emit SigMultiPlotChanged(flag);
@@ -570,6 +575,8 @@ void TeskManager::SlotAnalysisLibraryCleared(bool cleared)
 
 void TeskManager::SlotChangeShowHiddensCalled(bool flag)
 {
+    if (flag == s.showHiddenFlag)
+        return;
     s.showHiddenFlag = flag;
     emit SigShowHiddensFlagChanged(flag);
     timerPlaylist.stop();

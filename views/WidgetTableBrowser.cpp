@@ -171,6 +171,8 @@ void WidgetTableBrowser::connectManager()
             &WidgetTableBrowser::SlotHeaderStateLoaded);
     connect(manager, &TeskManager::SigFileSelectionRequested, this,
             &WidgetTableBrowser::SlotSelectFile);
+    connect(manager, &TeskManager::SigUcsCatIdListChanged, this,
+            &WidgetTableBrowser::SlotUcsCatIdListChanged);
     // The cells' font follows the row height and the font settings; the
     // header does not hear of either on its own.
     connect(manager, &TeskManager::SigChangeFont, view->viewport(),

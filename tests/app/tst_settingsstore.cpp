@@ -36,6 +36,8 @@ QVariant Field(const StoredSettings& s, const QString& key)
         {"matchLoudnessTarget", s.matchLoudnessTarget},
         {"detailViewHeight", s.detailViewHeight},
         {"geometry", s.HasValidGeometry()},
+        {"bookmark",
+         s.bookmarks.isEmpty() ? QString() : s.bookmarks[0].name + '=' + s.bookmarks[0].path},
     };
     return fields.value(key);
 }
@@ -144,6 +146,11 @@ private slots:
             {"root written as a list", "RootPath=/a, b", "RootPath", QString(), true},
             {"empty address", "GACAddress=", "GACAddress", QStringLiteral("localhost"), true},
             {"every column bit set", "columnState=-1", "columnState", 0x7FFF, true},
+            {"column state a rectangle", "columnState=@Rect(1 2 3 4)", "columnState", 0x7FFF, true},
+            {"bookmark without a name", "[bookmarkRoot]\nsize=1\n1\\bookmarkDirPath=/sfx/door",
+             "bookmark", QStringLiteral("door=/sfx/door"), true},
+            {"bookmark without a folder", "[bookmarkRoot]\nsize=1\n1\\bookmarkName=door",
+             "bookmark", QString(), true},
             {"no column keeps them all", "columnState=0", "columnState", 0x7FFF, false},
             {"twelve recent folders", "recentDirs=" + twelve.join(", ").toUtf8(), "recentDirs",
              QVariant(twelve.mid(0, 10)), true},

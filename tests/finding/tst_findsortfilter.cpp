@@ -100,6 +100,40 @@ private slots:
         QCOMPARE(column(browser.sortModel(), ColumnFullPath), order);
     }
 
+    // With the table sorted, files analysed again (Ctrl+R) move to their new
+    // places; modification times sort as times, not as texts.
+    void sortedRowsFollowNewRecords()
+    {
+        QStringList files;
+        for (int k = 0; k < 3; ++k) {
+            files << dir.filePath(QStringLiteral("re/%1.wav").arg(QChar('a' + k)));
+            QVERIFY(fixtures::writeSineWav(files[k], 1000, 1, 100 * (k + 1), 0.0));
+            QFile file(files[k]);
+            QVERIFY(file.open(QIODevice::ReadWrite) &&
+                    file.setFileTime(QDateTime::currentDateTime().addSecs(-3600 * (k * 7 + 1)),
+                                     QFileDevice::FileModificationTime));
+        }
+        TeskManager manager;
+        WidgetTableBrowser browser(&manager, {});
+        QVERIFY(!load(manager, browser, {}, files).isEmpty());
+        KrokTableSortModel* proxy = browser.sortModel();
+        proxy->sort(ColumnDuration);
+        const auto longer = [&browser](int row, int samples) {
+            auto record = std::make_shared<AudioFileInfo>(*browser.tableModel()->record(row));
+            record->samples = samples;
+            return record;
+        };
+        // Rows of a pass over selected files come by path; a path no longer listed is passed over.
+        browser.SlotAnalyzedRowsAcquired({{0, files[0], longer(0, 350)},
+                                          {0, dir.filePath("re/gone.wav"), longer(1, 1)},
+                                          {9, files[2], longer(2, 250)}});
+        QCOMPARE(column(proxy, ColumnFile), QString("b.wav c.wav a.wav"));
+        proxy->sort(ColumnModifyTime);
+        QCOMPARE(column(proxy, ColumnFile), QString("c.wav b.wav a.wav"));
+        browser.SlotAnalyzedRowsAcquired({{1, files[1], longer(1, 200)}});
+        QCOMPARE(column(proxy, ColumnFile), QString("c.wav b.wav a.wav"));
+    }
+
     void rowsOutsideSortSpecificationSortLast()
     {
         TeskManager manager;

@@ -16,6 +16,7 @@
 #include <QComboBox>
 #include <QGroupBox>
 #include <QLineEdit>
+#include <QMimeData>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QSpinBox>
@@ -71,6 +72,9 @@ private slots:
         const QString other = dir.filePath(QStringLiteral("lib"));
         tree.treeView()->setCurrentIndex(tree.treeModel()->index(other));
         QCOMPARE(manager.GetRootPath(), other);
+        QSignalSpy reveal(&tree, &WidgetTreeBrowser::SigShowInExplorer);
+        tree.treeView()->actions().first()->trigger();
+        QCOMPARE(SpiedTexts(reveal), QStringList{other});
         QTRY_COMPARE_WITH_TIMEOUT(ended.count(), 2, 20000);
 
         // A file typed is listed in its folder and selected; a file that is
@@ -91,6 +95,35 @@ private slots:
                                                    "\" is neither a folder nor a WAV, AIFF, "
                                                    "MP3, Ogg Vorbis or FLAC file."});
         QCOMPARE(manager.GetRecentFolders().count(folder), 1);
+    }
+
+    // The path bar takes a folder or an audio file dropped on it, nothing else.
+    void pathBarDrops()
+    {
+        for (const char* name : {"drops/Take.WAV", "drops/notes.txt"})
+            QVERIFY(fixtures::WriteBytes(dir.filePath(QLatin1String(name))));
+        const std::pair<QString, bool> cases[] = {
+            {"drops", true}, {"drops/Take.WAV", true}, {"drops/notes.txt", false}, {"", false}};
+        for (const auto& [dropped, taken] : cases) {
+            WidgetRootPath bar;
+            QSignalSpy asked(&bar, &WidgetRootPath::SigChangeRootPathCalled);
+            QMimeData mime;
+            if (!dropped.isEmpty())
+                mime.setUrls({QUrl::fromLocalFile(dir.filePath(dropped))});
+            const Qt::DropActions actions = Qt::CopyAction | Qt::LinkAction;
+            QDragEnterEvent enter(QPoint(1, 1), actions, &mime, Qt::LeftButton, Qt::NoModifier);
+            QDragMoveEvent move(QPoint(2, 2), actions, &mime, Qt::LeftButton, Qt::NoModifier);
+            QDropEvent drop(QPointF(2, 2), actions, &mime, Qt::LeftButton, Qt::NoModifier);
+            for (QDragMoveEvent* event : {static_cast<QDragMoveEvent*>(&enter), &move}) {
+                event->setAccepted(!taken);
+                static_cast<QObject*>(&bar)->event(event);
+                QCOMPARE(event->isAccepted(), taken);
+            }
+            QCOMPARE(enter.dropAction() == Qt::LinkAction, taken);
+            if (taken) // the drag refused, nothing is dropped
+                static_cast<QObject*>(&bar)->event(&drop);
+            QCOMPARE(SpiedTexts(asked), taken ? QStringList{dir.filePath(dropped)} : QStringList());
+        }
     }
 
     void treeShowsTheRootWhileItsAncestorsLoad()

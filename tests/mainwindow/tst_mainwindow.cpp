@@ -9,6 +9,7 @@
 #include "ModalAnswer.h"
 #include "SortSettingsApplication.h"
 #include "StatusProgress.h"
+#include "SubFormFont.h"
 #include "SubWidgetTableView.h"
 #include "TestSettings.h"
 #include "WaveBuilder.h"
@@ -16,10 +17,13 @@
 #include "WidgetTableBrowser.h"
 #include "subFormLibrarySettings.h"
 #include "subFormSortSettings.h"
+#include "subFormToolSettings.h"
 
 #include <QApplication>
+#include <QFileDialog>
 #include <QGroupBox>
 #include <QHeaderView>
+#include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -132,7 +136,13 @@ private slots:
 
     void headerAndSubfolderFlagSurviveARestart()
     {
-        const QString subfolders = QStringLiteral("Display files in subfolders as well");
+        const QStringList flipped{"Display files in subfolders as well",
+                                  "Display multi-channel plots",
+                                  "Show hidden files and folders",
+                                  "Display Loudness value of mono audio with raising 3dB",
+                                  "Show detail view",
+                                  "Keep Analysis Results Between Sessions"};
+        QList<bool> before;
         {
             MainWindow window;
             QVERIFY(ShowFolder(window.GetManager(), root));
@@ -143,14 +153,18 @@ private slots:
             window.GetMenuBar()->columnVisibilityActions().at(ColumnModifyTime)->trigger();
             QVERIFY(header->isSectionHidden(ColumnModifyTime));
             QSignalSpy ended(window.GetManager(), &TeskManager::SigEndGetDetailInfo);
-            MenuAction(window, subfolders)->trigger();
+            for (const QString& entry : flipped) {
+                before << MenuAction(window, entry)->isChecked();
+                MenuAction(window, entry)->trigger();
+            }
             QVERIFY(ended.wait(20000));
         }
 
         MainWindow window;
         TeskManager* manager = window.GetManager();
-        QVERIFY(manager->IsRecursive());
-        QVERIFY(MenuAction(window, subfolders)->isChecked());
+        QVERIFY(!manager->IsListCancelPending()); // the flags' echo lists nothing twice
+        for (int k = 0; k < flipped.size(); ++k)
+            QCOMPARE(MenuAction(window, flipped[k])->isChecked(), !before[k]);
         QHeaderView* header = window.GetTableBrowser()->tableView()->horizontalHeader();
         QCOMPARE(header->visualIndex(ColumnDuration), 0);
         QCOMPARE(header->sectionSize(ColumnFile), 321);
@@ -179,6 +193,76 @@ private slots:
         const SubWidgetTableView* view = window.GetTableBrowser()->tableView();
         QCOMPARE(view->currentIndex().data(257).toString(), root + QStringLiteral("/wind.wav"));
         QCOMPARE(view->selectionModel()->selectedRows().size(), 1);
+    }
+
+    // The menus over a shown folder, each entry as the user picks it.
+    void menuEntries()
+    {
+        MainWindow window;
+        TeskManager* manager = window.GetManager();
+        QVERIFY(ShowFolder(manager, root + QStringLiteral("/sub")));
+        QVERIFY(ShowFolder(manager, root));
+        const auto trigger = [&window](const char* text) {
+            MenuAction(window, QLatin1String(text))->trigger();
+        };
+        QSignalSpy news(manager, &TeskManager::SigSetStatusMessage);
+        QSignalSpy ended(manager, &TeskManager::SigEndGetDetailInfo);
+
+        // A bookmark named in the prompt, a recent folder (newest first) and a
+        // folder picked in the dialog each lead to their folder.
+        fixtures::AnswerNextModal<QInputDialog>([](QInputDialog* input) {
+            input->setTextValue(QStringLiteral("Lib"));
+            input->accept();
+        });
+        trigger("Add to Bookmarks");
+        emit MenuAction(window, QLatin1String("Folder"))->menu()->aboutToShow();
+        const QList<QAction*> recent =
+            MenuAction(window, QLatin1String("Recently viewed folders"))->menu()->actions();
+        QCOMPARE(recent.at(1)->text(), root + QStringLiteral("/sub"));
+        recent.at(1)->trigger();
+        QTRY_COMPARE_WITH_TIMEOUT(ended.count(), 1, 20000);
+        emit MenuAction(window, QLatin1String("Bookmark"))->menu()->aboutToShow();
+        trigger("Lib");
+        QCOMPARE(manager->GetRootPath(), root);
+        QTRY_COMPARE_WITH_TIMEOUT(ended.count(), 2, 20000);
+        fixtures::AnswerNextModal<QFileDialog>([this](QFileDialog* dialog) {
+            dialog->setDirectory(root + QStringLiteral("/sub"));
+            static_cast<QDialog*>(dialog)->accept();
+        });
+        trigger("Select a folder...");
+        QCOMPARE(manager->GetRootPath(), root + QStringLiteral("/sub"));
+        QTRY_COMPARE_WITH_TIMEOUT(ended.count(), 3, 20000);
+
+        // Seeking is offered in the open menu only while a file plays.
+        emit MenuAction(window, QLatin1String("Preview"))->menu()->aboutToShow();
+        QVERIFY(!MenuAction(window, QStringLiteral("Seek forward"))->isEnabled());
+        emit MenuAction(window, QLatin1String("Preview"))->menu()->aboutToHide();
+        QVERIFY(MenuAction(window, QStringLiteral("Seek backward"))->isEnabled());
+
+        // Settings: a CatID list that cannot be used is told on the status line.
+        const QString catIds = data.filePath(QStringLiteral("catids.csv"));
+        QVERIFY(fixtures::WriteBytes(catIds, "Name,Other\n"));
+        fixtures::AnswerNextModal<subFormToolSettings>([catIds](subFormToolSettings* form) {
+            Child<QLineEdit>(form, "editCatIdList")->setText(catIds);
+            Child<QPushButton>(form, "buttonOk")->click();
+        });
+        QSignalSpy told(window.GetTableBrowser(), &WidgetTableBrowser::SigSendMessage);
+        trigger("Settings...");
+        QTRY_VERIFY(fixtures::SpiedTexts(told).contains("The CatID list has no CatID column."));
+
+        // Clearing the library asks first.
+        fixtures::AnswerNextModal<QMessageBox>(
+            [](QMessageBox* box) { box->button(QMessageBox::Yes)->click(); });
+        trigger("Clear Analysis Library...");
+        QTRY_VERIFY(fixtures::SpiedTexts(news).contains("Cleared the analysis library."));
+
+        // Windows of their own, opened once each.
+        for (int k = 0; k < 2; ++k) {
+            trigger("Open Sort Settings");
+            trigger("Font...");
+        }
+        QVERIFY(window.findChild<subFormSortSettings*>()->isVisible());
+        QVERIFY(window.findChild<SubFormFont*>()->isVisible());
     }
 
     // A root folder that is not absolute keeps the form open; a socket folder

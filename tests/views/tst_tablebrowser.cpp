@@ -2,7 +2,9 @@
 // sorting, the search bar, the status line, column widths, keys, context menu
 // and clipboard.
 #include "KrokTableSortModel.h"
+#include "ModalAnswer.h"
 #include "SubWidgetTableView.h"
+#include "SubWidgetTreeView.h"
 #include "WidgetTableBrowser.h"
 
 #include <QAction>
@@ -12,6 +14,7 @@
 #include <QFile>
 #include <QFontMetrics>
 #include <QHeaderView>
+#include <QMenu>
 #include <QMimeData>
 #include <QSignalSpy>
 #include <QStandardItemModel>
@@ -61,6 +64,7 @@ private slots:
     void endOfListOrderEqualsAFreshSort();
     void firstRootChangeSetsWidthsAndUserSortSurvives();
     void namedFileIsSelectedWithoutPlaying();
+    void headerMenuShowsAndHidesColumns();
     void viewKeys_data();
     void viewKeys();
     void copyPutsEncodedFileListsOnClipboard();
@@ -285,6 +289,30 @@ void TestTableBrowser::namedFileIsSelectedWithoutPlaying()
     QCOMPARE(play.count(), 1);
 }
 
+void TestTableBrowser::headerMenuShowsAndHidesColumns()
+{
+    WidgetTableBrowser browser(nullptr, {});
+    browser.SlotColumnVisibleChanged(1 << ColumnFile | 1 << ColumnFormat);
+    QSignalSpy shown(&browser, &WidgetTableBrowser::SigColumnVisiblityChanged);
+    QHeaderView* header = browser.tableView()->horizontalHeader();
+    // The last column shown cannot be hidden; one shown again gets a usable width.
+    const std::tuple<int, bool, int> steps[] = {
+        {ColumnFormat, true, 1 << ColumnFile},
+        {ColumnDuration, false, 1 << ColumnFile | 1 << ColumnDuration}};
+    for (const auto& [column, fileOffered, shownAfter] : steps) {
+        bool offered = false;
+        fixtures::AnswerNextModal<QMenu>([&, column = column](QMenu* menu) {
+            offered = menu->actions().at(ColumnFile)->isEnabled();
+            menu->actions().at(column)->trigger();
+            menu->close();
+        });
+        emit header->customContextMenuRequested(QPoint(5, 5));
+        QCOMPARE(offered, fileOffered);
+        QCOMPARE(shown.takeFirst().at(0).toInt(), shownAfter);
+    }
+    QCOMPARE(header->sectionSize(ColumnDuration), header->defaultSectionSize());
+}
+
 void TestTableBrowser::viewKeys_data()
 {
     QTest::addColumn<int>("key");
@@ -310,23 +338,36 @@ void TestTableBrowser::viewKeys()
     QFETCH(int, key);
     QFETCH(int, modifiers);
     QFETCH(QByteArray, signal);
-    SubWidgetTableView view({});
-    QStandardItemModel model(2, 2);
-    view.setModel(&model);
-    std::vector<std::unique_ptr<QSignalSpy>> spies;
-    const QMetaObject& meta = SubWidgetTableView::staticMetaObject;
-    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
-        if (meta.method(i).methodType() == QMetaMethod::Signal)
-            spies.push_back(std::make_unique<QSignalSpy>(
-                &view, QByteArray("2" + meta.method(i).methodSignature()).constData()));
+    WidgetTableBrowser browser(nullptr, {});
+    browser.tableModel()->setFilePathList(takes(2));
+    SubWidgetTableView* view = browser.tableView();
+    view->selectRow(1);
+    SubWidgetTreeView tree;
+    QStandardItemModel model(2, 1);
+    tree.setModel(&model);
+    // Each view's signals, with the one the key should send: the folder tree
+    // answers the keys without Ctrl alike.
+    const bool inTree = !(modifiers & Qt::ControlModifier);
+    std::vector<std::pair<std::unique_ptr<QSignalSpy>, QByteArray>> spies;
+    for (const auto& [object, expected] :
+         {std::pair<QObject*, QByteArray>(view, signal), {&tree, inTree ? signal : QByteArray()}}) {
+        const QMetaObject& meta = *object->metaObject();
+        for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
+            if (meta.method(i).methodType() == QMetaMethod::Signal)
+                spies.emplace_back(
+                    std::make_unique<QSignalSpy>(
+                        object, QByteArray("2" + meta.method(i).methodSignature()).constData()),
+                    expected);
+        }
     }
     // Ctrl+R only while updating is offered.
-    view.setUpdateInformationEnabled(false);
-    QTest::keyClick(&view, Qt::Key_R, Qt::ControlModifier);
-    view.setUpdateInformationEnabled(true);
-    QTest::keyClick(&view, static_cast<Qt::Key>(key), Qt::KeyboardModifiers(modifiers));
-    for (const auto& spy : spies)
-        QCOMPARE(spy->signal().startsWith(signal + '(') ? 1 : 0, spy->count());
+    view->setUpdateInformationEnabled(false);
+    QTest::keyClick(view, Qt::Key_R, Qt::ControlModifier);
+    view->setUpdateInformationEnabled(true);
+    for (QWidget* target : {static_cast<QWidget*>(view), static_cast<QWidget*>(&tree)})
+        QTest::keyClick(target, static_cast<Qt::Key>(key), Qt::KeyboardModifiers(modifiers));
+    for (const auto& [spy, expected] : spies)
+        QCOMPARE(spy->signal().startsWith(expected + '(') ? 1 : 0, spy->count());
 }
 
 void TestTableBrowser::copyPutsEncodedFileListsOnClipboard()
