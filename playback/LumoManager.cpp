@@ -4,6 +4,7 @@
 #include "SoundSourceStream.h"
 #include "WaveFileStream.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 
@@ -13,6 +14,7 @@
 #include <cstdlib>
 #include <limits>
 #include <memory>
+#include <thread>
 
 namespace {
 
@@ -90,6 +92,7 @@ void LumoManager::Finalize()
     AudioEngine::Finalize();
     initialized = false;
     currentData.clear();
+    retiredData.clear();
 }
 
 void LumoManager::Play(const QString& path)
@@ -97,15 +100,28 @@ void LumoManager::Play(const QString& path)
     PlayFrom(path, 0);
 }
 
-void LumoManager::StopAndWait()
+bool LumoManager::StopAndWait()
 {
-    if (!memoryPlayer || AudioEngine::GetStatus(memoryPlayer) == AudioEngine::PlayerStatus::Stopped)
-        return;
+    // A player that failed (or could not be made, when no output opened) plays nothing.
+    const auto idle = [this] {
+        const AudioEngine::PlayerStatus status = AudioEngine::GetStatus(memoryPlayer);
+        return status == AudioEngine::PlayerStatus::Stopped ||
+               status == AudioEngine::PlayerStatus::Error;
+    };
+    if (!memoryPlayer || idle())
+        return true;
     AudioEngine::Stop(memoryPlayer);
-    // Spin rather than sleep: the data buffer is replaced right afterwards and
-    // the stop ramp lasts only a few milliseconds.
-    while (AudioEngine::GetStatus(memoryPlayer) != AudioEngine::PlayerStatus::Stopped) {
+    // Spin rather than sleep: the stop ramp lasts only a few milliseconds of
+    // the output's callbacks. An output that has stopped calling must not hold
+    // the window: after a while the caller goes on and leaves the sound's data alone.
+    QElapsedTimer waited;
+    waited.start();
+    while (!idle()) {
+        if (waited.elapsed() >= kStopWaitMs)
+            return false;
+        std::this_thread::yield();
     }
+    return true;
 }
 
 namespace {
@@ -150,7 +166,11 @@ void LumoManager::PlayWave(const QString& path, std::int32_t startMs, std::int64
     AudioEngine::SetDataFormat(memoryPlayer, stream ? AudioEngine::DataFormat::Stream
                                              : aiff ? AudioEngine::DataFormat::Aiff
                                                     : AudioEngine::DataFormat::Wave);
-    StopAndWait();
+    if (!StopAndWait()) {
+        // The sound that did not stop may still read its data: it is kept.
+        retiredData = std::move(currentData);
+        currentData = QByteArray();
+    }
     AudioEngine::SetNumChannels(memoryPlayer, 2);
     AudioEngine::SetSamplingRate(memoryPlayer, 48000);
 

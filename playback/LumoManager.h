@@ -41,6 +41,8 @@ public:
     // read whole. Reading 8 MB from the page cache takes about 2 ms; a 35 MB
     // file already took up to 24 ms, past the 20 ms a start may take.
     static constexpr qint64 kDefaultStreamThreshold = 8LL * 1024 * 1024;
+    // How long a new sound waits for the last one's stop ramp.
+    static constexpr qint64 kStopWaitMs = 250;
     void SetStreamThreshold(qint64 bytes) { streamThreshold = bytes; }
     bool IsStreaming() const { return streaming; }
 
@@ -69,7 +71,9 @@ public:
 
 private:
     static void OnEngineError(const char* text);
-    void StopAndWait();
+    // Stops the sound and waits for its ramp out; false when the output did
+    // not finish it within kStopWaitMs.
+    bool StopAndWait();
     void PlayDecoded(const QString& path, const QString& suffix, std::int32_t startMs,
                      std::int64_t rangeStart, std::int64_t rangeEnd);
     void PlayWave(const QString& path, std::int32_t startMs, std::int64_t rangeStart,
@@ -90,4 +94,6 @@ private:
     float previewGain = 1.0f;
     // Must outlive every read of the engine; replaced only after the player stopped.
     QByteArray currentData;
+    // The data of a sound that did not stop in time (kept while it may still be read).
+    QByteArray retiredData;
 };

@@ -15,6 +15,7 @@
 #include "WaveHeaderReader.h"
 #include "WaveOverview.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -195,6 +196,21 @@ private slots:
         const auto out = render(kRamp + 1);
         QCOMPARE(out[2 * kRamp], mono_[kRamp] / 32768.0f);
         lumo_.Stop();
+    }
+
+    // A player whose engine went with another manager plays nothing and never
+    // spins waiting for a stop (it did, for ever, at the second sound).
+    void playerWithoutEngineAnswersAtOnce()
+    {
+        LumoManager other{nullptr, AudioEngine::OutputMode::Offline};
+        other.Initialize();
+        lumo_.Finalize();
+        QElapsedTimer clock;
+        clock.start();
+        other.Play(path("long.wav"));
+        other.Play(path("long.wav"));
+        QVERIFY(clock.elapsed() < 1000 && !other.IsPlaying());
+        lumo_.Initialize();
     }
 
     // The gain "Match loudness" gives a file, against figures worked out by hand.
