@@ -132,6 +132,11 @@ private slots:
         QCOMPARE(column(proxy, ColumnFile), QString("c.wav b.wav a.wav"));
         browser.SlotAnalyzedRowsAcquired({{1, files[1], longer(1, 200)}});
         QCOMPARE(column(proxy, ColumnFile), QString("c.wav b.wav a.wav"));
+        // A new list (the same files in another order) is searched afresh.
+        const auto record = longer(0, 777);
+        browser.SlotFilePathListAcquired({files[2], files[1], files[0]});
+        browser.SlotAnalyzedRowsAcquired({{9, files[0], record}});
+        QCOMPARE(browser.tableModel()->record(2)->samples, 777);
     }
 
     void rowsOutsideSortSpecificationSortLast()
