@@ -44,7 +44,8 @@ public:
     void StartConnecting();
     // False, with a warning in the log, while a connection exists: only the
     // server side can close it. Returns at once whatever the SDK does; an
-    // attempt under way is abandoned.
+    // attempt under way is abandoned. GetState() follows when the connection
+    // thread takes the stop, which a starved machine may delay past the return.
     bool StopConnecting();
     int GetState() const;
     // A port outside 1 to 65535 is refused (a warning in the log) and the

@@ -9,6 +9,7 @@
 #include "VexGacListener.h"
 #include "VexGacMessages.h"
 
+#include <QScopeGuard>
 #include <QtTest>
 
 #include <climits>
@@ -149,7 +150,7 @@ private slots:
         QTRY_VERIFY(containsInOrder(m_log, {"[Info] GAC connection status: failure"}, before));
         // Waiting: stopping works, at once, and nothing keeps trying after it.
         QVERIFY(manager->StopConnecting());
-        QCOMPARE(manager->GetState(), int(GacManager::NotConnected));
+        QTRY_COMPARE(manager->GetState(), int(GacManager::NotConnected));
         const int attempts = m_sdk.callList().filter("gacConnectToServer").size();
         QTest::qWait(1100);
         QCOMPARE(m_sdk.callList().filter("gacConnectToServer").size(), attempts);
@@ -452,19 +453,24 @@ private slots:
         manager->StartConnecting();
         QTRY_COMPARE(m_sdk.held(function.constData()), 1);
         // The server drops in another thread of the SDK, as a real one would.
-        std::unique_ptr<std::thread> dropper;
+        // Joined on every way out: a failed check must not end the run with a
+        // joinable thread destroyed.
+        std::thread dropper;
+        const auto joinDropper = qScopeGuard([&] {
+            if (dropper.joinable())
+                dropper.join();
+        });
         if (serverDrops)
-            dropper =
-                std::make_unique<std::thread>([this] { m_sdk.fire(GacSdk::ServerDisconnected); });
+            dropper = std::thread([this] { m_sdk.fire(GacSdk::ServerDisconnected); });
         if (quit) {
             manager.reset();
         } else {
             QVERIFY(manager->StopConnecting());
-            QCOMPARE(manager->GetState(), int(GacManager::NotConnected));
+            QTRY_COMPARE(manager->GetState(), int(GacManager::NotConnected));
         }
         QCOMPARE(m_sdk.held(function.constData()), 1);
-        if (dropper)
-            dropper->join();
+        if (dropper.joinable())
+            dropper.join();
         m_sdk.hold(function.constData(), 0);
         QTRY_COMPARE(m_sdk.held(function.constData()), 0);
         if (!quit) {
