@@ -25,10 +25,11 @@ inline constexpr int kMaxPlotChannels = 8;
 
 // Everything the analysis learns about one file. A default record stands for
 // a file that has not been analysed. Kept small (616 bytes, in an order that
-// leaves no padding): a 100,000 file folder holds one per file. Repeated texts are shared, the
-// modification time is a number, and the per-channel plot takes room only when it was measured. The
-// registry hands finished records out shared and immutable (std::shared_ptr<const AudioFileInfo>),
-// so the table reads them in place.
+// leaves no padding): a 100,000 file folder holds one per file. Repeated
+// texts are shared, the modification time is a number, and the per-channel
+// plot takes room only when it was measured. The registry hands finished
+// records out shared and immutable (std::shared_ptr<const AudioFileInfo>), so
+// the table reads them in place.
 struct AudioFileInfo
 {
     std::int32_t isValid = 1;
