@@ -7,6 +7,7 @@
 #include "Mp3SoundSource.h"
 #include "OggSoundSource.h"
 #include "PlotBuilder.h"
+#include "SamplePeak.h"
 
 #include <algorithm>
 #include <cmath>
@@ -21,23 +22,6 @@ std::int32_t clampToInt32(std::int64_t value)
 {
     return static_cast<std::int32_t>(
         std::clamp<std::int64_t>(value, 0, std::numeric_limits<std::int32_t>::max()));
-}
-
-// The largest |x| (NaN passed over), in eight independent lanes that the
-// compiler keeps in vector registers; the largest of a set is the same in any
-// order.
-float largestMagnitude(const float* x, std::size_t n)
-{
-    constexpr std::size_t kLanes = 8;
-    float lanes[kLanes] = {};
-    std::size_t i = 0;
-    for (; i + kLanes <= n; i += kLanes) {
-        for (std::size_t k = 0; k < kLanes; ++k)
-            lanes[k] = std::max(lanes[k], std::fabs(x[i + k]));
-    }
-    for (; i < n; ++i)
-        lanes[0] = std::max(lanes[0], std::fabs(x[i]));
-    return *std::max_element(lanes, lanes + kLanes);
 }
 
 } // namespace
@@ -67,7 +51,7 @@ void AnalyzeFloatSource(SoundSource& source, AudioFileInfo& info, bool multiPlot
         if (got <= 0)
             break;
         const std::size_t values = std::size_t(got) * std::size_t(channels);
-        peak = std::max(peak, largestMagnitude(block.data(), values));
+        peak = std::max(peak, LargestMagnitude(block.data(), values));
         plot.feed(block.data(), done, got);
         if (measuring)
             meter.feed(block.data(), static_cast<std::uint32_t>(got));

@@ -1,9 +1,9 @@
 #include "AnalysisStop.h"
 #include "LoudnessMeter.h"
+#include "SamplePeak.h"
 #include "WaveSoundSource.h"
 
 #include <algorithm>
-#include <cmath>
 #include <vector>
 
 bool MeasureFileLoudness(const char* localPath, float* out, float* samplePeak)
@@ -34,9 +34,8 @@ bool MeasureFileLoudness(const char* localPath, float* out, float* samplePeak)
         const std::int64_t want = std::min(kBlockFrames, samples - done);
         if (AnalysisStopRequested() || source.read(block.data(), want) != want)
             return false;
-        const std::size_t n = std::size_t(want) * std::size_t(channels);
-        for (std::size_t i = 0; i < n; ++i)
-            peak = std::max(peak, std::fabs(block[i]));
+        peak = std::max(peak,
+                        LargestMagnitude(block.data(), std::size_t(want) * std::size_t(channels)));
         if (metered)
             meter.feed(block.data(), std::uint32_t(want));
         done += want;
