@@ -25,7 +25,7 @@ analysis=(WaveByteSource WaveChunkSupport RiffChunkParser FormChunkParser WaveHe
           LoudnessMeter LoudnessFileDriver WaveformPlot WaveFileAnalysis PlotBuilder
           WaveSoundSource Mp3FrameScanner Mp3SoundSource OggSoundSource CompressedFileAnalysis
           FlacLayout FlacSoundSource FlacFileAnalysis IntegerFrameAnalysis SoundSource CommentLoop
-          AnalysisStop SharedText AudioFileInfo)
+          AnalysisStop SharedText AudioFileInfo SamplePeak)
 # An object older than any header is built again: a class whose layout changed
 # would otherwise meet code compiled against the old one.
 newest_header=$(ls -t "$root"/analysis/*.h | head -n 1)
